@@ -1,0 +1,31 @@
+// The number rules that every operation shares, and the one way to an output element.
+#pragma once
+
+#include <emmintrin.h>
+
+#include "zox_volume.h"
+
+namespace reference {
+
+// Truncation toward zero by the processor's own conversion: what no 32-bit integer holds becomes
+// 0x80000000, which a C++ cast would leave undefined.
+inline int32_t truncate(double value) { return _mm_cvttsd_si32(_mm_set_sd(value)); }
+
+// "Rounded" means this and nothing finer: half is added, then the fraction is cut off toward zero,
+// so that -0.7 becomes 0 and -1.7 becomes -1.
+inline int32_t add_half_and_truncate(double value) { return truncate(value + 0.5); }
+
+// Fixed-point sums wrap in 32 bits.
+inline int32_t wrap_add(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) + static_cast<uint32_t>(b));
+}
+inline int32_t wrap_subtract(int32_t a, int32_t b) {
+  return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
+}
+
+template <typename Element>
+void write_sample(const zox_Rays& rays, int32_t k, int32_t r, Element value) {
+  static_cast<Element*>(rays.planes[k])[r] = value;
+}
+
+}  // namespace reference
