@@ -1,0 +1,72 @@
+#include <algorithm>
+#include <tuple>
+
+#include "ray_casters.h"
+#include "workload.h"
+
+namespace bench {
+namespace {
+
+const std::vector<std::string> kLoads = {"tiles", "ragged", "short", "rays1", "rays7"};
+
+void add_views(std::vector<Case>& cases, const RayCaster& caster, int size, const std::string& storage,
+               const std::string& load) {
+  const bool quick = size == 256 && load == "tiles" && storage != "scattered";
+  for (const char* view : {"z", "x", "oblique"})
+    cases.push_back({caster.name, size, view, storage, load, quick});
+  if (caster.divergent) cases.push_back({caster.name, size, "perspective", storage, load, quick});
+  // Rays against z start their lists at the far end.
+  if (!caster.blocked && size == 256) cases.push_back({caster.name, size, "falling", storage, load, false});
+}
+
+void add_casts(std::vector<Case>& cases, const RayCaster& caster) {
+  const std::vector<std::string> storages =
+      caster.blocked ? std::vector<std::string>{"bricks"} : std::vector<std::string>{"1region", "3regions"};
+  for (const std::string& storage : storages)
+    for (const int size : {64, 256, 512})
+      for (const std::string& load : kLoads) {
+        if (size == 512 && load != "tiles") continue;  // at 64 and 256 those loads show their cost
+        add_views(cases, caster, size, storage, load);
+      }
+  if (!caster.blocked) add_views(cases, caster, 256, "scattered", "tiles");
+}
+
+void add_maxima(std::vector<Case>& cases, const std::string& operation) {
+  for (const char* load : {"full", "ragged"}) {
+    cases.push_back({operation, 256, "padded", "64rays", load, true});
+    for (const int planes : {4, 64, 512})
+      cases.push_back({operation, planes, "padded", "64rays", load, false});
+    for (const char* rays : {"1ray", "7rays"}) cases.push_back({operation, 256, "padded", rays, load, false});
+  }
+  for (const char* spacing : {"padded", "aliased"})
+    cases.push_back({operation, 256, spacing, "4096rays", "full", true});
+}
+
+// The element that a case's volume has: cases that share a volume stand side by side.
+int element_of(const Case& c) {
+  for (const RayCaster& caster : kRayCasters)
+    if (c.operation == caster.name) return static_cast<int>(caster.element);
+  return -1;
+}
+
+}  // namespace
+
+std::vector<Case> all_cases() {
+  std::vector<Case> cases;
+  for (const RayCaster& caster : kRayCasters) add_casts(cases, caster);
+  std::stable_sort(cases.begin(), cases.end(), [](const Case& a, const Case& b) {
+    return std::make_tuple(a.size, a.storage, element_of(a)) <
+           std::make_tuple(b.size, b.storage, element_of(b));
+  });
+  for (const char* operation : {"find_max_8u", "find_max_16s", "find_max_bmask_8u", "find_max_bmask_16s",
+                                "find_max_cmask_8u", "find_max_cmask_16s"})
+    add_maxima(cases, operation);
+  for (const char* data : {"smooth", "random"}) {
+    cases.push_back({"window_level_16s_8u", 512, data, "image", "full", true});
+    for (const char* rows : {"rows512", "rows7"})
+      cases.push_back({"window_level_16s_8u", 512, data, rows, "full", false});
+  }
+  return cases;
+}
+
+}  // namespace bench

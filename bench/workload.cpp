@@ -1,0 +1,180 @@
+#include "workload.h"
+
+#include <algorithm>
+#include <memory>
+#include <random>
+#include <stdexcept>
+#include <type_traits>
+
+#include "planes.h"
+#include "ray_casters.h"
+#include "views.h"
+
+namespace bench {
+namespace {
+
+std::vector<const zox::Operations*> chosen(const std::vector<std::string>& sets) {
+  std::vector<const zox::Operations*> result;
+  for (const zox::Operations* operations : zox::kAllOperations)
+    if (operations->supported() && std::count(sets.begin(), sets.end(), operations->name) > 0)
+      result.push_back(operations);
+  return result;
+}
+
+// Adds the reference, then each set that has the operation; call makes a run of a function.
+template <class Function, class Call>
+void add_contenders(Workload& workload, Function zox::Operations::*member, Function reference,
+                    const std::vector<std::string>& sets, Call call) {
+  workload.contenders.insert(workload.contenders.begin(), {"reference", call(reference)});
+  for (const zox::Operations* operations : chosen(sets))
+    if (operations->*member) workload.contenders.push_back({operations->name, call(operations->*member)});
+}
+
+// The volume of the case before, mostly the right one.
+const Volume& volume_of(const RayCaster& caster, const Case& c) {
+  static Volume volume;
+  static std::string made;
+  const std::string wanted =
+      c.storage + std::to_string(static_cast<int>(caster.element)) + "/" + std::to_string(c.size);
+  if (made != wanted) fill_volume(volume, c.storage, caster.element, c.size);
+  made = wanted;
+  return volume;
+}
+
+struct Cast {
+  std::vector<Batch> batches;
+  Planes planes;
+};
+
+Workload cast_workload(const RayCaster& caster, const Case& c, const std::vector<std::string>& sets) {
+  const Volume& volume = volume_of(caster, c);
+  auto cast = std::make_shared<Cast>();
+  cast->batches = make_batches(volume, c.size, c.view, c.load);
+  Workload workload;
+  int32_t longest = 1;
+  for (const Batch& batch : cast->batches) {
+    workload.samples += batch.samples();
+    longest = std::max(longest, batch.longest());
+  }
+  cast->planes = Planes(longest, 64 * bytes_per_sample(caster.element) + 64);
+  for (Batch& batch : cast->batches) batch.record.planes = cast->planes.pointers.data();
+  workload.batches = static_cast<int>(cast->batches.size());
+  workload.output = cast->planes.bytes();
+
+  const auto call = [&volume, cast](zox::RayCast function) {
+    return [&volume, cast, function](int i) { return function(&volume.record, &cast->batches[i].record); };
+  };
+  add_contenders(workload, caster.member, caster.reference, sets, call);
+  if (caster.lists && !(caster.one_region_path && c.storage == "1region"))
+    workload.contenders.insert(workload.contenders.begin() + 1, {"lists", call(caster.lists)});
+  return workload;
+}
+
+// Planes full of noise, in four sets, so that the data of a run outgrow the first-level cache.
+struct Maximum {
+  std::vector<Planes> planes;
+  std::vector<int32_t> counts;
+  std::vector<zox_Rays> rays;
+  std::vector<uint8_t> mask;
+  std::vector<std::byte> maxima;
+};
+
+std::shared_ptr<Maximum> make_maximum(const Case& c, int width) {
+  auto maximum = std::make_shared<Maximum>();
+  std::mt19937 random(5);
+  const int nrays = std::stoi(c.storage);
+  const std::size_t padding = c.view == "padded" ? 64 : 0;
+  for (int i = 0; i < 4; ++i) {
+    maximum->planes.emplace_back(c.size, nrays * width + padding);
+    for (std::byte& byte : maximum->planes.back().bytes()) byte = static_cast<std::byte>(random());
+  }
+  for (int r = 0; r < nrays; ++r)
+    maximum->counts.push_back(c.load == "full" ? c.size : static_cast<int32_t>(random() % (c.size + 1)));
+  for (int k = 0; k < c.size; ++k) maximum->mask.push_back(static_cast<uint8_t>(random()));
+  maximum->maxima.resize(static_cast<std::size_t>(nrays) * width);
+  for (Planes& planes : maximum->planes) {
+    zox_Rays rays = {};
+    rays.planes = planes.pointers.data();
+    rays.nrays = nrays;
+    rays.nsamples = maximum->counts.data();
+    maximum->rays.push_back(rays);
+  }
+  return maximum;
+}
+
+template <class Value, class Function>
+Workload maximum_workload(const Case& c, const std::vector<std::string>& sets,
+                          Function zox::Operations::*member, Function reference) {
+  auto maximum = make_maximum(c, sizeof(Value));
+  Workload workload;
+  workload.batches = static_cast<int>(maximum->rays.size());
+  for (const int32_t count : maximum->counts) workload.samples += int64_t{count} * workload.batches;
+  workload.output = maximum->maxima;
+  const auto call = [maximum](Function function) {
+    return [maximum, function](int i) {
+      auto* maxima = reinterpret_cast<Value*>(maximum->maxima.data());
+      const zox_Rays* rays = &maximum->rays[i];
+      const uint8_t* mask = maximum->mask.data();
+      if constexpr (std::is_invocable_v<Function, const zox_Rays*, Value*>)
+        return function(rays, maxima);
+      else if constexpr (std::is_invocable_v<Function, const zox_Rays*, const uint8_t*, Value*>)
+        return function(rays, mask, maxima);
+      else
+        return function(rays, mask, 127, maxima);
+    };
+  };
+  add_contenders(workload, member, reference, sets, call);
+  return workload;
+}
+
+struct Window {
+  std::vector<int16_t> src;
+  std::vector<std::byte> dst;
+};
+
+Workload window_workload(const Case& c, const std::vector<std::string>& sets) {
+  auto window = std::make_shared<Window>();
+  std::mt19937 random(3);
+  const int pixels = c.size * c.size;
+  const int length = c.storage == "image" ? pixels : c.storage == "rows512" ? 512 : 7;
+  for (int i = 0; i < pixels; ++i) {
+    // Slow ramps, a few pixels of each outside the window; or every pixel anywhere.
+    const int ramp = (i % c.size + i / c.size) % 256 * 16 - 1100;
+    window->src.push_back(static_cast<int16_t>(c.view == "smooth" ? ramp : random() % 8000 - 3000));
+  }
+  window->dst.resize(pixels);
+  Workload workload;
+  workload.batches = pixels / length;
+  workload.samples = int64_t{workload.batches} * length;
+  workload.output = window->dst;
+  const auto call = [window, length](auto function) {
+    return [window, length, function](int i) {
+      const std::size_t at = static_cast<std::size_t>(i) * length;
+      auto* dst = reinterpret_cast<uint8_t*>(window->dst.data()) + at;
+      return function(window->src.data() + at, dst, length, 900, 3800, 0, 255);
+    };
+  };
+  add_contenders(workload, &zox::Operations::window_level_16s_8u, &reference::window_level_16s_8u, sets,
+                 call);
+  return workload;
+}
+
+}  // namespace
+
+Workload make_workload(const Case& c, const std::vector<std::string>& sets) {
+  for (const RayCaster& caster : kRayCasters)
+    if (c.operation == caster.name) return cast_workload(caster, c, sets);
+#define ZOX_MAXIMUM(name, value) \
+  if (c.operation == #name) return maximum_workload<value>(c, sets, &zox::Operations::name, &reference::name)
+  ZOX_MAXIMUM(find_max_8u, uint8_t);
+  ZOX_MAXIMUM(find_max_16s, int16_t);
+  ZOX_MAXIMUM(find_max_bmask_8u, uint8_t);
+  ZOX_MAXIMUM(find_max_bmask_16s, int16_t);
+  ZOX_MAXIMUM(find_max_cmask_8u, uint8_t);
+  ZOX_MAXIMUM(find_max_cmask_16s, int16_t);
+#undef ZOX_MAXIMUM
+  if (c.operation == "window_level_16s_8u") return window_workload(c, sets);
+  throw std::invalid_argument("unknown operation " + c.operation);
+}
+
+}  // namespace bench
