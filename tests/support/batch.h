@@ -1,0 +1,64 @@
+// One random batch for one ray caster: volume, rays and planes, all valid and all between guard pages.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "blocked_volume.h"
+#include "planes.h"
+#include "ray_draw.h"
+#include "regions.h"
+#include "slice_stack.h"
+
+namespace zox_test {
+
+enum class Validity {
+  kStrict,  // nothing that the documentation does not promise to work
+  kValid,   // also what it merely leaves unread or treats as empty
+  kBeyond,  // also samples of slice-list casters in slices that the stack lacks
+};
+
+class Batch {
+ public:
+  Batch(const Caster& caster, uint64_t seed, Validity validity = Validity::kBeyond);
+
+  const zox_Volume& volume() const { return volume_; }
+  const zox_Rays& rays() const { return rays_; }
+  const Caster& caster() const { return caster_; }
+  Planes& planes() { return planes_; }
+  const SliceStack& stack() const { return stack_; }
+
+  // Prefills the planes, runs a caster over the batch, and gives the planes' contents.
+  struct Outcome {
+    int status;
+    std::vector<uint8_t> planes;
+  };
+  Outcome run(zox::RayCast cast);
+
+  std::string describe() const;
+
+ private:
+  void make_blocked(Random& random);
+  void make_general(Random& random);
+  void draw(const Room& room, Random& random);
+  void cut_to_blocked(const BlockedVolume& volume);
+  void cut_to_general(bool beyond);
+  std::vector<Voxel> fit_slices(bool beyond, Random& random);
+  void seal_volume(Random& random);
+  void seal_rays(Random& random);
+
+  const Caster& caster_;
+  uint64_t seed_;
+  Validity validity_;
+  uint8_t pattern_;
+  zox_Volume volume_{};
+  zox_Rays rays_{};
+  DrawnRays drawn_{};
+  Regions regions_;
+  SliceStack stack_;
+  Planes planes_;
+  std::vector<const double*> starts_, steps_;
+  std::vector<GuardedBuffer> sealed_;
+};
+
+}  // namespace zox_test

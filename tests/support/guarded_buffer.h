@@ -1,0 +1,55 @@
+// A buffer that begins or ends at a page that nobody may touch, so that one byte too far is seen.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+#include "random.h"
+
+namespace zox_test {
+
+class GuardedBuffer {
+ public:
+  enum class Flush { kStart, kEnd };
+
+  // Bytes on the open side of a buffer that a test may compare to see stray writes.
+  static constexpr size_t kMargin = 64;
+
+  GuardedBuffer() = default;
+  GuardedBuffer(size_t bytes, Flush flush);
+  GuardedBuffer(size_t bytes, Random& random)
+      : GuardedBuffer(bytes, random.chance(0.5) ? Flush::kStart : Flush::kEnd) {}
+  GuardedBuffer(GuardedBuffer&& other) noexcept { *this = static_cast<GuardedBuffer&&>(other); }
+  GuardedBuffer& operator=(GuardedBuffer&& other) noexcept;
+  ~GuardedBuffer() { release(); }
+
+  uint8_t* data() const { return data_; }
+  template <typename T>
+  T* as() const {
+    return reinterpret_cast<T*>(data_);
+  }
+  size_t size() const { return size_; }
+
+  // The kMargin bytes on the open side, or fewer where the page is nearly full.
+  uint8_t* margin() const;
+  size_t margin_size() const;
+
+  // From now on an input: nobody writes to it, and sanitizers and valgrind know its exact bytes.
+  void seal();
+
+  // The pages between the guards, for tests that take them away one by one.
+  uint8_t* pages() const { return pages_; }
+  size_t pages_size() const { return pages_size_; }
+
+ private:
+  void release();
+  void set_slack_forbidden(bool forbidden, size_t keep);
+
+  uint8_t* pages_ = nullptr;
+  size_t pages_size_ = 0;
+  uint8_t* data_ = nullptr;
+  size_t size_ = 0;
+  bool sealed_ = false;
+};
+
+}  // namespace zox_test

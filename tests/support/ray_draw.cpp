@@ -1,0 +1,201 @@
+#include "ray_draw.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace zox_test {
+namespace {
+
+enum class Grid { kAny, kWhole, kHalf, kQuarter, kUnit, kHalfUnit };
+
+Grid draw_grid(Random& random) {
+  return random.pick(
+      {Grid::kAny, Grid::kAny, Grid::kWhole, Grid::kHalf, Grid::kQuarter, Grid::kUnit, Grid::kHalfUnit});
+}
+
+double snap(double value, Grid grid, double unit) {
+  switch (grid) {
+    case Grid::kAny:
+      return value;
+    case Grid::kWhole:
+      return std::floor(value + 0.5);
+    case Grid::kHalf:
+      return std::floor(value * 2 + 0.5) / 2;
+    case Grid::kQuarter:
+      return std::floor(value * 4 + 0.5) / 4;
+    case Grid::kUnit:
+      return std::floor(value / unit + 0.5) * unit;
+    case Grid::kHalfUnit:
+      return (std::floor(value / unit) + 0.5) * unit;
+  }
+  return value;
+}
+
+int draw_ray_count(const Caster& caster, const Room& room, Random& random) {
+  // Parallel casters look at ray 0 before they look at the count; the divergent ones take none.
+  const bool may_be_none = !room.strict || (!caster.parallel() || caster.trilinear());
+  if (may_be_none && random.chance(0.02)) return room.strict && caster.blocked() ? 1 : 0;
+  if (!room.strict && random.chance(0.01)) return -random.whole(1, 70);
+  if (caster.blocked() && random.chance(0.15)) return random.pick({65, 66, 100, random.whole(65, 300)});
+  return random.pick({1, 2, 7, 8, 9, 16, 33, 63, 64, 64, 64, random.whole(1, 64)});
+}
+
+// Negative counts stand for none in the casters that say so.
+bool may_be_negative(const Caster& caster, const Room& room) {
+  if (!caster.parallel()) return true;
+  return !caster.blocked() && (caster.trilinear() || room.marks.size() > 2);
+}
+
+std::vector<int32_t> draw_counts(const Caster& caster, const Room& room, int rays, Random& random) {
+  int longest = random.pick({1, 2, 5, 17, 40, 40, random.whole(1, 100)});
+  if (random.chance(0.01)) longest = random.pick({511, 512, 513, random.whole(500, 700)});
+  const bool ragged = random.chance(0.5);
+  const double empty = random.pick({0.0, 0.0, 0.05, 0.4});
+  std::vector<int32_t> counts;
+  for (int r = 0; r < rays; ++r) {
+    int count = ragged ? random.whole(1, longest) : longest;
+    if (random.chance(empty)) count = 0;
+    if (count == 0 && may_be_negative(caster, room) && random.chance(0.3)) count = -random.whole(1, 600);
+    counts.push_back(count);
+  }
+  return counts;
+}
+
+// Voxels a sample along each axis: along one axis, in a plane, oblique, standing, or crawling.
+Vector draw_direction(Random& random) {
+  const double speed = random.pick({1.0, 0.5, 0.01, random.real(0, 1), random.real(0, 4)});
+  Vector direction{};
+  const int shape = random.whole(0, 9);
+  if (shape < 4) {
+    direction[static_cast<size_t>(random.pick({0, 1, 2, 2}))] = 1.0;
+  } else if (shape < 9) {
+    for (double& d : direction) d = random.real(0, 1);
+    if (shape < 6) direction[static_cast<size_t>(random.whole(0, 2))] = random.pick({0.0, 1e-7, 1e-3});
+  }
+  for (double& d : direction) d *= random.chance(0.5) ? speed : -speed;
+  return direction;
+}
+
+// Shrinks the step until `count` samples fit into the room, whatever the start.
+Vector fit_step(Vector step, const Room& room, int count) {
+  for (size_t a = 0; a < 3; ++a) {
+    const double length = std::fabs(step[a]) * std::max(1, count - 1);
+    const double space = room.high[a] - room.low[a];
+    if (length > space) step[a] *= space / length;
+  }
+  return step;
+}
+
+// A start from which `count` samples stay inside, often touching a side of the room.
+double draw_start(double low, double high, double way, Random& random) {
+  if (std::fabs(way) > high - low) return way > 0 ? low : high;
+  const double first = low - std::min(0.0, way);
+  const double last = std::max(first, high - std::max(0.0, way));
+  return random.pick({random.real(first, last), random.real(first, last), first, last});
+}
+
+double near_mark(const Room& room, Random& random) {
+  const double mark =
+      room.marks[static_cast<size_t>(random.whole(0, static_cast<int>(room.marks.size()) - 1))];
+  return mark + room.unit * random.pick({0.0, 0.0, 1.0, -1.0, 0.5, -0.5, 0.25});
+}
+
+struct Style {
+  Grid starts;
+  Grid steps;
+  bool tile;        // rays side by side, as those of an image
+  bool level_tile;  // all of them start on one z
+  bool on_marks;
+  double spacing;
+  double spread;  // by how much divergent steps of a tile differ
+};
+
+Style draw_style(const Room& room, Random& random) {
+  Style style{};
+  style.starts = draw_grid(random);
+  style.steps = draw_grid(random);
+  style.tile = random.chance(0.5);
+  style.level_tile = random.chance(0.5);
+  style.on_marks = !room.marks.empty() && random.chance(0.2);
+  style.spacing = random.pick({0.0, 0.1, 1.0, random.real(0, 2)});
+  style.spread = random.pick({0.0, 0.001, 0.1});
+  return style;
+}
+
+Vector draw_step(const Room& room, const Style& style, const Vector& direction, int count, Random& random) {
+  Vector step = fit_step(direction, room, count);
+  for (size_t a = 0; a < 3; ++a) {
+    // A step that is nothing on an axis stays so: a unit would turn level rays.
+    if (step[a] != 0 || random.chance(0.1)) step[a] = snap(step[a], style.steps, room.unit);
+  }
+  return step;
+}
+
+Vector draw_start(const Room& room, const Style& style, const Vector& step, int count, Random& random) {
+  Vector start;
+  for (size_t a = 0; a < 3; ++a) {
+    const double way = step[a] * std::max(0, count - 1);
+    start[a] = snap(draw_start(room.low[a], room.high[a], way, random), style.starts, room.unit);
+  }
+  if (style.on_marks) start[2] = near_mark(room, random);
+  return start;
+}
+
+Vector beside(const Vector& first, const Style& style, int ray) {
+  const double u = style.spacing * (ray % 8), v = style.spacing * (ray / 8);
+  if (style.level_tile) return {first[0] + u, first[1] + v, first[2]};
+  return {first[0] + u * 0.5, first[1] + v, first[2] + u * 0.3 + v * 0.1};
+}
+
+// The rays' starts on both sides of, and exactly at, the fifth of a region's depth that decides
+// between the two ways of the parallel nearest casters.
+void spread_to_threshold(const Room& room, DrawnRays& rays, Random& random) {
+  const double threshold = (room.marks[1] - room.marks[0]) * 0.2;
+  const double distance = random.pick({threshold, threshold - room.unit, threshold + room.unit,
+                                       std::nextafter(threshold, 0.0), threshold * random.real(0, 2)});
+  const double base = random.pick({0.0, room.marks[0], rays.starts[0][2]});
+  for (size_t r = 0; r < rays.starts.size(); ++r) rays.starts[r][2] = base;
+  rays.starts[static_cast<size_t>(random.whole(0, static_cast<int>(rays.starts.size()) - 1))][2] +=
+      random.chance(0.5) ? distance : -distance;
+}
+
+// Nobody reads the step of a ray with one sample, so it may be anything.
+void draw_unread_steps(const Caster& caster, DrawnRays& rays, Random& random) {
+  for (size_t r = 0; r < rays.steps.size(); ++r) {
+    const int count =
+        caster.parallel() ? *std::max_element(rays.counts.begin(), rays.counts.end()) : rays.counts[r];
+    if (count > 1) continue;
+    for (double& d : rays.steps[r])
+      d = random.pick({1000.0, -1000.0, 1e9, -1e300, 0.0, random.real(-50, 50)});
+  }
+}
+
+}  // namespace
+
+DrawnRays draw_rays(const Caster& caster, const Room& room, Random& random) {
+  DrawnRays rays{};
+  rays.nrays = draw_ray_count(caster, room, random);
+  const int entries = std::max(1, rays.nrays);
+  rays.counts = draw_counts(caster, room, entries, random);
+  const int longest = *std::max_element(rays.counts.begin(), rays.counts.end());
+  const Style style = draw_style(room, random);
+  Vector direction = draw_direction(random);
+  for (int r = 0; r < entries; ++r) {
+    const int count = caster.parallel() ? longest : rays.counts[static_cast<size_t>(r)];
+    if (r > 0 && !caster.parallel()) {
+      if (!style.tile) direction = draw_direction(random);
+      for (double& d : direction) d += style.tile ? style.spread * random.real(-1, 1) : 0.0;
+    }
+    const bool own_step = r == 0 || !caster.parallel();
+    if (own_step) rays.steps.push_back(draw_step(room, style, direction, count, random));
+    const bool beside_first = style.tile && r > 0;
+    rays.starts.push_back(beside_first ? beside(rays.starts[0], style, r)
+                                       : draw_start(room, style, rays.steps.back(), count, random));
+  }
+  if (caster.parallel() && room.marks.size() == 2 && random.chance(0.3))
+    spread_to_threshold(room, rays, random);
+  if (!room.strict && random.chance(0.05)) draw_unread_steps(caster, rays, random);
+  return rays;
+}
+
+}  // namespace zox_test

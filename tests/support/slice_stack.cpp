@@ -1,0 +1,124 @@
+#include "slice_stack.h"
+
+#include <algorithm>
+#include <numeric>
+
+#include "voxels.h"
+
+namespace zox_test {
+namespace {
+
+// Where pointers lead that nobody may follow.
+uint8_t* nowhere() {
+  static const GuardedBuffer last_page(4096, GuardedBuffer::Flush::kEnd);
+  return last_page.data() + 4096;
+}
+
+const void* address(const uint8_t* base, int64_t offset) {
+  return reinterpret_cast<const void*>(reinterpret_cast<intptr_t>(base) + offset);
+}
+
+enum class Rows { kApart, kBackwards, kShuffled, kOverlapping, kOne };
+
+// The offsets of `count` rows of `span` bytes, from any common origin.
+std::vector<int32_t> draw_offsets(Rows layout, int count, int span, int alignment, Random& random) {
+  const int pitch = span + alignment * random.pick({0, 0, 1, random.whole(0, 9)});
+  const int origin = alignment * random.pick({0, 0, random.whole(-999, 999)});
+  std::vector<int32_t> offsets;
+  for (int y = 0; y < count; ++y) {
+    int offset = 0;
+    if (layout == Rows::kApart || layout == Rows::kShuffled) offset = y * pitch;
+    if (layout == Rows::kBackwards) offset = -y * pitch;
+    if (layout == Rows::kOverlapping) offset = alignment * random.whole(0, count);
+    offsets.push_back(origin + offset);
+  }
+  for (int y = 0; layout == Rows::kShuffled && y < count; ++y) {
+    std::swap(offsets[static_cast<size_t>(y)], offsets[static_cast<size_t>(random.whole(y, count - 1))]);
+  }
+  return offsets;
+}
+
+}  // namespace
+
+SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, Random& random)
+    : table_(sizeof(void*) * static_cast<size_t>(std::max(0, slices)), random),
+      buffer_of_slice_(static_cast<size_t>(std::max(0, slices)), -1) {
+  std::vector<bool> used(buffer_of_slice_.size());
+  for (const Voxel& v : samples) {
+    used[static_cast<size_t>(v.z)] = true;
+    if (caster.trilinear()) used[static_cast<size_t>(v.z) + 1] = true;
+  }
+  const Extent bytes = draw_row_offsets(caster, samples, random);
+  place_slices(used, bytes, caster.element_size, random);
+  const Contents contents = draw_contents(random);
+  for (GuardedBuffer& buffer : buffers_) {
+    fill_voxels(buffer.data(), buffer.size(), caster.element_size, contents, random);
+    buffer.seal();
+  }
+  table_.seal();
+}
+
+SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std::vector<Voxel>& samples,
+                                                Random& random) {
+  if (samples.empty()) {
+    rowoffs_ = GuardedBuffer(0, random);
+    rowoffs_.seal();
+    return {0, 0};
+  }
+  Voxel low = samples[0], high = samples[0];
+  for (const Voxel& v : samples) {
+    low = {std::min(low.x, v.x), std::min(low.y, v.y), 0};
+    high = {std::max(high.x, v.x), std::max(high.y, v.y), 0};
+  }
+  if (caster.trilinear()) high = {high.x + 1, high.y + 1, 0};
+  const int size = caster.element_size;
+  const int first_byte = caster.bit() ? low.x >> 3 : low.x * size;
+  const int span = (caster.bit() ? (high.x >> 3) + 1 : (high.x + 1) * size) - first_byte;
+  const Rows layout = random.pick({Rows::kApart, Rows::kApart, Rows::kApart, Rows::kBackwards,
+                                   Rows::kShuffled, Rows::kOverlapping, Rows::kOne});
+  std::vector<int32_t> offsets = draw_offsets(layout, high.y + 1, span, size, random);
+  Extent bytes{INT64_MAX, INT64_MIN};
+  for (int y = low.y; y <= high.y; ++y) {
+    bytes.low = std::min<int64_t>(bytes.low, offsets[static_cast<size_t>(y)] + first_byte);
+    bytes.high = std::max<int64_t>(bytes.high, offsets[static_cast<size_t>(y)] + first_byte + span);
+  }
+  // The record does not say how many rows there are: entries that no sample uses mean nothing.
+  if (random.chance(0.5)) {
+    for (int y = 0; y < low.y; ++y) offsets[static_cast<size_t>(y)] = static_cast<int32_t>(random.bits());
+  }
+  rowoffs_ = GuardedBuffer(offsets.size() * sizeof(int32_t), random);
+  std::copy(offsets.begin(), offsets.end(), rowoffs_.as<int32_t>());
+  rowoffs_.seal();
+  return bytes;
+}
+
+void SliceStack::place_slices(const std::vector<bool>& used, Extent bytes, int alignment, Random& random) {
+  const size_t size = static_cast<size_t>(bytes.high - bytes.low);
+  const int first = static_cast<int>(std::find(used.begin(), used.end(), true) - used.begin());
+  const int last = static_cast<int>(used.size()) - 1 -
+                   static_cast<int>(std::find(used.rbegin(), used.rend(), true) - used.rbegin());
+  const bool one_buffer = first <= last && random.chance(0.4);
+  const bool falling = random.chance(0.2);
+  const bool forget_unused = random.chance(0.6);
+  const int64_t pitch = static_cast<int64_t>(size) + alignment * random.pick({0, 0, 1, random.whole(0, 99)});
+  if (one_buffer) buffers_.emplace_back(static_cast<size_t>(pitch * (last - first)) + size, random);
+  for (int s = 0; s < static_cast<int>(used.size()); ++s) {
+    const void*& entry = table_.as<const void*>()[s];
+    entry = nowhere();
+    if (one_buffer && (used[static_cast<size_t>(s)] || !forget_unused)) {
+      entry = address(buffers_[0].data(), pitch * (falling ? last - s : s - first) - bytes.low);
+    } else if (used[static_cast<size_t>(s)]) {
+      const bool again = !buffers_.empty() && random.chance(0.05);
+      if (!again) buffers_.emplace_back(size, random);
+      buffer_of_slice_[static_cast<size_t>(s)] = static_cast<int>(buffers_.size()) - 1;
+      entry = address(buffers_.back().data(), -bytes.low);
+    }
+  }
+}
+
+const GuardedBuffer* SliceStack::slice_buffer(int s) const {
+  const int buffer = buffer_of_slice_[static_cast<size_t>(s)];
+  return buffer < 0 ? nullptr : &buffers_[static_cast<size_t>(buffer)];
+}
+
+}  // namespace zox_test

@@ -1,0 +1,38 @@
+// A slice stack around given samples: every row, slice and table just as large as they demand.
+#pragma once
+
+#include <vector>
+
+#include "guarded_buffer.h"
+#include "operation_list.h"
+#include "trace.h"
+
+namespace zox_test {
+
+class SliceStack {
+ public:
+  SliceStack() = default;
+
+  // `samples` are the voxels that are read; `slices` is the length of the table of slice pointers.
+  SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, Random& random);
+
+  const void* const* slices() const { return table_.as<const void*>(); }
+  const int32_t* rowoffs() const { return rowoffs_.as<int32_t>(); }
+
+  // The buffers of slice s alone; null for slices in one common buffer or without samples.
+  const GuardedBuffer* slice_buffer(int s) const;
+
+ private:
+  struct Extent {
+    int64_t low, high;
+  };
+  Extent draw_row_offsets(const Caster& caster, const std::vector<Voxel>& samples, Random& random);
+  void place_slices(const std::vector<bool>& used, Extent bytes, int alignment, Random& random);
+
+  GuardedBuffer table_;
+  GuardedBuffer rowoffs_;
+  std::vector<GuardedBuffer> buffers_;
+  std::vector<int> buffer_of_slice_;
+};
+
+}  // namespace zox_test
