@@ -1,0 +1,65 @@
+# libzox_volume.so, and the same objects as a static library for tests and benchmarks, which
+# look inside (they run every instruction set by name).
+
+add_library(zox_volume_objects OBJECT
+  src/zox_GetSetThreads.cpp
+  src/zox_GetStringStatus.cpp
+  src/zox_GetVersion.cpp
+  src/zox_Malloc.cpp
+  src/zox_Volume_FindMax.cpp
+  src/zox_Volume_FindMaxBMask.cpp
+  src/zox_Volume_FindMaxCMask.cpp
+  src/zox_Volume_RayCast_BDN.cpp
+  src/zox_Volume_RayCast_BDT.cpp
+  src/zox_Volume_RayCast_BPN.cpp
+  src/zox_Volume_RayCast_BPT.cpp
+  src/zox_Volume_RayCast_Bit.cpp
+  src/zox_Volume_RayCast_GDN.cpp
+  src/zox_Volume_RayCast_GDT.cpp
+  src/zox_Volume_RayCast_GPN.cpp
+  src/zox_Volume_RayCast_GPT.cpp
+  src/zox_Volume_WindowLevel.cpp
+  src/isa/pick.cpp
+  src/isa/operations_base.cpp
+  src/isa/operations_avx2.cpp
+  src/isa/operations_avx512.cpp)
+target_include_directories(zox_volume_objects PUBLIC include PRIVATE src)
+set_target_properties(zox_volume_objects PROPERTIES
+  POSITION_INDEPENDENT_CODE ON
+  CXX_VISIBILITY_PRESET hidden
+  VISIBILITY_INLINES_HIDDEN ON)
+# Loops must not become calls to memcpy or memmove: malloc, free and memset are all that the
+# library calls.
+target_compile_options(zox_volume_objects PRIVATE
+  -Wall -Wextra -Wpedantic
+  -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-stack-protector
+  $<$<CXX_COMPILER_ID:GNU>:-fno-tree-loop-distribute-patterns>)
+
+# The instruction sets: optimised alike in every build type but Debug. No FMA even where the
+# processor has it: a fused product would change results.
+set(kernel_options $<$<NOT:$<CONFIG:Debug>>:-O3>)
+if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
+  # g++ 12 warns of its own _mm512_undefined_pd.
+  list(APPEND kernel_options -Wno-maybe-uninitialized)
+endif()
+set_source_files_properties(src/isa/operations_base.cpp PROPERTIES
+  COMPILE_OPTIONS "${kernel_options}")
+set_source_files_properties(src/isa/operations_avx2.cpp PROPERTIES
+  COMPILE_OPTIONS "${kernel_options};-mavx2;-mtune=haswell")
+set_source_files_properties(src/isa/operations_avx512.cpp PROPERTIES
+  COMPILE_OPTIONS "${kernel_options};-mavx512f;-mavx512vl;-mavx512bw;-mavx512dq;-mtune=icelake-server;-mprefer-vector-width=512")
+
+add_library(zox_volume SHARED $<TARGET_OBJECTS:zox_volume_objects>)
+target_include_directories(zox_volume PUBLIC
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:include>)
+# Linked by the C driver and only with what is needed, so that no C++ runtime comes in; libm
+# stays though nothing of it is called. No -Bsymbolic: a preloaded allocator must replace
+# __zox_Malloc and __zox_Free.
+set_target_properties(zox_volume PROPERTIES LINKER_LANGUAGE C)
+target_link_options(zox_volume PRIVATE
+  -Wl,--version-script=${PROJECT_SOURCE_DIR}/src/zox_volume.map -Wl,--as-needed)
+target_link_libraries(zox_volume PRIVATE -Wl,--push-state,--no-as-needed,-lm,--pop-state)
+set_target_properties(zox_volume PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/src/zox_volume.map)
+
+add_library(zox_volume_internal STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:zox_volume_objects>)
+target_include_directories(zox_volume_internal PUBLIC include src)

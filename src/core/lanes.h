@@ -1,0 +1,41 @@
+// The shape of every hot loop: a batch's rays, or a run of samples, stand side by side as lanes
+// of short arrays, and a sample is computed in stages, each one plain loop over all lanes that
+// the compiler turns into the set's vectors.
+#pragma once
+
+#include <immintrin.h>
+#include <stdint.h>
+
+namespace zox::ZOX_SET {
+namespace {
+
+constexpr int kLanes = 64;
+
+// Arithmetic stages run over whole vectors: lanes from n up to padded(n) hold leftovers, which
+// may be computed with but never loaded through.
+constexpr int padded(int n) { return (n + 15) & -16; }
+
+template <class T>
+struct alignas(64) Lanes {
+  T at[kLanes];
+  T& operator[](int i) { return at[i]; }
+  const T& operator[](int i) const { return at[i]; }
+};
+
+// One array an axis: x, y, z.
+template <class T>
+using Axes = Lanes<T>[3];
+
+// Bit i is set where flags[i] is not 0; the lanes from n on do not count.
+inline uint64_t flagged_lanes(const Lanes<uint8_t>& flags, int n) {
+  uint64_t mask = 0;
+  for (int i = 0; i < padded(n); i += 16) {
+    __m128i f = _mm_load_si128(reinterpret_cast<const __m128i*>(&flags.at[i]));
+    uint64_t clear = static_cast<uint64_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(f, _mm_setzero_si128())));
+    mask |= (~clear & 0xFFFF) << i;
+  }
+  return n < kLanes ? mask & ((uint64_t{1} << n) - 1) : mask;
+}
+
+}  // namespace
+}  // namespace zox::ZOX_SET

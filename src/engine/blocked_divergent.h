@@ -1,0 +1,62 @@
+// Blocked volumes, every ray with its own step.
+#pragma once
+
+#include "engine/blocked_sampling.h"
+#include "engine/march.h"
+
+namespace zox::ZOX_SET {
+namespace {
+
+// A coordinate as the walk carries it.
+template <BlockedRules rules>
+auto walk_start(double start) {
+  double biased = rules.start_half ? start + 0.5 : start;
+  if constexpr (rules.positions == Positions::kFixed) {
+    return to_fixed<kTrunc>(biased, 0x1p20);
+  } else {
+    return biased;
+  }
+}
+
+template <BlockedRules rules>
+auto walk_step(double step) {
+  if constexpr (rules.positions == Positions::kFixed) {
+    return to_fixed<kTrunc>(step, 0x1p20);
+  } else {
+    return step;
+  }
+}
+
+template <BlockedRules rules>
+using WalkOf = OwnWalk<decltype(walk_step<rules>(0.0))>;
+
+// Each ray walks from its own start, by the step at steps[r] or, parallel, by that of ray 0.
+template <BlockedRules rules, StepOf step_of, class Element>
+void cast_ray_by_ray(const BlockedVolume<Element>& volume, const zox_Rays& batch) {
+  for (int first = 0; first < batch.nrays; first += kLanes) {
+    WalkOf<rules> walk;
+    Marchers rays;
+    for (int r = first; r < batch.nrays && r - first < kLanes; ++r) {
+      if (batch.nsamples[r] < 1) continue;
+      const double* step = batch.steps[step_of == StepOf::kRay0 ? 0 : r];
+      for (int axis = 0; axis < 3; ++axis) {
+        walk.position[axis][rays.n] = walk_start<rules>(batch.starts[r][axis]);
+        walk.step[axis][rays.n] = walk_step<rules>(step[axis]);
+      }
+      rays.add(r, batch.nsamples[r]);
+    }
+    march<Element>(rays, walk, batch.planes, [&](const auto& positions, int n, Element* values) {
+      sample_blocked<rules.sampling>(volume, positions, n, values);
+    });
+  }
+}
+
+template <BlockedRules rules>
+int cast_blocked_divergent(const zox_Volume* volume, const zox_Rays* rays) {
+  using Element = ElementOf<rules.voxel>;
+  cast_ray_by_ray<rules, StepOf::kEachRay>(BlockedVolume<Element>(*volume), *rays);
+  return ZOX_STS_NO_ERROR;
+}
+
+}  // namespace
+}  // namespace zox::ZOX_SET

@@ -1,0 +1,58 @@
+// Slice stacks: samples are gathered slice after slice, each slice visited once in ascending
+// order however the rays cross the stack.
+#pragma once
+
+#include "core/scratch.h"
+#include "core/slice_buckets.h"
+
+namespace zox::ZOX_SET {
+namespace {
+
+constexpr int kStackEntries = 512;  // a table up to this size stands on the stack
+constexpr int kStackSamples = 512;
+
+inline int largest_count(const zox_Rays& batch) {
+  int largest = batch.nsamples[0];
+  for (int r = 1; r < batch.nrays; ++r) largest = batch.nsamples[r] > largest ? batch.nsamples[r] : largest;
+  return largest;
+}
+
+// Lists on the stack where they fit.
+template <GeneralRules rules>
+[[gnu::noinline]] void sweep_with_stack_nodes(const zox_Volume& volume, const zox_Rays& batch,
+                                              const Regions& regions, uint32_t* heads) {
+  alignas(16) char nodes[kStackSamples << rules.node_log2];
+  sweep_lists<rules>(volume, batch, regions, heads, reinterpret_cast<SampleNode<rules>*>(nodes));
+}
+
+template <GeneralRules rules>
+int cast_buckets(const zox_Rays& batch, int, int largest, const zox_Volume& volume) {
+  int32_t bounds_on_stack[kStackEntries];
+  uint32_t heads_on_stack[kStackEntries];
+  HeapBlock bounds, heads, nodes;
+  bool grow = rules.tables == Tables::kGrow;
+  int nregions = volume.nregions, nslices = volume.nslices;
+  if (grow && nregions > kStackEntries - 1 && !bounds.take((nregions + 1) * 4)) return ZOX_STS_NO_MEMORY;
+  if (grow && nslices > kStackEntries && !heads.take(nslices * 4)) return ZOX_STS_NO_MEMORY;
+  int node_bytes = static_cast<int>(static_cast<uint32_t>(largest) << rules.node_log2);
+  if (largest > kStackSamples && !nodes.take(node_bytes)) return ZOX_STS_NO_MEMORY;
+
+  int32_t* Zb = bounds.as<int32_t>() ? bounds.as<int32_t>() : bounds_on_stack;
+  uint32_t* head = heads.as<uint32_t>() ? heads.as<uint32_t>() : heads_on_stack;
+  for (int j = 0; j <= nregions; ++j) Zb[j] = to_fixed<rules.bounds>(volume.regbounds[j], 1 << rules.bits);
+  Regions regions{nregions, Zb, volume.regslice, volume.regscale};
+  if (nodes.as<char>()) {
+    sweep_lists<rules>(volume, batch, regions, head, nodes.as<SampleNode<rules>>());
+  } else {
+    sweep_with_stack_nodes<rules>(volume, batch, regions, head);
+  }
+  return ZOX_STS_NO_ERROR;
+}
+
+template <GeneralRules rules>
+int cast_general(const zox_Volume* volume, const zox_Rays* rays) {
+  return cast_buckets<rules>(*rays, rays->nrays, largest_count(*rays), *volume);
+}
+
+}  // namespace
+}  // namespace zox::ZOX_SET

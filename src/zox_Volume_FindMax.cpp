@@ -1,0 +1,13 @@
+#include "export.h"
+#include "isa/operations.h"
+
+int zox_Volume_FindMax_8U(const zox_Rays* rays, uint8_t* maxima) {
+  return zox::pick().find_max_8u(rays, maxima);
+}
+
+int zox_Volume_FindMax_16S(const zox_Rays* rays, int16_t* maxima) {
+  return zox::pick().find_max_16s(rays, maxima);
+}
+
+ZOX_SECOND_NAME(zox_Volume_FindMax_8U);
+ZOX_SECOND_NAME(zox_Volume_FindMax_16S);

@@ -1,0 +1,13 @@
+#include "export.h"
+#include "isa/operations.h"
+
+int zox_Volume_RayCast_General_Divergent_Nearest_Bit_8U(const zox_Volume* volume, const zox_Rays* rays) {
+  return zox::pick().general_divergent_nearest_bit_8u(volume, rays);
+}
+
+int zox_Volume_RayCast_General_Parallel_Nearest_Bit_8U(const zox_Volume* volume, const zox_Rays* rays) {
+  return zox::pick().general_parallel_nearest_bit_8u(volume, rays);
+}
+
+ZOX_SECOND_NAME(zox_Volume_RayCast_General_Divergent_Nearest_Bit_8U);
+ZOX_SECOND_NAME(zox_Volume_RayCast_General_Parallel_Nearest_Bit_8U);

@@ -1,0 +1,13 @@
+#include "export.h"
+#include "isa/operations.h"
+
+int zox_Volume_RayCast_General_Parallel_Trilinear_8U(const zox_Volume* volume, const zox_Rays* rays) {
+  return zox::pick().general_parallel_trilinear_8u(volume, rays);
+}
+
+int zox_Volume_RayCast_General_Parallel_Trilinear_16S(const zox_Volume* volume, const zox_Rays* rays) {
+  return zox::pick().general_parallel_trilinear_16s(volume, rays);
+}
+
+ZOX_SECOND_NAME(zox_Volume_RayCast_General_Parallel_Trilinear_8U);
+ZOX_SECOND_NAME(zox_Volume_RayCast_General_Parallel_Trilinear_16S);
