@@ -1,0 +1,208 @@
+// Random batches through the maxima, plain and masked, on every instruction set.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+#include <sstream>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "crash_note.h"
+#include "effort.h"
+#include "reference.h"
+#include "targets.h"
+#include "voxels.h"
+
+namespace zox_test {
+namespace {
+
+constexpr int kBatches = 2000;
+
+enum class Mask { kNone, kBits, kBytes };
+
+struct Input {
+  const zox_Rays* rays;
+  const uint8_t* mask;
+  int threshold;
+};
+
+// One maximum operation: of an instruction set, or the exported one when there is no set.
+struct Maximum {
+  const char* name;
+  Mask mask;
+  int element_size;
+  int (*run)(const zox::Operations* set, const Input& in, void* out);
+  int (*run_reference)(const Input& in, void* out);
+};
+
+#define ZOX_TEST_MAXIMUM(upper, lower, type, mask, ...)                              \
+  {                                                                                  \
+#upper, mask, sizeof(type),                                                        \
+        [](const zox::Operations* set, const Input& in, void* out) {                   \
+          return (set ? set->lower : zox_Volume_##upper)(__VA_ARGS__(in, type, out));  \
+        },                                                                             \
+        [](const Input& in, void* out) {                                               \
+          return reference::lower(__VA_ARGS__(in, type, out));                         \
+        } \
+  }
+#define ZOX_TEST_PLAIN(in, type, out) in.rays, static_cast<type*>(out)
+#define ZOX_TEST_BITS(in, type, out) in.rays, in.mask, static_cast<type*>(out)
+#define ZOX_TEST_BYTES(in, type, out) in.rays, in.mask, in.threshold, static_cast<type*>(out)
+
+const Maximum kMaxima[] = {
+    ZOX_TEST_MAXIMUM(FindMax_8U, find_max_8u, uint8_t, Mask::kNone, ZOX_TEST_PLAIN),
+    ZOX_TEST_MAXIMUM(FindMax_16S, find_max_16s, int16_t, Mask::kNone, ZOX_TEST_PLAIN),
+    ZOX_TEST_MAXIMUM(FindMaxBMask_8U, find_max_bmask_8u, uint8_t, Mask::kBits, ZOX_TEST_BITS),
+    ZOX_TEST_MAXIMUM(FindMaxBMask_16S, find_max_bmask_16s, int16_t, Mask::kBits, ZOX_TEST_BITS),
+    ZOX_TEST_MAXIMUM(FindMaxCMask_8U, find_max_cmask_8u, uint8_t, Mask::kBytes, ZOX_TEST_BYTES),
+    ZOX_TEST_MAXIMUM(FindMaxCMask_16S, find_max_cmask_16s, int16_t, Mask::kBytes, ZOX_TEST_BYTES),
+};
+constexpr int kMaximumCount = sizeof kMaxima / sizeof kMaxima[0];
+
+// Rays that are processed: pairs, a last odd one, and ray 0 for a negative odd count.
+int rays_reached(int nrays) { return nrays > 0 ? nrays : nrays & 1; }
+
+class FilledPlanes {
+ public:
+  FilledPlanes(const Maximum& maximum, uint64_t seed) : random_(seed * kMaximumCount + 77) {
+    draw_size();
+    draw_counts(maximum);
+    fill_planes(maximum.element_size);
+    draw_mask(maximum.mask);
+    const void* unread = reinterpret_cast<const void*>(16);
+    rays_ = {table_.as<void*>(), nrays_, static_cast<const double* const*>(unread),
+             static_cast<const double* const*>(unread), counts_.as<int32_t>()};
+    maxima_ = GuardedBuffer(static_cast<size_t>(rays_reached(nrays_) * maximum.element_size), random_);
+    pattern_ = static_cast<uint8_t>(random_.bits());
+  }
+
+  Input input() const { return {&rays_, mask_.data(), threshold_}; }
+  void* prefilled_maxima() {
+    std::memset(maxima_.data(), pattern_, maxima_.size());
+    std::memset(maxima_.margin(), pattern_, maxima_.margin_size());
+    return maxima_.data();
+  }
+  std::vector<uint8_t> maxima() const {
+    std::vector<uint8_t> all(maxima_.data(), maxima_.data() + maxima_.size());
+    all.insert(all.end(), maxima_.margin(), maxima_.margin() + maxima_.margin_size());
+    return all;
+  }
+  std::string describe() const {
+    std::ostringstream text;
+    text << "rays " << nrays_ << ", planes " << planes_.size() << ", threshold " << threshold_ << ", counts";
+    for (int r = 0; r < std::min(20, std::max(1, nrays_)); ++r) text << " " << counts_.as<int32_t>()[r];
+    return text.str();
+  }
+
+ private:
+  void draw_size() {
+    nrays_ = random_.pick({0, 1, 2, 3, 64, 64, -1, -2, -random_.whole(1, 999), random_.whole(1, 70),
+                           random_.whole(1, 70), random_.whole(1, 300), random_.whole(1, 1000)});
+    longest_ =
+        random_.pick({1, 2, 3, 8, 9, random_.whole(1, 40), random_.whole(1, 40), random_.whole(1, 130)});
+    if (random_.chance(0.01)) longest_ = random_.whole(500, 1100);
+  }
+
+  void draw_counts(const Maximum&) {
+    const int shape = random_.whole(0, 3);
+    counts_ = GuardedBuffer(sizeof(int32_t) * static_cast<size_t>(std::max(1, nrays_)), random_);
+    const int entries = std::max(1, nrays_);
+    int reached = 0;
+    for (int r = 0; r < entries; ++r) {
+      int count = longest_;
+      if (shape == 1) count = random_.whole(0, longest_);
+      if (shape == 2) count = random_.chance(0.1) ? random_.whole(-3, longest_) : longest_;
+      if (shape == 3) count = random_.pick({0, -1, INT_MIN, 1, random_.whole(0, longest_)});
+      counts_.as<int32_t>()[r] = count;
+      if (r < rays_reached(nrays_)) reached = std::max(reached, count);
+    }
+    longest_ = reached;
+    counts_.seal();
+  }
+
+  void fill_planes(int element_size) {
+    table_ = GuardedBuffer(sizeof(void*) * static_cast<size_t>(longest_), random_);
+    const Contents contents = draw_contents(random_);
+    const bool lowest = element_size == 2 && random_.chance(0.05);
+    for (int k = 0; k < longest_; ++k) {
+      planes_.emplace_back(static_cast<size_t>(rays_reached(nrays_) * element_size), random_);
+      GuardedBuffer& plane = planes_.back();
+      fill_voxels(plane.data(), plane.size(), element_size, contents, random_);
+      // Nothing is smaller than the value that stands for no sample.
+      if (lowest) std::fill_n(plane.as<int16_t>(), plane.size() / 2, int16_t{-32768});
+      plane.seal();
+      table_.as<void*>()[k] = plane.data();
+    }
+    table_.seal();
+  }
+
+  void draw_mask(Mask mask) {
+    const size_t samples = static_cast<size_t>(longest_);
+    const size_t bytes = mask == Mask::kNone ? 0 : mask == Mask::kBits ? (samples + 7) / 8 : samples;
+    mask_ = GuardedBuffer(bytes, random_);
+    const int shape = random_.whole(0, 3);
+    // The bits above the low byte of a threshold mean nothing.
+    threshold_ = random_.pick({0, 1, 127, 128, 254, 255, random_.whole(0, 255)});
+    for (size_t i = 0; i < bytes; ++i) {
+      int value = random_.whole(0, 255);
+      if (shape == 1) value = random_.chance(0.5) ? 255 : 0;
+      if (shape == 2) value = threshold_ + random_.whole(-1, 1);
+      if (shape == 3) value = random_.chance(0.9) ? 255 : random_.whole(0, 255);
+      mask_.data()[i] = static_cast<uint8_t>(value);
+    }
+    mask_.seal();
+    if (random_.chance(0.5)) threshold_ |= static_cast<int>(random_.bits() << 8);
+  }
+
+  Random random_;
+  int nrays_;
+  int longest_;
+  int threshold_ = 0;
+  uint8_t pattern_;
+  zox_Rays rays_{};
+  GuardedBuffer counts_, table_, mask_, maxima_;
+  std::vector<GuardedBuffer> planes_;
+};
+
+using Parameter = std::tuple<int, int>;
+
+class MaximumTest : public testing::TestWithParam<Parameter> {};
+
+TEST_P(MaximumTest, MatchesReference) {
+  const Maximum& maximum = kMaxima[std::get<0>(GetParam())];
+  const int target_index = std::get<1>(GetParam());
+  const Target target = all_targets()[static_cast<size_t>(target_index)];
+  if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
+  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), kBatches);
+  for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
+    FilledPlanes batch(maximum, seed);
+    const std::string what = std::string(maximum.name) + " " + target.name + " seed " + std::to_string(seed) +
+                             ": " + batch.describe();
+    set_crash_note(what);
+    ASSERT_EQ(0, maximum.run_reference(batch.input(), batch.prefilled_maxima()));
+    const std::vector<uint8_t> expected = batch.maxima();
+    ASSERT_EQ(0, maximum.run(target.operations, batch.input(), batch.prefilled_maxima())) << what;
+    const std::vector<uint8_t> actual = batch.maxima();
+    const auto differs = std::mismatch(expected.begin(), expected.end(), actual.begin());
+    ASSERT_TRUE(differs.first == expected.end())
+        << "byte " << differs.first - expected.begin() << " of the maxima (one ray has "
+        << maximum.element_size << "): expected " << int{*differs.first} << ", got " << int{*differs.second}
+        << "\n"
+        << what;
+  }
+}
+
+std::string name_of(const testing::TestParamInfo<Parameter>& info) {
+  return std::string(kMaxima[std::get<0>(info.param)].name) + "_" +
+         all_targets()[static_cast<size_t>(std::get<1>(info.param))].name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Differential, MaximumTest,
+                         testing::Combine(testing::Range(0, kMaximumCount),
+                                          testing::Range(0, static_cast<int>(all_targets().size()))),
+                         name_of);
+
+}  // namespace
+}  // namespace zox_test

@@ -1,0 +1,170 @@
+// Random rows through the window/level mapping, apart and overlapping, on every instruction set.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "crash_note.h"
+#include "effort.h"
+#include "reference.h"
+#include "targets.h"
+#include "voxels.h"
+
+namespace zox_test {
+namespace {
+
+constexpr int kRows = 6000;
+
+using Mapping = int (*)(const int16_t*, uint8_t*, int, int, int, int, int);
+
+struct Window {
+  int center, width, outmin, outmax;
+};
+
+// Mostly a window that is accepted; the bits above the narrow values mean nothing.
+Window draw_window(Random& random) {
+  const int width =
+      random.pick({2, 3, random.whole(2, 20), random.whole(2, 3000), random.whole(-32768, 32767)});
+  const int center =
+      random.pick({0, random.whole(-100, 100), random.whole(-15000, 15000), random.whole(-32768, 32767)});
+  int low = random.pick({0, 0, random.whole(0, 255)}), high = random.pick({255, 255, random.whole(0, 255)});
+  if (low > high && random.chance(0.8)) std::swap(low, high);
+  Window window{center, width, low, high};
+  if (random.chance(0.5)) {
+    const auto with_garbage = [&](int value, int bits) {
+      const uint32_t mask = (1u << bits) - 1;
+      return static_cast<int>((static_cast<uint32_t>(value) & mask) |
+                              (static_cast<uint32_t>(random.bits()) & ~mask));
+    };
+    window = {with_garbage(center, 16), with_garbage(width, 16), with_garbage(low, 8), with_garbage(high, 8)};
+  }
+  return window;
+}
+
+void fill_row(int16_t* row, int count, const Window& window, Random& random) {
+  const int shape = random.whole(0, 2);
+  const int center = static_cast<int16_t>(window.center), width = static_cast<int16_t>(window.width);
+  for (int i = 0; i < count; ++i) {
+    int value = static_cast<int16_t>(random.bits());
+    if (shape == 1) value = random.pick({-32768, 32767, 0, -1});
+    // At, and one to either side of, the window's edges and middle.
+    if (shape == 2) value = center + random.pick({-1, 0, 1}) * (width / 2) + random.whole(-2, 2);
+    row[i] = static_cast<int16_t>(value);
+  }
+}
+
+std::string describe(const char* target, uint64_t seed, int length, const Window& w) {
+  std::ostringstream text;
+  text << target << " seed " << seed << ": length " << length << ", window " << w.center << " " << w.width
+       << ", out " << w.outmin << " " << w.outmax;
+  return text.str();
+}
+
+class WindowLevel : public testing::TestWithParam<int> {
+ protected:
+  void SetUp() override {
+    target_ = all_targets()[static_cast<size_t>(GetParam())];
+    if (!target_.supported()) GTEST_SKIP() << "this processor lacks " << target_.name;
+    mapping_ = target_.operations ? target_.operations->window_level_16s_8u : zox_Volume_WindowLevel_16S_8U;
+    seeds_ = seeds(1000000u * static_cast<uint64_t>(GetParam()), kRows);
+  }
+
+  Target target_{};
+  Mapping mapping_ = nullptr;
+  Seeds seeds_{};
+};
+
+int draw_length(Random& random) {
+  if (random.chance(0.02)) return random.whole(101, 5000);
+  return random.chance(0.02) ? -random.whole(1, 100) : random.whole(0, 100);
+}
+
+TEST_P(WindowLevel, MatchesReferenceOnSeparateRows) {
+  for (uint64_t seed = seeds_.first; seed < seeds_.first + seeds_.count; ++seed) {
+    Random random(seed);
+    const Window w = draw_window(random);
+    const int length = draw_length(random);
+    const size_t count = static_cast<size_t>(std::max(0, length));
+    GuardedBuffer src(2 * count, random), expected(count, random), actual(count, random);
+    fill_row(src.as<int16_t>(), static_cast<int>(count), w, random);
+    src.seal();
+    for (const GuardedBuffer* dst : {&expected, &actual}) {
+      std::memset(dst->data(), 0x5A, dst->size());
+      std::memset(dst->margin(), 0x5A, dst->margin_size());
+    }
+    const std::string what = describe(target_.name, seed, length, w);
+    set_crash_note(what);
+    const int status = reference::window_level_16s_8u(src.as<int16_t>(), expected.data(), length, w.center,
+                                                      w.width, w.outmin, w.outmax);
+    ASSERT_EQ(status,
+              mapping_(src.as<int16_t>(), actual.data(), length, w.center, w.width, w.outmin, w.outmax))
+        << what;
+    for (size_t i = 0; i < count; ++i) {
+      ASSERT_EQ(int{expected.data()[i]}, int{actual.data()[i]})
+          << "value " << src.as<int16_t>()[i] << " at " << i << "\n"
+          << what;
+    }
+    const uint8_t* margin = actual.margin();
+    ASSERT_TRUE(std::all_of(margin, margin + actual.margin_size(), [](uint8_t b) { return b == 0x5A; }))
+        << what;
+  }
+}
+
+// Source and destination in one buffer at any distance: the row is then mapped value by value in
+// rising order, as the reference does.
+TEST_P(WindowLevel, MatchesReferenceOnOverlappingRows) {
+  for (uint64_t seed = seeds_.first; seed < seeds_.first + seeds_.count; ++seed) {
+    Random random(seed);
+    const Window w = draw_window(random);
+    const int length = random.whole(0, 100);
+    const int total = 2 * length + random.whole(0, 150);
+    const int src_at = random.whole(0, (total - 2 * length) / 2) * 2;
+    const int dst_at = random.chance(0.3) ? src_at : random.whole(0, total - length);
+    const auto flush =
+        total % 2 != 0 || random.chance(0.5) ? GuardedBuffer::Flush::kStart : GuardedBuffer::Flush::kEnd;
+    GuardedBuffer expected(static_cast<size_t>(total), flush), actual(static_cast<size_t>(total), flush);
+    fill_row(expected.as<int16_t>(), total / 2, w, random);
+    if (total % 2 != 0) expected.data()[total - 1] = 1;
+    if (total > 0) std::memcpy(actual.data(), expected.data(), static_cast<size_t>(total));
+    const std::string what = describe(target_.name, seed, length, w) + ", source at " +
+                             std::to_string(src_at) + ", destination at " + std::to_string(dst_at);
+    set_crash_note(what);
+    const auto map = [&](Mapping mapping, const GuardedBuffer& buffer) {
+      return mapping(reinterpret_cast<const int16_t*>(buffer.data() + src_at), buffer.data() + dst_at, length,
+                     w.center, w.width, w.outmin, w.outmax);
+    };
+    ASSERT_EQ(map(reference::window_level_16s_8u, expected), map(mapping_, actual)) << what;
+    ASSERT_TRUE(std::equal(expected.data(), expected.data() + total, actual.data())) << what;
+  }
+}
+
+// Every value there is, through windows of every kind.
+TEST_P(WindowLevel, MatchesReferenceOnEveryValue) {
+  std::vector<int16_t> src(65536);
+  for (int v = -32768; v <= 32767; ++v) src[static_cast<size_t>(v + 32768)] = static_cast<int16_t>(v);
+  std::vector<uint8_t> expected(src.size()), actual(src.size());
+  const uint64_t windows = seeds_.count / 100 + 1;
+  for (uint64_t seed = seeds_.first; seed < seeds_.first + windows; ++seed) {
+    Random random(seed);
+    const Window w = draw_window(random);
+    const int length = static_cast<int>(src.size());
+    reference::window_level_16s_8u(src.data(), expected.data(), length, w.center, w.width, w.outmin,
+                                   w.outmax);
+    mapping_(src.data(), actual.data(), length, w.center, w.width, w.outmin, w.outmax);
+    const auto differs = std::mismatch(expected.begin(), expected.end(), actual.begin());
+    ASSERT_TRUE(differs.first == expected.end())
+        << "value " << differs.first - expected.begin() - 32768 << "\n"
+        << describe(target_.name, seed, length, w);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Differential, WindowLevel, testing::Range(0, static_cast<int>(all_targets().size())),
+                         [](const testing::TestParamInfo<int>& info) {
+                           return std::string(all_targets()[static_cast<size_t>(info.param)].name);
+                         });
+
+}  // namespace
+}  // namespace zox_test
