@@ -125,10 +125,10 @@ class Table : public benchmark::BenchmarkReporter {
         failed = true;
         continue;
       }
-      print_value(run, "reference_ns", " %8.2f", " %8s");
-      print_value(run, "lists_ns", " %8.2f", " %8s");
+      print_value(run, "reference_ns", " %8.3g", " %8s");
+      print_value(run, "lists_ns", " %8.3g", " %8s");
       for (const std::string& set : sets_) {
-        print_value(run, set + "_ns", " | %6.2f", " | %6s");
+        print_value(run, set + "_ns", " | %6.3g", " | %6s");
         print_value(run, set + "_ratio", " x%5.2f", " %6s");
         print_value(run, set + "_lists_ratio", " %5.2f", " %5s");
       }
