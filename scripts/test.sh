@@ -1,0 +1,75 @@
+#!/usr/bin/env bash
+# Builds and tests everything: g++ release with tool and checker, address and undefined-behaviour
+# sanitizers, clang, source checks, emulated older processors, valgrind, a short fuzz. One line per
+# stage; the logs stand in build/logs. Under ten minutes on two cores.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+mkdir -p build/logs
+export CTEST_OUTPUT_ON_FAILURE=1 CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
+passed=0
+failed=0
+skipped=0
+
+# Counts what ctest reports in a log; a stage without ctest counts as one test.
+count() {  # log status
+  local tests lost left
+  tests=$(sed -n 's/.*tests failed out of \([0-9]*\)$/\1/p' "$1" | awk '{ n += $1 } END { print n + 0 }')
+  lost=$(sed -n 's/.* \([0-9]*\) tests failed out of [0-9]*$/\1/p' "$1" | awk '{ n += $1 } END { print n + 0 }')
+  left=$(grep -cE '^ *[0-9]+/[0-9]+ Test.*\*\*\*Skipped' "$1" || true)
+  if [ "$2" != 0 ] && [ "$lost" = 0 ]; then lost=1 tests=$((tests + 1)); fi
+  if [ "$tests" = 0 ]; then tests=1; fi
+  failed=$((failed + lost))
+  skipped=$((skipped + left))
+  passed=$((passed + tests - lost - left))
+}
+
+stage() {  # name command...
+  local name=$1 log status=0 begin=$SECONDS
+  shift
+  log=build/logs/${name// /-}.log
+  set +e
+  (set -e; "$@") >"$log" 2>&1 </dev/null
+  status=$?
+  set -e
+  count "$log" $status
+  if [ $status != 0 ]; then
+    echo "FAILED $name ($((SECONDS - begin)) s), the end of $log:"
+    tail -n 40 "$log"
+    summary
+    exit 1
+  fi
+  printf 'ok     %-28s %4d s\n' "$name" $((SECONDS - begin))
+}
+
+summary() {
+  local rest=""
+  [ $skipped = 0 ] || rest=", $skipped skipped"
+  echo "$passed passed, $failed failed$rest"
+}
+
+build_and_test() {  # preset directory cmake-options...
+  local preset=$1 directory=$2
+  shift 2
+  cmake --preset "$preset" -B "$directory" "$@"
+  cmake --build "$directory"
+  ctest --test-dir "$directory" --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
+}
+
+# The suite once more on an emulated processor: the kernels of wider sets are skipped there, and one
+# reached by mistake is an illegal instruction.
+emulate() {  # processor
+  local tests=build/test/tests
+  GTEST_BRIEF=1 qemu-x86_64 -cpu "$1" $tests/unit/zox_unit_tests
+}
+
+stage "packages" scripts/deps.sh build tools test check fuzz
+stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON
+stage "address sanitizer" build_and_test asan build/asan
+stage "undefined sanitizer" build_and_test ubsan build/ubsan
+stage "clang" build_and_test clang build/clang
+stage "source checks" scripts/check.sh
+stage "processor without AVX" emulate Nehalem
+stage "processor with AVX2 only" emulate Haswell
+stage "valgrind" scripts/valgrind.sh
+stage "fuzz" scripts/fuzz.sh 20
+summary
