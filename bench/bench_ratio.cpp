@@ -20,7 +20,7 @@ struct Options {
   std::vector<int> sizes;
   std::vector<std::string> views, storages, loads;
   std::vector<std::string> sets = {"base", "avx2", "avx512"};
-  int rounds = 9;
+  int rounds = 7;
   bool quick = false;
   bool list = false;
   std::string json;
@@ -119,12 +119,13 @@ class Table : public benchmark::BenchmarkReporter {
 
   void ReportRuns(const std::vector<Run>& runs) override {
     for (const Run& run : runs) {
-      std::printf("%-68s", run.run_name.function_name.c_str());
+      const char* name = run.run_name.function_name.c_str();
       if (run.error_occurred) {
-        std::printf(" %s\n", run.error_message.c_str());
+        std::fprintf(stderr, "%s: %s\n", name, run.error_message.c_str());
         failed = true;
         continue;
       }
+      std::printf("%-68s", name);
       print_value(run, "reference_ns", " %8.3g", " %8s");
       print_value(run, "lists_ns", " %8.3g", " %8s");
       for (const std::string& set : sets_) {

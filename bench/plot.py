@@ -11,11 +11,14 @@ TICKS = (0.5, 1, 2, 4, 8, 16, 32, 64)
 
 
 def headline(cases):
-    """Per operation the geometric means over all cases of the families' headlines."""
+    """The cases behind each bar, operation by operation in the order of the families."""
     rows = {}
-    for case in cases:
-        if case.load != "ragged" and any(results.belongs(case, fam) for fam in results.FAMILIES):
-            rows.setdefault(case.operation, []).append(case)
+    for fam in results.FAMILIES:
+        if fam.load == "ragged":
+            continue
+        for case in cases:
+            if results.belongs(case, fam):
+                rows.setdefault(case.operation, []).append(case)
     return rows
 
 
@@ -40,7 +43,7 @@ def draw(cases):
     bottom = TOP + len(rows) * row_height
     parts = [f'<svg xmlns="http://www.w3.org/2000/svg" width="{LEFT + WIDTH + 40}" height="{bottom + 36}" '
              'font-family="sans-serif">', '<rect width="100%" height="100%" fill="white"/>',
-             label(LEFT, 20, "Speed of each operation, as a multiple of plain scalar code", size=14)]
+             label(LEFT, 20, "Speed of each operation, as a multiple of plain scalar code (logarithmic)", size=14)]
     for i, name in enumerate(results.SETS):
         x = LEFT + 150 * i
         parts += [f'<rect x="{x}" y="32" width="12" height="12" fill="{COLOURS[name]}"/>',

@@ -93,6 +93,12 @@ def first_line(*command):
     return subprocess.run(command, capture_output=True, text=True, check=True).stdout.splitlines()[0]
 
 
+def text_kib(library):
+    """Code and constants, as size counts them."""
+    out = subprocess.run(["size", library], capture_output=True, text=True, check=True).stdout
+    return round(int(out.splitlines()[1].split()[0]) / 1024)
+
+
 def processor():
     with open("/proc/cpuinfo", encoding="utf-8") as file:
         facts = dict(line.split(":", 1) for line in file.read().split("\n\n")[0].splitlines() if ":" in line)
@@ -105,7 +111,7 @@ def caches(context):
     return ", ".join(parts)
 
 
-def page(context, cases, compiler, command):
+def page(context, cases, compiler, library, command):
     here = os.path.dirname(os.path.abspath(__file__))
     with open(os.path.join(here, "performance.md.in"), encoding="utf-8") as file:
         template = file.read()
@@ -115,7 +121,7 @@ def page(context, cases, compiler, command):
     slower = slower_lines(cases)
     fields = {
         "PROCESSOR": processor(), "CPUS": str(context["num_cpus"]), "CACHES": caches(context),
-        "COMPILER": first_line(compiler, "--version"), "DATE": context["date"], "COMMAND": command,
+        "TEXT": str(text_kib(library)), "COMPILER": first_line(compiler, "--version"), "DATE": context["date"], "COMMAND": command,
         "COUNT": str(len(cases)),
         "FAMILIES": "\n".join(markdown(*family_rows(cases))),
         "LISTS": "\n".join(markdown(*lists_rows(cases))),
@@ -140,6 +146,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("results", help="JSON file that bench_ratio wrote")
     parser.add_argument("--compiler", help="path of the compiler, for the page")
+    parser.add_argument("--library", help="path of libzox_volume.so, for the page")
     parser.add_argument("--command", help="command that made the results, for the page")
     parser.add_argument("--docs", help="write performance.md and performance.svg into this directory")
     options = parser.parse_args()
@@ -149,11 +156,11 @@ def main():
     print("\n".join(aligned(*lists_rows(cases))))
     slower = slower_lines(cases)
     print(f"\nslower than the scalar reference: {len(slower)} of {len(cases) * len(SETS)}")
-    print("\n".join(slower))
+    print("\n".join(slower[:12] + (["- …"] if len(slower) > 12 else [])))
     if options.docs:
         replace(os.path.join(options.docs, "performance.svg"), plot.draw(cases))
         replace(os.path.join(options.docs, "performance.md"),
-                page(context, cases, options.compiler, options.command))
+                page(context, cases, options.compiler, options.library, options.command))
 
 
 if __name__ == "__main__":

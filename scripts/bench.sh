@@ -7,11 +7,12 @@
 #                                       the rows of some cases only; see bench_ratio --help
 set -euo pipefail
 cd "$(dirname "$0")/.."
+scripts/deps.sh build bench
 command="scripts/bench.sh${*:+ $*}"
 build=build/bench
 
 mkdir -p "$build"
-if ! { cmake --preset bench && cmake --build "$build" --target bench_ratio -j2; } >"$build/build.log" 2>&1; then
+if ! { cmake --preset bench && cmake --build "$build" --target bench_ratio zox_volume -j2; } >"$build/build.log" 2>&1; then
   cat "$build/build.log" >&2
   exit 1
 fi
@@ -20,14 +21,12 @@ write=(--docs docs)
 run=()
 case "$command" in
   'scripts/bench.sh') ;;
-  'scripts/bench.sh --quick') run=(--quick --rounds 7) write=() ;;
-  'scripts/bench.sh --quick --write') run=(--quick --rounds 7) ;;
+  'scripts/bench.sh --quick') run=(--quick) write=() ;;
+  'scripts/bench.sh --quick --write') run=(--quick) ;;
   *) exec "$build/bench_ratio" "$@" ;;
 esac
 
-if ! "$build/bench_ratio" "${run[@]}" --json "$build/results.json" >"$build/rows.txt"; then
-  cat "$build/rows.txt" >&2
-  exit 1
-fi
+"$build/bench_ratio" "${run[@]}" --json "$build/results.json" >"$build/rows.txt"
 compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$build/CMakeCache.txt")
-python3 bench/report.py "$build/results.json" --compiler "$compiler" --command "$command" "${write[@]}"
+python3 bench/report.py "$build/results.json" --compiler "$compiler" --library "$build/libzox_volume.so" \
+  --command "$command" "${write[@]}"
