@@ -1,0 +1,84 @@
+#include <cmath>
+
+#include "checks.h"
+#include "records.h"
+#include "stack_samples.h"
+#include "stack_walk.h"
+
+namespace zox_check {
+namespace {
+
+// These operations have no heap fallback for their tables.
+bool check_fixed_tables(Report& report, const Caster& caster, const zox_Volume& volume) {
+  if (caster.trilinear() || (!caster.parallel() && caster.voxel != Voxel::kBit)) return true;
+  bool good = true;
+  if (volume.nslices > ZOX_MAX_FIXED_SLICES) {
+    report.say({}, "nslices is %d, but this operation takes at most 512 slices", volume.nslices);
+    good = false;
+  }
+  if (volume.nregions > ZOX_MAX_FIXED_REGIONS) {
+    report.say({}, "nregions is %d, but this operation takes at most 511 regions", volume.nregions);
+    good = false;
+  }
+  return good;
+}
+
+bool check_boundaries(Report& report, const StackWalk& walk, int nregions) {
+  for (int j = 0; j <= nregions; ++j) {
+    if (fits_fixed(walk.bounds()[j])) continue;
+    report.say({}, "regbounds[%d] = %g leaves the fixed point's range of %g", j,
+               walk.bounds()[j] / walk.rules().scale, 2147483648.0 / walk.rules().scale);
+    return false;
+  }
+  return true;
+}
+
+// Start and boundary may each be rounded by a unit, and every step by half a unit outwards: a sample
+// whose real z is in range can be seen that far outside.
+void check_depth(Report& report, const StackWalk& walk, Where where, double z) {
+  const double first = walk.bounds().front();
+  const double last = walk.bounds().back();
+  const double slack = 1 + 0.5 * where.sample;
+  if (z >= first - slack && z <= last + slack) return;
+  const double scale = walk.rules().scale;
+  report.say(where, "z = %.9g lies outside the volume's regions, %g to %g", z / scale, first / scale,
+             last / scale);
+}
+
+void check_ray(Report& report, const Caster& caster, const zox_Volume& volume, const zox_Rays& rays,
+               const StackWalk& walk, int ray) {
+  const StackSampleCheck check(report, caster, volume);
+  const double scale = walk.rules().scale;
+  const double half = caster.trilinear() ? 0.0 : scale / 2;
+  const double* step = rays.steps[caster.parallel() ? 0 : ray];
+  walk.walk(rays.starts[ray], step, rays.nsamples[ray], [&](int k, const StackSample& s) {
+    const Where where = {ray, k};
+    const double distance = s.z - walk.bounds()[s.region];
+    if (!(check.fixed(where, "x", s.x, scale) & check.fixed(where, "y", s.y, scale) &
+          check.fixed(where, "z", s.z, scale) &
+          check.fixed(where, "distance from its region's first boundary", distance, scale) &
+          check.fixed(where, "slice position", s.slice + half, scale))) {
+      return false;
+    }
+    check_depth(report, walk, where, s.z);
+    check.voxel(where, std::floor(s.x / scale), std::floor(s.y / scale),
+                std::floor((s.slice + half) / scale) + volume.regslice[s.region]);
+    return true;
+  });
+}
+
+}  // namespace
+
+void check_stack_positions(Report& report, const Caster& caster, const zox_Volume& volume,
+                           const zox_Rays& rays) {
+  if (takes_one_region_path(caster, volume, rays)) {
+    return check_one_region(report, caster, volume, rays);
+  }
+  if (!present(report, volume.regslice, "regslice")) return;
+  if (!check_fixed_tables(report, caster, volume)) return;
+  const StackWalk walk(caster, volume);
+  if (!check_boundaries(report, walk, volume.nregions)) return;
+  for (int r = 0; r < rays.nrays; ++r) check_ray(report, caster, volume, rays, walk, r);
+}
+
+}  // namespace zox_check
