@@ -1,0 +1,114 @@
+#include "complete.h"
+
+#include <zlib.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cstdint>
+#include <cstring>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <vector>
+
+namespace zox_mip {
+namespace {
+
+namespace fs = std::filesystem;
+
+constexpr size_t kHeaderBytes = 348;
+
+using GzFile = std::unique_ptr<gzFile_s, decltype(&gzclose)>;
+
+// gzopen reads plain files as they are.
+GzFile open_gz(const std::string& path) { return {gzopen(path.c_str(), "rb"), &gzclose}; }
+
+// The header of NIfTI-1 and Analyze, of which only the lengths matter here.
+class Header {
+ public:
+  static std::optional<Header> read(const std::string& path) {
+    Header header;
+    const GzFile file = open_gz(path);
+    if (!file || gzread(file.get(), header.bytes_.data(), kHeaderBytes) != int{kHeaderBytes}) return {};
+    header.swapped_ = header.number<int32_t>(0) != int32_t{kHeaderBytes};
+    return header;
+  }
+
+  uint64_t voxel_bytes() const {
+    uint64_t bytes = static_cast<uint64_t>(std::max<int>(number<int16_t>(72), 0)) / 8;  // bitpix
+    const int dimensions = std::clamp<int>(number<int16_t>(40), 0, 7);
+    for (int axis = 1; axis <= dimensions; ++axis)
+      bytes *= static_cast<uint64_t>(std::max<int>(number<int16_t>(40 + 2 * static_cast<size_t>(axis)), 1));
+    return bytes;
+  }
+
+  uint64_t voxel_offset() const {
+    const float offset = std::bit_cast<float>(number<uint32_t>(108));
+    return offset >= 0 && offset < 1e9F ? static_cast<uint64_t>(offset) : 0;
+  }
+
+ private:
+  template <class Number>
+  Number number(size_t offset) const {
+    std::array<char, sizeof(Number)> raw;
+    std::memcpy(raw.data(), bytes_.data() + offset, sizeof(Number));
+    if (swapped_) std::reverse(raw.begin(), raw.end());
+    return std::bit_cast<Number>(raw);
+  }
+
+  std::array<char, kHeaderBytes> bytes_{};
+  bool swapped_ = false;
+};
+
+// Reads on to the end, where gzip's own checksum stands.
+bool holds_at_least(const std::string& path, uint64_t wanted) {
+  const GzFile file = open_gz(path);
+  if (!file) return false;
+  std::vector<char> chunk(1 << 20);
+  uint64_t total = 0;
+  int got = 0;
+  while ((got = gzread(file.get(), chunk.data(), static_cast<unsigned>(chunk.size()))) > 0)
+    total += static_cast<uint64_t>(got);
+  return got == 0 && total >= wanted;
+}
+
+// The other file of a pair x.hdr and x.img, either of which may end in .gz too.
+std::optional<std::string> partner(const fs::path& file, const char* extension) {
+  const fs::path plain = file.extension() == ".gz" ? fs::path(file).replace_extension() : file;
+  for (const char* suffix : {"", ".gz"}) {
+    const std::string candidate = fs::path(plain).replace_extension(extension).string() + suffix;
+    if (fs::exists(candidate)) return candidate;
+  }
+  return std::nullopt;
+}
+
+}  // namespace
+
+bool is_nifti_complete(const std::string& path) {
+  const fs::path file(path);
+  const std::string name = file.filename().string();
+  const bool pair = name.find(".hdr") != std::string::npos || name.find(".img") != std::string::npos;
+  const std::optional<std::string> header_file = pair ? partner(file, ".hdr") : path;
+  const std::optional<std::string> voxel_file = pair ? partner(file, ".img") : path;
+  if (!header_file || !voxel_file) return false;
+  const std::optional<Header> header = Header::read(*header_file);
+  return header && holds_at_least(*voxel_file, header->voxel_offset() + header->voxel_bytes());
+}
+
+bool reads_to_the_end(const std::function<void()>& read, std::byte* buffer, size_t bytes,
+                      size_t voxel_bytes) {
+  // A byte of the last voxel that twice comes out as it was put in was not read. All its bytes count,
+  // for a reader may have swapped them.
+  std::byte* const last = buffer + bytes - voxel_bytes;
+  std::vector<bool> unread(voxel_bytes, true);
+  for (const std::byte fill : {std::byte{0x5A}, std::byte{0xA5}}) {
+    std::fill(last, last + voxel_bytes, fill);
+    read();
+    for (size_t i = 0; i < voxel_bytes; ++i) unread[i] = unread[i] && last[i] == fill;
+    if (std::find(unread.begin(), unread.end(), true) == unread.end()) return true;
+  }
+  return false;
+}
+
+}  // namespace zox_mip

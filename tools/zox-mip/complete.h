@@ -1,0 +1,18 @@
+// Finding out that a file is cut short, which some of ITK's readers pass over in silence.
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <string>
+
+namespace zox_mip {
+
+// Whether a NIfTI (or Analyze) file holds as many bytes as its header promises. ITK fills up what is
+// missing. Reads the whole file, through gzip if it is compressed.
+bool is_nifti_complete(const std::string& path);
+
+// Calls `read`, which is to fill `bytes` bytes at `buffer`, and says whether it got to the last voxel:
+// some readers leave the end of the buffer as it is.
+bool reads_to_the_end(const std::function<void()>& read, std::byte* buffer, size_t bytes, size_t voxel_bytes);
+
+}  // namespace zox_mip

@@ -1,0 +1,20 @@
+// The one way in which zox-mip gives up: a sentence for stderr and the exit status.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+namespace zox_mip {
+
+enum ExitStatus { kExitDone = 0, kExitFailed = 1, kExitBadUsage = 2 };
+
+struct Failure : std::runtime_error {
+  Failure(const std::string& sentence, ExitStatus exit_status)
+      : std::runtime_error(sentence), status(exit_status) {}
+  ExitStatus status;
+};
+
+[[noreturn]] inline void fail(const std::string& sentence) { throw Failure(sentence, kExitFailed); }
+[[noreturn]] inline void reject_usage(const std::string& sentence) { throw Failure(sentence, kExitBadUsage); }
+
+}  // namespace zox_mip

@@ -1,0 +1,25 @@
+#include "progress.h"
+
+#include <cstdio>
+#include <string>
+
+namespace zox_mip {
+
+namespace {
+constexpr int kBarLength = 40;
+}
+
+void Progress::show(double share) {
+  const int percent = static_cast<int>(share * 100);
+  if (percent == percent_) return;
+  percent_ = percent;
+  const size_t filled = static_cast<size_t>(share * kBarLength);
+  const std::string bar = std::string(filled, '#') + std::string(kBarLength - filled, '.');
+  std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), percent);
+}
+
+Progress::~Progress() {
+  if (percent_ >= 0) std::fprintf(stderr, "\r%*s\r", kBarLength + 8, "");
+}
+
+}  // namespace zox_mip

@@ -1,0 +1,19 @@
+// A bar on stderr, redrawn when a percent more is done.
+#pragma once
+
+namespace zox_mip {
+
+class Progress {
+ public:
+  Progress() = default;
+  ~Progress();  // takes the bar away
+  Progress(const Progress&) = delete;
+  Progress& operator=(const Progress&) = delete;
+
+  void show(double share);
+
+ private:
+  int percent_ = -1;
+};
+
+}  // namespace zox_mip
