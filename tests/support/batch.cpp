@@ -20,8 +20,8 @@ GuardedBuffer sealed_copy(const std::vector<T>& values, size_t count, Random& ra
 
 }  // namespace
 
-Batch::Batch(const Caster& caster, uint64_t seed, Validity validity)
-    : caster_(caster), seed_(seed), validity_(validity) {
+Batch::Batch(const Caster& caster, uint64_t seed, Validity validity, Slices slices)
+    : caster_(caster), seed_(seed), validity_(validity), slices_(slices) {
   Random random(seed * kCasterCount + static_cast<uint64_t>(&caster - kCasters));
   pattern_ = static_cast<uint8_t>(random.whole(1, 254));
   if (caster.blocked()) {
@@ -104,7 +104,7 @@ void Batch::make_general(Random& random) {
     volume_.nslices = random.pick({volume_.nslices, volume_.nslices, 0, -5, 2000000000});
     regions_.slices[0] = random.pick({0, 0, 7, -3});
   }
-  stack_ = SliceStack(caster_, samples, entries, random);
+  stack_ = SliceStack(caster_, samples, entries, one_region, slices_ == Slices::kApart, random);
   seal_volume(random);
 }
 

@@ -18,15 +18,18 @@ enum class Validity {
   kBeyond,  // also samples of slice-list casters in slices that the stack lacks
 };
 
+enum class Slices { kAnywhere, kApart };  // kApart: each on pages of its own
+
 class Batch {
  public:
-  Batch(const Caster& caster, uint64_t seed, Validity validity = Validity::kBeyond);
+  Batch(const Caster& caster, uint64_t seed, Validity validity = Validity::kBeyond,
+        Slices slices = Slices::kAnywhere);
 
   const zox_Volume& volume() const { return volume_; }
   const zox_Rays& rays() const { return rays_; }
-  const Caster& caster() const { return caster_; }
   Planes& planes() { return planes_; }
   const SliceStack& stack() const { return stack_; }
+  uint8_t pattern() const { return pattern_; }
 
   // Prefills the planes, runs a caster over the batch, and gives the planes' contents.
   struct Outcome {
@@ -50,6 +53,7 @@ class Batch {
   const Caster& caster_;
   uint64_t seed_;
   Validity validity_;
+  Slices slices_;
   uint8_t pattern_;
   zox_Volume volume_{};
   zox_Rays rays_{};

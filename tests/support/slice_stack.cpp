@@ -38,9 +38,24 @@ std::vector<int32_t> draw_offsets(Rows layout, int count, int span, int alignmen
   return offsets;
 }
 
+// Offsets so large that offset and column add up to more than 32 bits hold.
+std::vector<int32_t> draw_top_offsets(int count, int first_byte, int alignment, Random& random) {
+  std::vector<int32_t> offsets;
+  for (int y = 0; y < count; ++y) {
+    offsets.push_back(INT32_MAX - (alignment - 1) - random.whole(0, first_byte / alignment - 1) * alignment);
+  }
+  return offsets;
+}
+
+// These add row offset and column in 32 bits, the others in 64.
+bool sums_in_32_bits(const Caster& caster, bool one_region) {
+  return caster.element_size == 1 && !one_region && !(caster.parallel() && caster.trilinear());
+}
+
 }  // namespace
 
-SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, Random& random)
+SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, bool one_region,
+                       bool apart, Random& random)
     : table_(sizeof(void*) * static_cast<size_t>(std::max(0, slices)), random),
       buffer_of_slice_(static_cast<size_t>(std::max(0, slices)), -1) {
   std::vector<bool> used(buffer_of_slice_.size());
@@ -48,8 +63,8 @@ SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, 
     used[static_cast<size_t>(v.z)] = true;
     if (caster.trilinear()) used[static_cast<size_t>(v.z) + 1] = true;
   }
-  const Extent bytes = draw_row_offsets(caster, samples, random);
-  place_slices(used, bytes, caster.element_size, random);
+  const Extent bytes = draw_row_offsets(caster, samples, sums_in_32_bits(caster, one_region), random);
+  place_slices(used, bytes, caster.element_size, apart, random);
   const Contents contents = draw_contents(random);
   for (GuardedBuffer& buffer : buffers_) {
     fill_voxels(buffer.data(), buffer.size(), caster.element_size, contents, random);
@@ -59,7 +74,7 @@ SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, 
 }
 
 SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std::vector<Voxel>& samples,
-                                                Random& random) {
+                                                bool wrapping_sums, Random& random) {
   if (samples.empty()) {
     rowoffs_ = GuardedBuffer(0, random);
     rowoffs_.seal();
@@ -76,11 +91,15 @@ SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std:
   const int span = (caster.bit() ? (high.x >> 3) + 1 : (high.x + 1) * size) - first_byte;
   const Rows layout = random.pick({Rows::kApart, Rows::kApart, Rows::kApart, Rows::kBackwards,
                                    Rows::kShuffled, Rows::kOverlapping, Rows::kOne});
-  std::vector<int32_t> offsets = draw_offsets(layout, high.y + 1, span, size, random);
+  const bool at_top = first_byte >= size && random.chance(0.1);
+  std::vector<int32_t> offsets = at_top ? draw_top_offsets(high.y + 1, first_byte, size, random)
+                                        : draw_offsets(layout, high.y + 1, span, size, random);
   Extent bytes{INT64_MAX, INT64_MIN};
   for (int y = low.y; y <= high.y; ++y) {
-    bytes.low = std::min<int64_t>(bytes.low, offsets[static_cast<size_t>(y)] + first_byte);
-    bytes.high = std::max<int64_t>(bytes.high, offsets[static_cast<size_t>(y)] + first_byte + span);
+    int64_t first = int64_t{offsets[static_cast<size_t>(y)]} + first_byte;
+    if (wrapping_sums) first = static_cast<int32_t>(first);
+    bytes.low = std::min(bytes.low, first);
+    bytes.high = std::max(bytes.high, first + span);
   }
   // The record does not say how many rows there are: entries that no sample uses mean nothing.
   if (random.chance(0.5)) {
@@ -92,12 +111,13 @@ SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std:
   return bytes;
 }
 
-void SliceStack::place_slices(const std::vector<bool>& used, Extent bytes, int alignment, Random& random) {
+void SliceStack::place_slices(const std::vector<bool>& used, Extent bytes, int alignment, bool apart,
+                              Random& random) {
   const size_t size = static_cast<size_t>(bytes.high - bytes.low);
   const int first = static_cast<int>(std::find(used.begin(), used.end(), true) - used.begin());
   const int last = static_cast<int>(used.size()) - 1 -
                    static_cast<int>(std::find(used.rbegin(), used.rend(), true) - used.rbegin());
-  const bool one_buffer = first <= last && random.chance(0.4);
+  const bool one_buffer = !apart && first <= last && random.chance(0.4);
   const bool falling = random.chance(0.2);
   const bool forget_unused = random.chance(0.6);
   const int64_t pitch = static_cast<int64_t>(size) + alignment * random.pick({0, 0, 1, random.whole(0, 99)});
@@ -108,7 +128,7 @@ void SliceStack::place_slices(const std::vector<bool>& used, Extent bytes, int a
     if (one_buffer && (used[static_cast<size_t>(s)] || !forget_unused)) {
       entry = address(buffers_[0].data(), pitch * (falling ? last - s : s - first) - bytes.low);
     } else if (used[static_cast<size_t>(s)]) {
-      const bool again = !buffers_.empty() && random.chance(0.05);
+      const bool again = !apart && !buffers_.empty() && random.chance(0.05);
       if (!again) buffers_.emplace_back(size, random);
       buffer_of_slice_[static_cast<size_t>(s)] = static_cast<int>(buffers_.size()) - 1;
       entry = address(buffers_.back().data(), -bytes.low);

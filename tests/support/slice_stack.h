@@ -14,20 +14,24 @@ class SliceStack {
   SliceStack() = default;
 
   // `samples` are the voxels that are read; `slices` is the length of the table of slice pointers.
-  SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, Random& random);
+  // `one_region` says that the samples are read on the one-region path. `apart` gives every slice
+  // pages of its own; otherwise that is left to chance.
+  SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, bool one_region, bool apart,
+             Random& random);
 
   const void* const* slices() const { return table_.as<const void*>(); }
   const int32_t* rowoffs() const { return rowoffs_.as<int32_t>(); }
 
-  // The buffers of slice s alone; null for slices in one common buffer or without samples.
+  // The buffer of slice s alone; null for slices in one common buffer or without samples.
   const GuardedBuffer* slice_buffer(int s) const;
 
  private:
   struct Extent {
     int64_t low, high;
   };
-  Extent draw_row_offsets(const Caster& caster, const std::vector<Voxel>& samples, Random& random);
-  void place_slices(const std::vector<bool>& used, Extent bytes, int alignment, Random& random);
+  Extent draw_row_offsets(const Caster& caster, const std::vector<Voxel>& samples, bool wrapping_sums,
+                          Random& random);
+  void place_slices(const std::vector<bool>& used, Extent bytes, int alignment, bool apart, Random& random);
 
   GuardedBuffer table_;
   GuardedBuffer rowoffs_;
