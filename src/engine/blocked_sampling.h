@@ -5,6 +5,7 @@
 #include "core/fixed_point.h"
 #include "core/op_rules.h"
 #include "core/value.h"
+#include "core/voxel_pair.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -30,39 +31,6 @@ void sample_nearest(const BlockedVolume<Element>& volume, const Axes<Position>& 
     number[i] = volume.x_term(voxel[0][i]) | volume.y_term(voxel[1][i]) | volume.z_term(voxel[2][i]);
   }
   for (int i = 0; i < n; ++i) values[i] = volume.data[number[i]];
-}
-
-// Voxels x and x + 1 read in one load: the left one in the low half.
-template <class Element>
-struct VoxelPair;
-template <>
-struct VoxelPair<uint8_t> {
-  using Type = uint16_t;
-  static int left(Type pair) { return pair & 0xFF; }
-  static int right(Type pair) { return pair >> 8; }
-};
-template <>
-struct VoxelPair<int16_t> {
-  using Type = uint32_t;
-  static int left(Type pair) { return static_cast<int16_t>(pair); }
-  static int right(Type pair) { return static_cast<int32_t>(pair) >> 16; }
-};
-
-// The eight corners of every lane: four pairs along x, for (y, z), (y + 1, z), (y, z + 1) and
-// (y + 1, z + 1).
-template <class Element>
-struct Corners {
-  using Pair = VoxelPair<Element>;
-  Lanes<typename Pair::Type> pair[4];
-  int left(int row, int i) const { return Pair::left(pair[row][i]); }
-  int right(int row, int i) const { return Pair::right(pair[row][i]); }
-};
-
-template <class Element>
-typename VoxelPair<Element>::Type load_pair(const void* address) {
-  typename VoxelPair<Element>::Type pair;
-  __builtin_memcpy(&pair, address, sizeof pair);
-  return pair;
 }
 
 template <class Element>
@@ -108,9 +76,7 @@ void sample_trilinear(const BlockedVolume<Element>& volume, const Axes<int>& pos
   fetch_corners(volume, voxel, n, corners);
   for (int i = 0; i < padded(n); ++i) {
     values[i] = static_cast<Element>(
-        trilinear_fixed(position[0][i], position[1][i], position[2][i], corners.left(0, i),
-                        corners.right(0, i), corners.left(1, i), corners.right(1, i), corners.left(2, i),
-                        corners.right(2, i), corners.left(3, i), corners.right(3, i)));
+        corners.interpolated(trilinear_fixed, i, position[0][i], position[1][i], position[2][i]));
   }
 }
 
@@ -124,10 +90,8 @@ void sample_trilinear(const BlockedVolume<Element>& volume, const Axes<double>& 
   locate(position, n, voxel);
   fetch_corners(volume, voxel, n, corners);
   for (int i = 0; i < padded(n); ++i) {
-    sum[i] = trilinear_sum(position[0][i] - voxel[0][i], position[1][i] - voxel[1][i],
-                           position[2][i] - voxel[2][i], corners.left(0, i), corners.right(0, i),
-                           corners.left(1, i), corners.right(1, i), corners.left(2, i), corners.right(2, i),
-                           corners.left(3, i), corners.right(3, i));
+    sum[i] = corners.interpolated(trilinear_sum, i, position[0][i] - voxel[0][i],
+                                  position[1][i] - voxel[1][i], position[2][i] - voxel[2][i]);
   }
   truncate_lanes(sum.at, truncated.at, n);
   for (int i = 0; i < padded(n); ++i) values[i] = static_cast<Element>(truncated[i]);

@@ -4,6 +4,8 @@
 
 #include "core/scratch.h"
 #include "core/slice_buckets.h"
+#include "core/slice_cursors.h"
+#include "engine/stack_sampling.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -25,6 +27,29 @@ template <GeneralRules rules>
   sweep_lists<rules>(volume, batch, regions, heads, reinterpret_cast<SampleNode<rules>*>(nodes));
 }
 
+// Slices in order by cursors, values by vectors. False, with nothing written, if the volume's
+// regions or a ray's z do not run one way.
+template <GeneralRules rules>
+bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Regions& regions) {
+  if (!SliceCursors<rules>::regions_ascend(regions)) return false;
+  SliceCursors<rules> cursors(regions);
+  Extent extent;
+  constexpr int beyond = rules.slice_half ? 0 : 1;  // trilinear reads the next voxel too
+  for (int r = 0; r < batch.nrays; ++r) {
+    Trace t = trace_of<rules>(batch, r, regions.n == 1);
+    if (t.n < 1) continue;
+    if (!cursors.add(t, r)) return false;
+    extent.include(0, t.x >> rules.bits, (t.x + int64_t{t.sx} * (t.n - 1)) >> rules.bits);
+    extent.include(1, t.y >> rules.bits, (t.y + int64_t{t.sy} * (t.n - 1)) >> rules.bits);
+  }
+  extent.include(2, 0, volume.nslices - 1);
+  StackView view = StackView::of(volume, extent, beyond);
+  StagedSamples stage;
+  cursors.sweep(volume.nslices, stage,
+                [&](StagedSamples& staged) { flush_stage<rules>(view, staged, batch.planes); });
+  return true;
+}
+
 template <GeneralRules rules>
 int cast_buckets(const zox_Rays& batch, int, int largest, const zox_Volume& volume) {
   int32_t bounds_on_stack[kStackEntries];
@@ -41,7 +66,9 @@ int cast_buckets(const zox_Rays& batch, int, int largest, const zox_Volume& volu
   uint32_t* head = heads.as<uint32_t>() ? heads.as<uint32_t>() : heads_on_stack;
   for (int j = 0; j <= nregions; ++j) Zb[j] = to_fixed<rules.bounds>(volume.regbounds[j], 1 << rules.bits);
   Regions regions{nregions, Zb, volume.regslice, volume.regscale};
-  if (nodes.as<char>()) {
+  if (sweep_cursors<rules>(volume, batch, regions)) {
+    return ZOX_STS_NO_ERROR;
+  } else if (nodes.as<char>()) {
     sweep_lists<rules>(volume, batch, regions, head, nodes.as<SampleNode<rules>>());
   } else {
     sweep_with_stack_nodes<rules>(volume, batch, regions, head);

@@ -1,0 +1,49 @@
+// The corners of a trilinear sample, two neighbours in x at a time.
+#pragma once
+
+#include "core/lanes.h"
+
+namespace zox::ZOX_SET {
+namespace {
+
+// Voxels x and x + 1 read in one load: the left one in the low half.
+template <class Element>
+struct VoxelPair;
+template <>
+struct VoxelPair<uint8_t> {
+  using Type = uint16_t;
+  static int left(Type pair) { return pair & 0xFF; }
+  static int right(Type pair) { return pair >> 8; }
+};
+template <>
+struct VoxelPair<int16_t> {
+  using Type = uint32_t;
+  static int left(Type pair) { return static_cast<int16_t>(pair); }
+  static int right(Type pair) { return static_cast<int32_t>(pair) >> 16; }
+};
+
+// The eight corners of every lane: four pairs along x, for (y, z), (y + 1, z), (y, z + 1) and
+// (y + 1, z + 1).
+template <class Element>
+struct Corners {
+  using Pair = VoxelPair<Element>;
+  Lanes<typename Pair::Type> pair[4];
+
+  // A formula of value.h, of lane i.
+  template <class Formula, class Fraction>
+  auto interpolated(Formula formula, int i, Fraction x, Fraction y, Fraction z) const {
+    return formula(x, y, z, Pair::left(pair[0][i]), Pair::right(pair[0][i]), Pair::left(pair[1][i]),
+                   Pair::right(pair[1][i]), Pair::left(pair[2][i]), Pair::right(pair[2][i]),
+                   Pair::left(pair[3][i]), Pair::right(pair[3][i]));
+  }
+};
+
+template <class Element>
+typename VoxelPair<Element>::Type load_pair(const void* address) {
+  typename VoxelPair<Element>::Type pair;
+  __builtin_memcpy(&pair, address, sizeof pair);
+  return pair;
+}
+
+}  // namespace
+}  // namespace zox::ZOX_SET
