@@ -9,7 +9,7 @@ packages_of() {
     build) echo g++ cmake make ;;
     tools) echo libinsighttoolkit5-dev libfftw3-dev uuid-dev libpng-dev libcli11-dev ;;
     test) echo libgtest-dev binutils pkg-config clang abigail-tools qemu-user valgrind libc6-dbg ;;
-    check) echo clang clang-format clang-tidy ;;
+    check) echo clang clang-format clang-tidy shellcheck ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     demo) echo mricron-data invesalius-examples ;;
     bench) echo libbenchmark-dev libcli11-dev python3 ;;
