@@ -1,0 +1,89 @@
+// Volumes in a few lines, voxels set as plain numbers.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <vector>
+
+#include "operation_list.h"
+#include "zox_volume.h"
+
+namespace zox_unit {
+
+// A bricked volume. Voxels are placed brick by brick and cell by cell, with divisions where the
+// library shifts and masks.
+class Blocked {
+ public:
+  Blocked(int element_size, int size, int depth);
+
+  void set(int x, int y, int z, int value) { set_element(index(x, y, z), value); }
+  void set_element(size_t index, int value);
+  void fill(const std::function<int(int x, int y, int z)>& value);  // the first 16 voxels an axis
+
+  const zox_Volume& volume() const { return volume_; }
+
+ private:
+  size_t index(int x, int y, int z) const;
+
+  struct Free {
+    void operator()(void* memory) const;
+  };
+
+  int element_size_;
+  int bricks_;  // along x and along y
+  std::unique_ptr<uint8_t, Free> data_;
+  zox_Volume volume_{};
+};
+
+// A slice stack of separate slices with some room around every row. A new stack has one region:
+// slice s lies at z = s, from 0 to the number of slices.
+class Stack {
+ public:
+  // Bits may be set in the columns 0 to 8 only: the library reads no bits of other columns below 36.
+  enum class Voxel { kByte, kShort, kBit };
+  Stack(Voxel voxel, int columns, int rows, int slices);
+  Stack(const zox_test::Caster& caster, int columns, int rows, int slices)
+      : Stack(voxel_of(caster), columns, rows, slices) {}
+
+  Stack& set(int x, int y, int slice, int value);
+  Stack& fill_slice(int slice, int value);
+  Stack& fill(const std::function<int(int x, int y, int slice)>& value);
+
+  // Bounds are one more than the others.
+  Stack& regions(std::vector<double> bounds, std::vector<int32_t> first_slice, std::vector<double> scale);
+
+  // Tells the operation of fewer slices than there are.
+  Stack& pretend(int32_t nslices);
+
+  const zox_Volume& volume();
+
+ private:
+  static Voxel voxel_of(const zox_test::Caster& caster);
+
+  Voxel voxel_;
+  int columns_, rows_, nslices_;
+  std::vector<std::vector<uint8_t>> slices_;
+  std::vector<const void*> pointers_;
+  std::vector<int32_t> rowoffs_;
+  std::vector<int32_t> regslice_;
+  std::vector<double> regbounds_, regscale_;
+  zox_Volume volume_{};
+};
+
+// Eight by eight by eight voxels for any caster, in a volume of the form that it takes.
+class Cube {
+ public:
+  explicit Cube(const zox_test::Caster& caster)
+      : is_blocked_(caster.blocked()), blocked_(caster.element_size, 64, 32), stack_(caster, 9, 9, 8) {}
+
+  Cube& set(int x, int y, int z, int value);
+  const zox_Volume& volume() { return is_blocked_ ? blocked_.volume() : stack_.volume(); }
+
+ private:
+  bool is_blocked_;
+  Blocked blocked_;
+  Stack stack_;
+};
+
+}  // namespace zox_unit
