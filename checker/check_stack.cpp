@@ -33,12 +33,13 @@ bool check_boundaries(Report& report, const StackWalk& walk, int nregions) {
   return true;
 }
 
-// Start and boundary may each be rounded by a unit, and every step by half a unit outwards: a sample
-// whose real z is in range can be seen that far outside.
+// A sample whose real z is in range can seem outside by the conversions to whole units: by less than
+// 1 for the boundary, less than 1.5 for the start (0.5 is added to negative values too, and then cut
+// toward zero), and by half a unit for every step.
 void check_depth(Report& report, const StackWalk& walk, Where where, double z) {
   const double first = walk.bounds().front();
   const double last = walk.bounds().back();
-  const double slack = 1 + 0.5 * where.sample;
+  const double slack = 2.5 + 0.5 * where.sample;
   if (z >= first - slack && z <= last + slack) return;
   const double scale = walk.rules().scale;
   report.say(where, "z = %.9g lies outside the volume's regions, %g to %g", z / scale, first / scale,

@@ -12,7 +12,8 @@ bool check_ray_pointers(Report& report, const Caster& caster, const zox_Rays& ra
       report.say({r}, "its start point is null");
       good = false;
     }
-    if (!rays.steps[r] && (r == 0 || !caster.parallel())) {
+    // Parallel operations have a step for ray 0 only.
+    if ((r == 0 || !caster.parallel()) && !rays.steps[r]) {
       report.say({r}, "its step vector is null");
       good = false;
     }

@@ -85,7 +85,8 @@ void Batch::make_general(Random& random) {
   volume_.regscale = regions_.scales.data();
   bool beyond = validity_ == Validity::kBeyond && random.chance(0.2);
   const double low = caster_.trilinear() ? 0.0 : -0.5;
-  const double far = random.chance(0.02) ? 1000.0 : low;
+  // Ray 0 may stand beyond the fixed point's range where it has no samples; others follow it there.
+  const double far = random.chance(0.02) && !strict ? 1000.0 : low;
   const double wide = random.pick({0.0, 8.0, 30.0, 30.0, random.real(0, 20), random.real(0, 100)});
   const double outside = beyond ? 10.0 : 0.0;
   draw({{far, low, regions_.bounds.front() - outside},
@@ -99,12 +100,13 @@ void Batch::make_general(Random& random) {
   cut_to_general(beyond);
   const std::vector<Voxel> samples = fit_slices(beyond, random);
   const int entries = volume_.nslices + (caster_.trilinear() ? 1 : 0);
+  if (one_region) regions_.slices[0] = 0;
   if (one_region && !strict) {
     // This path reads neither the number of slices nor the region's first slice.
     volume_.nslices = random.pick({volume_.nslices, volume_.nslices, 0, -5, 2000000000});
     regions_.slices[0] = random.pick({0, 0, 7, -3});
   }
-  stack_ = SliceStack(caster_, samples, entries, one_region, slices_ == Slices::kApart, random);
+  stack_ = SliceStack(caster_, samples, entries, one_region, slices_ == Slices::kApart, strict, random);
   seal_volume(random);
 }
 

@@ -43,7 +43,7 @@ int draw_ray_count(const Caster& caster, const Room& room, Random& random) {
 // Negative counts stand for none in the casters that say so.
 bool may_be_negative(const Caster& caster, const Room& room) {
   if (!caster.parallel()) return true;
-  return !caster.blocked() && (caster.trilinear() || room.marks.size() > 2);
+  return !caster.blocked() && (caster.trilinear() || (!room.strict && room.marks.size() > 2));
 }
 
 std::vector<int32_t> draw_counts(const Caster& caster, const Room& room, int rays, Random& random) {

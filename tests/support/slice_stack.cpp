@@ -55,7 +55,7 @@ bool sums_in_32_bits(const Caster& caster, bool one_region) {
 }  // namespace
 
 SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, bool one_region,
-                       bool apart, Random& random)
+                       bool apart, bool strict, Random& random)
     : table_(sizeof(void*) * static_cast<size_t>(std::max(0, slices)), random),
       buffer_of_slice_(static_cast<size_t>(std::max(0, slices)), -1) {
   std::vector<bool> used(buffer_of_slice_.size());
@@ -63,7 +63,7 @@ SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, 
     used[static_cast<size_t>(v.z)] = true;
     if (caster.trilinear()) used[static_cast<size_t>(v.z) + 1] = true;
   }
-  const Extent bytes = draw_row_offsets(caster, samples, sums_in_32_bits(caster, one_region), random);
+  const Extent bytes = draw_row_offsets(caster, samples, sums_in_32_bits(caster, one_region), strict, random);
   place_slices(used, bytes, caster.element_size, apart, random);
   const Contents contents = draw_contents(random);
   for (GuardedBuffer& buffer : buffers_) {
@@ -74,7 +74,7 @@ SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, 
 }
 
 SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std::vector<Voxel>& samples,
-                                                bool wrapping_sums, Random& random) {
+                                                bool wrapping_sums, bool strict, Random& random) {
   if (samples.empty()) {
     rowoffs_ = GuardedBuffer(0, random);
     rowoffs_.seal();
@@ -91,7 +91,7 @@ SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std:
   const int span = (caster.bit() ? (high.x >> 3) + 1 : (high.x + 1) * size) - first_byte;
   const Rows layout = random.pick({Rows::kApart, Rows::kApart, Rows::kApart, Rows::kBackwards,
                                    Rows::kShuffled, Rows::kOverlapping, Rows::kOne});
-  const bool at_top = first_byte >= size && random.chance(0.1);
+  const bool at_top = !strict && first_byte >= size && random.chance(0.1);
   std::vector<int32_t> offsets = at_top ? draw_top_offsets(high.y + 1, first_byte, size, random)
                                         : draw_offsets(layout, high.y + 1, span, size, random);
   Extent bytes{INT64_MAX, INT64_MIN};

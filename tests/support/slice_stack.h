@@ -15,9 +15,10 @@ class SliceStack {
 
   // `samples` are the voxels that are read; `slices` is the length of the table of slice pointers.
   // `one_region` says that the samples are read on the one-region path. `apart` gives every slice
-  // pages of its own; otherwise that is left to chance.
+  // pages of its own; otherwise that is left to chance. `strict`: no offsets beyond what the
+  // documentation allows.
   SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, bool one_region, bool apart,
-             Random& random);
+             bool strict, Random& random);
 
   const void* const* slices() const { return table_.as<const void*>(); }
   const int32_t* rowoffs() const { return rowoffs_.as<int32_t>(); }
@@ -30,7 +31,7 @@ class SliceStack {
     int64_t low, high;
   };
   Extent draw_row_offsets(const Caster& caster, const std::vector<Voxel>& samples, bool wrapping_sums,
-                          Random& random);
+                          bool strict, Random& random);
   void place_slices(const std::vector<bool>& used, Extent bytes, int alignment, bool apart, Random& random);
 
   GuardedBuffer table_;
