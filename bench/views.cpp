@@ -52,8 +52,8 @@ class Scene {
         eye_(along(middle_, -2.0 * edge, camera_.forward)) {}
 
   Ray ray(int column, int row) const {
-    const Point at = along(along(middle_, (column + 0.5 - kImage / 2) * pixel_, camera_.right),
-                           (row + 0.5 - kImage / 2) * pixel_, camera_.down);
+    const Point at = along(along(middle_, (column + 0.5 - kImage / 2.0) * pixel_, camera_.right),
+                           (row + 0.5 - kImage / 2.0) * pixel_, camera_.down);
     return clipped(at, camera_.perspective ? unit_from_eye(at) : camera_.forward);
   }
 

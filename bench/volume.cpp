@@ -73,7 +73,7 @@ void fill_row(std::byte* row, const Field& field, Element element, int edge, int
   for (int x = 0; x < edge; ++x) {
     const float value = field.at(x, y, z);
     if (element == Element::k8U) put_8u(row + x, value);
-    if (element == Element::k16S) put_16s(row + 2 * x, value);
+    if (element == Element::k16S) put_16s(row + x * std::ptrdiff_t{2}, value);
     if (element == Element::kBit && value > 0) row[x >> 3] |= std::byte{0x80} >> (x & 7);
   }
 }

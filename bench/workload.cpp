@@ -83,9 +83,9 @@ std::shared_ptr<Maximum> make_maximum(const Case& c, int width) {
   auto maximum = std::make_shared<Maximum>();
   std::mt19937 random(5);
   const int nrays = std::stoi(c.storage);
-  const std::size_t padding = c.view == "padded" ? 64 : 0;
+  const std::size_t spacing = static_cast<std::size_t>(nrays) * width + (c.view == "padded" ? 64 : 0);
   for (int i = 0; i < 4; ++i) {
-    maximum->planes.emplace_back(c.size, nrays * width + padding);
+    maximum->planes.emplace_back(c.size, spacing);
     for (std::byte& byte : maximum->planes.back().bytes()) byte = static_cast<std::byte>(random());
   }
   for (int r = 0; r < nrays; ++r)
