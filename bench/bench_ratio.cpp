@@ -2,7 +2,6 @@
 // case; one iteration of it runs every contender once, in turn, so that whatever else the machine
 // does meets all of them alike. Outputs are compared with the reference's before anything is timed.
 #include <benchmark/benchmark.h>
-#include <time.h>
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include <cstring>
 #include <regex>
 
+#include "timing.h"
 #include "workload.h"
 
 namespace bench {
@@ -25,13 +25,6 @@ struct Options {
   bool list = false;
   std::string json;
 };
-
-// Time that this thread spent on a processor: others that share the machine hardly disturb it.
-double cpu_seconds() {
-  timespec now;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
-  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
-}
 
 double seconds_of(const Workload& workload, const Contender& contender, int passes) {
   const double start = cpu_seconds();
@@ -53,12 +46,6 @@ std::string first_wrong(const Workload& workload) {
     }
   }
   return {};
-}
-
-double median(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
 }
 
 // base over other, round by round.

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that a job needs, only those that are missing; docs/dependencies.md
 # says what each is for.
-# Usage: deps.sh GROUP...      groups: build tools test check fuzz demo bench coverage
+# Usage: deps.sh GROUP...      groups: build tools test check fuzz demo bench peers coverage
 set -euo pipefail
 
 packages_of() {
@@ -13,6 +13,7 @@ packages_of() {
     fuzz) echo clang libclang-rt-14-dev ;;
     demo) echo mricron-data invesalius-examples ;;
     bench) echo libbenchmark-dev libcli11-dev python3 ;;
+    peers) echo python3-scipy ;;
     coverage) echo gcovr ;;
     *)
       echo "deps.sh: no group '$1'" >&2
