@@ -10,6 +10,8 @@ import plot
 import results
 from results import FAMILIES, SETS, mean, numbers, text
 
+TO_REFERENCE = ("reference", "_ratio")
+TO_LISTS = ("lists", "_lists_ratio")
 HEADS = {"base": "baseline", "avx2": "AVX2", "avx512": "AVX-512"}
 
 
@@ -29,29 +31,21 @@ def aligned(head, rows):
     return ["  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip() for row in [head] + rows]
 
 
-def family_rows(cases):
-    head = ["family", "cases", "scalar ns"]
+def family_rows(cases, scalar, suffix):
+    """scalar names the scalar code that the ratios refer to; families that it cannot run are left out."""
+    head = ["family", "cases", scalar + " ns"]
     for name in SETS:
         head += [HEADS[name] + " ns", HEADS[name] + " ratio", "goal"]
     rows = []
     for fam in FAMILIES:
-        members = [case for case in cases if results.belongs(case, fam)]
-        row = [fam.name, str(len(members)), text(mean(numbers(members, "reference_ns")))]
+        members = [case for case in cases if results.belongs(case, fam) and scalar + "_ns" in case.values]
+        if not members:
+            continue
+        row = [fam.name, str(len(members)), text(mean(numbers(members, scalar + "_ns")))]
         for name in SETS:
             goal = f"{fam.goals[name]:g}" + (f" (worst {fam.worst:g})" if name != "base" else "")
-            row += [text(mean(numbers(members, name + "_ns"))), ratio_cell(members, name), goal]
+            row += [text(mean(numbers(members, name + "_ns"))), ratio_cell(members, name, suffix), goal]
         rows.append(row)
-    return head, rows
-
-
-def lists_rows(cases):
-    head = ["family", "lists ns"] + [HEADS[name] for name in SETS]
-    rows = []
-    for fam in FAMILIES:
-        members = [case for case in cases if results.belongs(case, fam) and "lists_ns" in case.values]
-        if members:
-            rows.append([fam.name, text(mean(numbers(members, "lists_ns")))] +
-                        [ratio_cell(members, name, "_lists_ratio") for name in SETS])
     return head, rows
 
 
@@ -123,8 +117,8 @@ def page(context, cases, compiler, library, command):
         "PROCESSOR": processor(), "CPUS": str(context["num_cpus"]), "CACHES": caches(context),
         "TEXT": str(text_kib(library)), "COMPILER": first_line(compiler, "--version"), "DATE": context["date"], "COMMAND": command,
         "COUNT": str(len(cases)),
-        "FAMILIES": "\n".join(markdown(*family_rows(cases))),
-        "LISTS": "\n".join(markdown(*lists_rows(cases))),
+        "FAMILIES": "\n".join(markdown(*family_rows(cases, *TO_REFERENCE))),
+        "LISTS": "\n".join(markdown(*family_rows(cases, *TO_LISTS))),
         "SLOWER": "\n".join(slower) if slower else "None.",
         "HEADLINE": "\n".join(markdown(*case_rows(headline))),
         "CASTS": "\n".join(markdown(*grouped_rows(casts))),
@@ -151,9 +145,9 @@ def main():
     parser.add_argument("--docs", help="write performance.md and performance.svg into this directory")
     options = parser.parse_args()
     context, cases = results.read(options.results)
-    print("\n".join(aligned(*family_rows(cases))))
+    print("\n".join(aligned(*family_rows(cases, *TO_REFERENCE))))
     print("\nagainst scalar slice lists")
-    print("\n".join(aligned(*lists_rows(cases))))
+    print("\n".join(aligned(*family_rows(cases, *TO_LISTS))))
     slower = slower_lines(cases)
     print(f"\nslower than the scalar reference: {len(slower)} of {len(cases) * len(SETS)}")
     print("\n".join(slower[:12] + (["- …"] if len(slower) > 12 else [])))
