@@ -70,7 +70,9 @@ bool holds_at_least(const std::string& path, uint64_t wanted) {
   int got = 0;
   while ((got = gzread(file.get(), chunk.data(), static_cast<unsigned>(chunk.size()))) > 0)
     total += static_cast<uint64_t>(got);
-  return got == 0 && total >= wanted;
+  int error = Z_OK;
+  gzerror(file.get(), &error);
+  return got == 0 && error == Z_OK && total >= wanted;
 }
 
 // The other file of a pair x.hdr and x.img, either of which may end in .gz too.
@@ -84,6 +86,15 @@ std::optional<std::string> partner(const fs::path& file, const char* extension) 
 }
 
 }  // namespace
+
+bool can_hold(const std::string& path, uint64_t voxel_bytes) {
+  // Deflate packs at most 1032 to 1.
+  constexpr uint64_t kMostPacked = 1032;
+  const std::string extension = fs::path(path).extension().string();
+  const bool is_one_file =
+      extension == ".nrrd" || extension == ".mha" || extension == ".nii" || extension == ".gz";
+  return !is_one_file || voxel_bytes / kMostPacked <= fs::file_size(path);
+}
 
 bool is_nifti_complete(const std::string& path) {
   const fs::path file(path);

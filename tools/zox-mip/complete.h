@@ -2,10 +2,15 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 
 namespace zox_mip {
+
+// Whether a file is long enough for so many bytes of voxels, as far as that can be told before reading
+// it. A reader would clear all the memory that a short header asks for.
+bool can_hold(const std::string& path, uint64_t voxel_bytes);
 
 // Whether a NIfTI (or Analyze) file holds as many bytes as its header promises. ITK fills up what is
 // missing. Reads the whole file, through gzip if it is compressed.

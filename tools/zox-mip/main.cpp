@@ -37,13 +37,14 @@ void report_picture(const Options& options, const Volume& volume, const StoredWi
 void make_picture(const Options& options) {
   const bool phantom = options.input.empty();
   Volume volume = phantom ? make_phantom() : read_volume(options.input);
-  if (!options.quiet) report_volume(volume, phantom ? "phantom" : options.input);
   const StoredWindow window = choose_window(options.window, volume);
   const auto start = std::chrono::steady_clock::now();
   const Rendering rendering = render(volume, options, !options.quiet && isatty(STDERR_FILENO));
   const std::chrono::duration<double> time = std::chrono::steady_clock::now() - start;
   write_png(options.output, options.width, options.height, apply_window(window, rendering.maxima));
-  if (!options.quiet) report_picture(options, volume, window, rendering.samples, time.count());
+  if (options.quiet) return;
+  report_volume(volume, phantom ? "phantom" : options.input);
+  report_picture(options, volume, window, rendering.samples, time.count());
 }
 
 int complain(const std::string& sentence, ExitStatus status) {

@@ -29,13 +29,17 @@ constexpr Ellipsoid kShapes[] = {
     {{73, 10, -15}, {6, 6, 6}, 1000},     // left ear ring
 };
 
-// A vessel winding upwards through the brain.
+// Two vessels winding upwards through the brain, half a turn apart.
+struct Vessel {
+  double phase;
+  int16_t value;
+};
+constexpr Vessel kVessels[] = {{std::numbers::pi, 700}, {0, 1000}};
 constexpr double kVesselBottom = -48;
 constexpr double kVesselTop = 60;
 constexpr double kVesselTurn = 54;  // millimetres of height for one turn
 constexpr double kVesselOrbit = 32;
 constexpr double kVesselRadius = 4;
-constexpr int16_t kVesselValue = 1000;
 
 bool is_inside(const Ellipsoid& shape, const Vec3& point) {
   double sum = 0;
@@ -46,9 +50,9 @@ bool is_inside(const Ellipsoid& shape, const Vec3& point) {
   return sum <= 1;
 }
 
-bool is_in_vessel(const Vec3& point) {
+bool is_inside(const Vessel& vessel, const Vec3& point) {
   if (point[2] < kVesselBottom || point[2] > kVesselTop) return false;
-  const double angle = 2 * std::numbers::pi * point[2] / kVesselTurn;
+  const double angle = 2 * std::numbers::pi * point[2] / kVesselTurn + vessel.phase;
   const double dx = point[0] - kVesselOrbit * std::cos(angle);
   const double dy = point[1] - kVesselOrbit * std::sin(angle);
   return dx * dx + dy * dy <= kVesselRadius * kVesselRadius;
@@ -58,7 +62,9 @@ int16_t value_at(const Vec3& point) {
   int16_t value = kAir;
   for (const Ellipsoid& shape : kShapes)
     if (is_inside(shape, point)) value = shape.value;
-  return is_in_vessel(point) ? kVesselValue : value;
+  for (const Vessel& vessel : kVessels)
+    if (is_inside(vessel, point)) value = vessel.value;
+  return value;
 }
 
 }  // namespace

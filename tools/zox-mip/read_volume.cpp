@@ -129,6 +129,8 @@ FileType scalar_type(const ImageIO& io, const std::string& path) {
 std::unique_ptr<std::byte[]> read_voxels(ImageIO& io, const std::string& path, size_t count, FileType type) {
   const std::string cut =
       quoted(path) + " is damaged or cut short: it does not hold the voxels that its header speaks of.";
+  const size_t bytes = count * file_type_bytes(type);
+  if (!can_hold(path, bytes)) fail(cut);
   if (io.GetNameOfClass() == std::string("NiftiImageIO") && !is_nifti_complete(path)) fail(cut);
   itk::ImageIORegion region(io.GetNumberOfDimensions());
   for (unsigned axis = 0; axis < io.GetNumberOfDimensions(); ++axis) {
@@ -136,7 +138,6 @@ std::unique_ptr<std::byte[]> read_voxels(ImageIO& io, const std::string& path, s
     region.SetSize(axis, io.GetDimensions(axis));
   }
   io.SetIORegion(region);
-  const size_t bytes = count * file_type_bytes(type);
   auto raw = std::make_unique_for_overwrite<std::byte[]>(bytes);
   if (!reads_to_the_end([&] { io.Read(raw.get()); }, raw.get(), bytes, file_type_bytes(type))) fail(cut);
   return raw;

@@ -1,0 +1,179 @@
+// Whatever is wrong gets one sentence and an exit status: 1 for files, 2 for the command line.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "files.h"
+#include "run.h"
+
+namespace {
+
+class BadInputTest : public ToolTest {
+ protected:
+  void write_nrrd(const std::string& header_lines, size_t bytes) const {
+    write_text(path("v.nrrd"),
+               "NRRD0004\n" + header_lines + "encoding: raw\nendian: little\n\n" + std::string(bytes, 'a'));
+  }
+  void refuse_file(const std::string& words) const { expect_refusal("v.nrrd -o p.png", 1, words); }
+  void refuse_words(const std::string& arguments, const std::string& words) const {
+    expect_refusal(arguments, 2, words);
+    EXPECT_EQ(count_files(), 0);
+  }
+};
+
+TEST_F(BadInputTest, MissingFile) { expect_refusal("none.nii.gz -o p.png", 1, "no file 'none.nii.gz'"); }
+
+TEST_F(BadInputTest, Directory) { expect_refusal(". -o p.png", 1, "is not a file"); }
+
+TEST_F(BadInputTest, UnknownFormat) {
+  write_text(path("v.nii"), "hello");
+  expect_refusal("v.nii -o p.png", 1, "no format that ITK reads");
+  write_text(path("v.nii"), "");
+  expect_refusal("v.nii -o p.png", 1, "no format that ITK reads");
+}
+
+TEST_F(BadInputTest, TruncatedFiles) {
+  const TestVolume volume = random_volume({12, 12, 12}, 0, 255, 4);
+  const std::string whole = nifti(volume);
+  const std::string packed = gzipped(whole);
+  write_text(path("whole.nii"), whole);
+  write_text(path("packed.nii.gz"), packed);
+  EXPECT_EQ(run("whole.nii -o p.png --quiet").status, 0);
+  EXPECT_EQ(run("packed.nii.gz -o p.png --quiet").status, 0);
+  write_text(path("v.nii"), whole.substr(0, whole.size() - 1));
+  expect_refusal("v.nii -o p.png", 1, "cut short");
+  write_text(path("w.nii.gz"), packed.substr(0, packed.size() / 2));
+  expect_refusal("w.nii.gz -o p.png", 1, "cut short");
+  write_text(path("x.nii.gz"), packed.substr(0, packed.size() - 9));
+  expect_refusal("x.nii.gz -o p.png", 1, "cut short");
+}
+
+TEST_F(BadInputTest, DamagedGzip) {
+  std::string packed = gzipped(nifti(random_volume({40, 40, 40}, 0, 255, 4)));
+  packed[packed.size() - 6] ^= 1;  // in the checksum
+  write_text(path("v.nii.gz"), packed);
+  expect_refusal("v.nii.gz -o p.png", 1, "damaged");
+}
+
+TEST_F(BadInputTest, TruncatedMetaImage) {
+  const std::string header =
+      "ObjectType = Image\nNDims = 3\nDimSize = 4 4 4\nElementType = MET_SHORT\nElementByteOrderMSB = True\n"
+      "ElementDataFile = LOCAL\n";
+  write_text(path("v.mha"), header + std::string(128, 'a'));
+  EXPECT_EQ(run("v.mha -o p.png --quiet").status, 0);
+  write_text(path("v.mha"), header + std::string(127, 'a'));
+  expect_refusal("v.mha -o p.png", 1, "cut short");
+  write_text(path("v.mha"), header);
+  expect_refusal("v.mha -o p.png", 1, "cut short");
+}
+
+TEST_F(BadInputTest, TruncatedNrrd) {
+  write_nrrd("type: short\ndimension: 3\nsizes: 4 4 4\n", 127);
+  refuse_file("cut short");
+  write_nrrd("type: short\ndimension: 3\nsizes: 2000 2000 2000\n", 100);
+  refuse_file("cut short");
+}
+
+TEST_F(BadInputTest, WrongNumberOfDimensions) {
+  write_nrrd("type: uchar\ndimension: 2\nsizes: 4 4\n", 16);
+  refuse_file("2 dimensions");
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 4 4 1\n", 16);
+  refuse_file("2 dimensions");
+  write_nrrd("type: uchar\ndimension: 4\nsizes: 4 4 4 2\n", 128);
+  refuse_file("4 dimensions");
+}
+
+TEST_F(BadInputTest, WrongSizes) {
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 2049 2 2\n", 8196);
+  refuse_file("2049 voxels");
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 2 2049 2\n", 8196);
+  refuse_file("2049 voxels");
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 1 4 4\n", 16);
+  refuse_file("1 voxels");
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 2048 2 2\n", 8192);
+  EXPECT_EQ(run("v.nrrd -o p.png --quiet --size 8x8").status, 0);
+}
+
+TEST_F(BadInputTest, StackNearestReaches1024) {
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 1025 2 2\n", 4100);
+  expect_refusal("v.nrrd -o p.png --layout stack --interpolation nearest", 1, "up to 1024 voxels");
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 1024 2 2\n", 4096);
+  EXPECT_EQ(run("v.nrrd -o p.png --quiet --size 8x8 --layout stack --interpolation nearest").status, 0);
+}
+
+TEST_F(BadInputTest, UnsupportedVoxels) {
+  write_nrrd("type: uchar\ndimension: 4\nsizes: 3 4 4 4\nkinds: RGB-color domain domain domain\n", 192);
+  refuse_file("rgb voxels");
+  write_nrrd("type: block\nblocksize: 4\ndimension: 3\nsizes: 2 2 2\n", 32);
+  refuse_file("cannot be read");
+}
+
+TEST_F(BadInputTest, ValuesThatDoNotFit) {
+  TestVolume volume = random_volume({3, 3, 3}, 0, 100, 5);
+  volume.values[13] = 32768;
+  write_text(path("v.nrrd"), nrrd(volume, "ushort", raw_bytes<uint16_t>(volume)));
+  refuse_file("from 0 to 32768");
+  volume.values[13] = -32769;
+  write_text(path("v.nrrd"), nrrd(volume, "int", raw_bytes<int32_t>(volume)));
+  refuse_file("from -32769 to");
+  volume.values.assign(27, std::numeric_limits<double>::quiet_NaN());
+  write_text(path("v.nrrd"), nrrd(volume, "float", raw_bytes<float>(volume)));
+  refuse_file("no finite value");
+}
+
+TEST_F(BadInputTest, FlatAxes) {
+  TestVolume volume = random_volume({3, 3, 3}, 0, 100, 5);
+  volume.axes[2] = volume.axes[0];
+  write_text(path("v.nrrd"), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
+  refuse_file("span no volume");
+}
+
+// ITK would show the wrong one of the two.
+TEST_F(BadInputTest, NiftiBesideItsCompressedSelf) {
+  const std::string whole = nifti(random_volume({5, 5, 5}, 0, 255, 6));
+  write_text(path("v.nii"), whole);
+  write_text(path("v.nii.gz"), gzipped(whole));
+  expect_refusal("v.nii.gz -o p.png", 1, "'v.nii' lies beside 'v.nii.gz'");
+  EXPECT_EQ(run("v.nii -o p.png --quiet").status, 0);
+  unlink(path("v.nii").c_str());
+  EXPECT_EQ(run("v.nii.gz -o p.png --quiet").status, 0);
+}
+
+TEST_F(BadInputTest, BadCommandLines) {
+  refuse_words("", "output");
+  refuse_words("-o p.png", "--phantom");
+  refuse_words("--phantom head.nii -o p.png", "--phantom");
+  refuse_words("--phantom", "output");
+  refuse_words("--phantom -o ''", "-o");
+  refuse_words("a.nii b.nii -o p.png", "b.nii");
+  refuse_words("--phantom -o p.png --colour red", "--colour");
+  for (const char* view : {"front", "10", "10,", "10,20,30", "10,91", "400,0", "nan,0", "'10, 20'"})
+    refuse_words("--phantom -o p.png --view " + std::string(view), "--view");
+  for (const char* size : {"0x5", "5", "5x", "-5x5", "8193x5", "99999999999x5", "5x5x5", "5.5x5"})
+    refuse_words("--phantom -o p.png --size " + std::string(size), "--size");
+  for (const char* step : {"0", "-1", "0.04", "65", "x", "nan", "inf", "1e999"})
+    refuse_words("--phantom -o p.png --step " + std::string(step), "--step");
+  for (const char* window : {"5", "5,0", "5,-2", "5,x", "inf,3"})
+    refuse_words("--phantom -o p.png --window " + std::string(window), "--window");
+  for (const char* range : {"5", "5,4", "nan,4", "1,2,3"})
+    refuse_words("--phantom -o p.png --depth-range " + std::string(range), "--depth-range");
+  for (const char* threads : {"0", "-3", "257", "two", "1.5"})
+    refuse_words("--phantom -o p.png -j " + std::string(threads), "-j");
+  refuse_words("--phantom -o p.png --projection fish", "--projection");
+  refuse_words("--phantom -o p.png --interpolation cubic", "--interpolation");
+  refuse_words("--phantom -o p.png --layout heap", "--layout");
+}
+
+TEST_F(BadInputTest, WindowsThatDoNotFit) {
+  for (const char* window : {"0,1", "0,32768", "32767,4", "-32768,4", "1e9,5"})
+    expect_refusal("--phantom -o p.png --quiet --window " + std::string(window), 1, "--window");
+}
+
+TEST_F(BadInputTest, TooManySamples) {
+  TestVolume volume = random_volume({3, 3, 2000}, 0, 100, 5);
+  volume.axes[2] = {0, 0, 100};
+  write_text(path("v.nrrd"), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
+  expect_refusal("v.nrrd -o p.png --quiet --step 0.05", 1, "--step");
+}
+
+}  // namespace
