@@ -1,0 +1,24 @@
+#include "batch.h"
+#include "differ.h"
+#include "operations.h"
+#include "targets.h"
+
+namespace zox_fuzz {
+
+using zox_test::Batch;
+
+void fuzz_caster(int number, const uint8_t* bytes, size_t size) {
+  const zox_test::Caster& caster = zox_test::kCasters[number];
+  Batch batch(caster, zox_test::Random(bytes, size), zox_test::Validity::kBeyond);
+  const Batch::Outcome expected = batch.run(caster.reference);
+  static const auto targets = zox_test::all_targets();
+  for (const zox_test::Target& target : targets) {
+    if (!target.supported()) continue;
+    const Batch::Outcome actual = batch.run(target.cast(caster));
+    if (actual.status == expected.status && actual.planes == expected.planes) continue;
+    disagree(std::string(target.name) + ", " +
+             batch.planes().first_difference(expected.planes, actual.planes) + "\n" + batch.describe());
+  }
+}
+
+}  // namespace zox_fuzz

@@ -1,0 +1,32 @@
+#!/usr/bin/env bash
+# Fuzzes the operations against the reference, then the renderer's options and files, for so many
+# seconds each, starting from the seeds in the tree. Prints nothing when all is well; otherwise what
+# was found, and the input is kept in build/fuzz/found.
+#   scripts/fuzz.sh SECONDS [operations|renderer]
+set -euo pipefail
+cd "$(dirname "$0")/.."
+seconds=${1:-}
+only=${2:-operations renderer}
+if [[ ! $seconds =~ ^[1-9][0-9]*$ ]]; then
+  echo "usage: scripts/fuzz.sh SECONDS [operations|renderer]" >&2
+  exit 2
+fi
+scripts/deps.sh build tools fuzz
+mkdir -p build/fuzz/found
+log=build/fuzz/log
+
+run() {  # command...: quiet, or its whole output and the end
+  "$@" >"$log" 2>&1 </dev/null || { cat "$log"; exit 1; }
+}
+
+# Debug keeps the kernels at the flags given here: the vectoriser's time is not worth it.
+run cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
+  -DCMAKE_C_FLAGS=-O1 -DCMAKE_CXX_FLAGS=-O1 -DZOX_BUILD_FUZZ=ON \
+  -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF -DZOX_BUILD_TESTS=OFF
+for name in $only; do
+  run cmake --build build/fuzz --target "fuzz_$name" -j "$(nproc)"
+  # New inputs are collected aside from the seeds, and serve the next run.
+  mkdir -p "build/fuzz/corpus-$name"
+  run "build/fuzz/fuzz_$name" -max_total_time="$seconds" -max_len=4096 -timeout=60 -rss_limit_mb=4096 \
+    -artifact_prefix="build/fuzz/found/$name-" "build/fuzz/corpus-$name" "fuzz/seeds/$name"
+done
