@@ -52,20 +52,22 @@ Stack::Voxel Stack::voxel_of(const zox_test::Caster& caster) {
 }
 
 Stack::Stack(Voxel voxel, int columns, int rows, int slices)
-    : voxel_(voxel), columns_(columns), rows_(rows), nslices_(slices) {
-  const int pitch = columns * (voxel == Voxel::kShort ? 2 : 1);
+    : voxel_(voxel),
+      columns_(columns),
+      rows_(rows),
+      nslices_(slices),
+      pitch_(columns * (voxel == Voxel::kShort ? 2 : 1)) {
   // One slice more than the operation is told of: trilinear casters read its pointer.
   for (int s = 0; s <= slices; ++s) {
-    slices_.emplace_back(static_cast<size_t>(pitch) * static_cast<size_t>(rows));
-    pointers_.push_back(slices_.back().data());
+    slices_.emplace_back(static_cast<size_t>(pitch_) * static_cast<size_t>(rows));
   }
-  for (int y = 0; y < rows; ++y) rowoffs_.push_back(y * pitch);
+  for (int y = -1; y < rows; ++y) rowoffs_.push_back(y * pitch_);
   regions({0.0, static_cast<double>(slices)}, {0}, {1.0});
   pretend(slices);
 }
 
 Stack& Stack::set(int x, int y, int slice, int value) {
-  uint8_t* row = slices_[static_cast<size_t>(slice)].data() + rowoffs_[static_cast<size_t>(y)];
+  uint8_t* row = slices_[static_cast<size_t>(slice)].data() + static_cast<ptrdiff_t>(y) * pitch_;
   if (voxel_ == Voxel::kByte) store(row + x, 1, value);
   if (voxel_ == Voxel::kShort) store(row + 2 * x, 2, value);
   if (voxel_ == Voxel::kBit) {
@@ -102,14 +104,35 @@ Stack& Stack::regions(std::vector<double> bounds, std::vector<int32_t> first_sli
   return *this;
 }
 
+Stack& Stack::set_byte(int byte, int y, int slice, uint8_t value) {
+  slices_[static_cast<size_t>(slice)]
+         [static_cast<size_t>(y) * static_cast<size_t>(pitch_) + static_cast<size_t>(byte)] = value;
+  return *this;
+}
+
+Stack& Stack::turn_upside_down() {
+  upside_down_ = true;
+  for (int32_t& offset : rowoffs_) offset = -offset;
+  return *this;
+}
+
+Stack& Stack::row_before_first(int y) {
+  rowoffs_[0] = rowoffs_[static_cast<size_t>(y) + 1];
+  return *this;
+}
+
 Stack& Stack::pretend(int32_t nslices) {
   volume_.nslices = nslices;
   return *this;
 }
 
 const zox_Volume& Stack::volume() {
+  pointers_.clear();
+  for (const auto& slice : slices_) {
+    pointers_.push_back(slice.data() + (upside_down_ ? (rows_ - 1) * pitch_ : 0));
+  }
   volume_.slices = pointers_.data();
-  volume_.rowoffs = rowoffs_.data();
+  volume_.rowoffs = rowoffs_.data() + 1;
   volume_.nregions = static_cast<int32_t>(regscale_.size());
   volume_.regslice = regslice_.data();
   volume_.regbounds = regbounds_.data();

@@ -53,6 +53,15 @@ class Stack {
   // Bounds are one more than the others.
   Stack& regions(std::vector<double> bounds, std::vector<int32_t> first_slice, std::vector<double> scale);
 
+  // A byte as it lies in memory, `byte` bytes from the start of the row.
+  Stack& set_byte(int byte, int y, int slice, uint8_t value);
+
+  // The rows the other way round, by negative offsets from the last one.
+  Stack& turn_upside_down();
+
+  // Where the table of row offsets is read at -1.
+  Stack& row_before_first(int y);
+
   // Tells the operation of fewer slices than there are.
   Stack& pretend(int32_t nslices);
 
@@ -62,10 +71,11 @@ class Stack {
   static Voxel voxel_of(const zox_test::Caster& caster);
 
   Voxel voxel_;
-  int columns_, rows_, nslices_;
+  int columns_, rows_, nslices_, pitch_;
   std::vector<std::vector<uint8_t>> slices_;
-  std::vector<const void*> pointers_;
-  std::vector<int32_t> rowoffs_;
+  std::vector<const void*> pointers_;  // made anew for every record, so that stacks can be copied
+  bool upside_down_ = false;
+  std::vector<int32_t> rowoffs_;  // with one entry before the first row's
   std::vector<int32_t> regslice_;
   std::vector<double> regbounds_, regscale_;
   zox_Volume volume_{};

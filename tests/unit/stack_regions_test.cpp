@@ -1,0 +1,209 @@
+// Slice stacks, casters that sort samples by slice: how a sample's z finds its region and slice.
+#include "batch.h"
+#include "implementations.h"
+#include "volumes.h"
+
+namespace zox_unit {
+namespace {
+
+using Ints = std::vector<int>;
+
+// Slices of constant value, so that a sample names its slice. A second ray, without samples and far
+// off in z, keeps parallel nearest casters from their one-region path.
+class StackRegions : public CasterTest {
+ protected:
+  bool trilinear() const { return caster().trilinear(); }
+  double unit() const { return trilinear() ? 1.0 / 1048576 : 1.0 / 2097152; }
+
+  // Bits cannot name slices: then only `marked` is 1.
+  Stack stack_of(int slices, int marked) const {
+    Stack stack(caster(), 9, 9, slices);
+    for (int s = 0; s <= slices; ++s) {
+      if (!caster().bit()) stack.fill_slice(s, 10 * s);
+      if (caster().bit() && s == marked) stack.fill_slice(s, 1);
+    }
+    return stack;
+  }
+
+  Ints samples(Stack& stack, double z, double dz, int count) {
+    Batch batch(caster().element_size);
+    batch.add({2, 2, z}, {0, 0, dz}, count).add({2, 2, z + 1000}, {0, 0, 0}, 0);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    return batch.samples(0);
+  }
+
+  // Ten times the slice position of each sample, as the voxels give it.
+  void expect(int slices, const std::vector<double>& bounds, const std::vector<int32_t>& first,
+              const std::vector<double>& scale, double z, double dz, const Ints& tenths) {
+    for (int marked = 0; marked <= (caster().bit() ? slices : 0); ++marked) {
+      Stack stack = stack_of(slices, marked);
+      stack.regions(bounds, first, scale);
+      Ints expected = tenths;
+      for (int& value : expected) {
+        if (!trilinear()) value = (value + 5) / 10 * 10;
+        if (caster().bit()) value = value == 10 * marked ? 1 : 0;
+      }
+      EXPECT_EQ(samples(stack, z, dz, static_cast<int>(tenths.size())), expected) << "marked " << marked;
+    }
+  }
+};
+
+TEST_P(StackRegions, OneRegionMapsZToSlices) {
+  expect(8, {10, 14}, {0}, {2}, 10, 0.25, {0, 5, 10, 15, 20, 25});
+  expect(8, {-3, 5}, {0}, {1}, -3, 1.5, {0, 15, 30, 45});
+  expect(8, {0, 16}, {2}, {0.25}, 4, 4, {30, 40, 50});
+}
+
+// z = 15 lies in the second region, at slice 10 + 5 / 2.
+TEST_P(StackRegions, EveryRegionHasItsScale) {
+  expect(16, {0, 10, 20}, {0, 10}, {1, 0.5}, 15, 0, {125});
+  expect(16, {0, 10, 20}, {0, 10}, {1, 0.5}, 6, 3, {60, 90, 110, 125, 140});
+  expect(16, {0, 10, 20}, {0, 10}, {1, 0.5}, 19, -3.5, {145, 127, 110, 85, 50});
+}
+
+// Regions of slices in any order and any scale: rays switch at the first sample beyond a boundary.
+TEST_P(StackRegions, RaysSwitchBeyondTheBoundary) {
+  const std::vector<double> bounds = {0, 2, 4, 6};
+  expect(16, bounds, {8, 4, 12}, {1, 1, 1}, 0, 0.5,
+         {80, 85, 90, 95, 100, 45, 50, 55, 60, 125, 130, 135, 140});
+  expect(16, bounds, {8, 4, 12}, {1, 1, 1}, 6, -0.5,
+         {140, 135, 130, 125, 120, 55, 50, 45, 40, 95, 90, 85, 80});
+}
+
+TEST_P(StackRegions, OneStepMayCrossManyRegions) {
+  const std::vector<double> bounds = {0, 1, 2, 3, 4, 5, 6};
+  const std::vector<int32_t> first = {0, 10, 2, 8, 4, 6};
+  const std::vector<double> scale = {1, 1, 1, 1, 1, 1};
+  expect(12, bounds, first, scale, 0.5, 5, {5, 65});
+  expect(12, bounds, first, scale, 5.5, -5, {65, 5});
+  expect(12, bounds, first, scale, 0.5, 2, {5, 25, 45});
+  expect(12, bounds, first, scale, 2.5, -2, {25, 5});
+  expect(12, bounds, first, scale, 3.5, 0.25, {85, 87, 90, 42});
+}
+
+// On a boundary a rising ray stays in the lower region, and one that falls or keeps its z in the upper.
+TEST_P(StackRegions, ARayOnABoundaryStaysWhereItComesFrom) {
+  const std::vector<double> bounds = {0, 2, 4};
+  expect(10, bounds, {0, 6}, {1, 1}, 2, 1, {20, 70});
+  expect(10, bounds, {0, 6}, {1, 1}, 2, -1, {60, 10});
+  expect(10, bounds, {0, 6}, {1, 1}, 2, 0, {60, 60});
+  expect(10, bounds, {0, 6}, {1, 1}, 1, 1, {10, 20, 70});
+  expect(10, bounds, {0, 6}, {1, 1}, 3, -1, {70, 60, 10});
+}
+
+// Two slices apart on either side of the boundary, a sample tells its region a unit off it.
+TEST_P(StackRegions, AUnitOffTheBoundaryIsTheOtherRegion) {
+  const std::vector<double> bounds = {0, 2, 4};
+  const int high = caster().bit() ? 1 : 60;
+  const auto sample = [&](double z, double dz) {
+    Stack stack = stack_of(10, 6).regions(bounds, {0, 6}, {1, 1});
+    return samples(stack, z, dz, 1)[0];
+  };
+  EXPECT_EQ(sample(2 + unit(), 1), high);
+  EXPECT_NE(sample(2, 1), high);
+  EXPECT_EQ(sample(2, -1), high);
+  EXPECT_NE(sample(2 - unit(), -1), high);
+}
+
+// It is the step in fixed point that rises: one unit does, what becomes 0 does not.
+TEST_P(StackRegions, ARayRisesByAUnitAtLeast) {
+  const std::vector<double> bounds = {0, 2, 4};
+  expect(10, bounds, {0, 6}, {1, 1}, 2, unit(), {20});
+  expect(10, bounds, {0, 6}, {1, 1}, 2, 0.4 * unit(), {60});
+  expect(10, bounds, {0, 6}, {1, 1}, 2, 0.9 * unit(), {trilinear() ? 20 : 60});
+  expect(10, bounds, {0, 6}, {1, 1}, 2, -unit(), {60});
+}
+
+// A ray that keeps its z walks down from the last region to its own.
+TEST_P(StackRegions, ALevelRayFindsItsRegion) {
+  expect(12, {0, 2, 4, 6}, {8, 4, 0}, {1, 1, 1}, 1.5, 0, {95, 95, 95});
+  expect(12, {0, 2, 4, 6}, {8, 4, 0}, {1, 1, 1}, 3.5, 0, {55, 55});
+  expect(12, {0, 2, 4, 6}, {8, 4, 0}, {1, 1, 1}, 5.5, 0, {15});
+}
+
+// The walk ends at the first and the last region.
+TEST_P(StackRegions, TheOuterRegionsReachBeyondTheirEnds) {
+  expect(12, {0, 2, 4}, {2, 6}, {1, 1}, 3, 1, {70, 80, 90, 100});
+  expect(12, {0, 2, 4}, {2, 6}, {1, 1}, 1, -1, {30, 20, 10, 0});
+  expect(12, {0, 4}, {2}, {1}, 3, 1, {50, 60, 70, 80});
+}
+
+// A start below the last boundary can be rounded to a unit above it.
+TEST_P(StackRegions, RoundingMayCarryASampleBeyondTheLastBoundary) {
+  const double end = 4 + 0.9 * unit();
+  expect(10, {0, 2, end}, {0, 6}, {1, 1}, end, 1, {80});
+  expect(10, {0, 2, end}, {0, 6}, {1, 1}, end, unit(), {80, 80, 80, 80});
+}
+
+TEST_P(StackRegions, SamplesOutsideTheSlicesAreLeftUnwritten) {
+  const auto expect_written = [&](Stack stack, double z, double dz, const std::vector<bool>& expected) {
+    Batch batch(caster().element_size);
+    batch.add({2, 2, z}, {0, 0, dz}, static_cast<int>(expected.size())).add({2, 2, z + 1000}, {0, 0, 0}, 0);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    for (size_t k = 0; k < expected.size(); ++k) {
+      EXPECT_EQ(batch.written(static_cast<int>(k), 0), expected[k]) << "sample " << k;
+    }
+  };
+  const Stack eight = stack_of(8, 1);
+  const bool floors = trilinear();
+  expect_written(Stack(eight), 6.75, 0.5, {true, true, floors, false, false});
+  expect_written(Stack(eight).regions({0, 8}, {-3}, {1}), 1.75, 0.5, {false, false, !floors, true, true});
+  expect_written(Stack(eight).regions({0, 8}, {4}, {1}), 3, 1, {true, false, false});
+  expect_written(Stack(eight).pretend(3), 1.75, 0.5, {true, true, floors, false});
+  expect_written(Stack(eight).pretend(0), 1, 1, {false, false, false});
+  expect_written(Stack(eight).pretend(-1), 1, 1, {false, false, false});
+  // Far off, on either side.
+  expect_written(Stack(eight).regions({0, 500}, {0}, {1}), 1, 400, {true, false});
+  expect_written(Stack(eight).regions({0, 8}, {1 << 30}, {1}), 1, 1, {false, false});
+  expect_written(Stack(eight).regions({0, 8}, {-(1 << 30)}, {1}), 1, 1, {false, false});
+  expect_written(Stack(eight).regions({0, 4, 8}, {2000, 0}, {1, 1}), 3.25, 1, {false, true});
+  expect_written(Stack(eight).regions({0, 4, 8}, {0, -2000}, {1, 1}), 3.25, 1, {true, false});
+}
+
+// Tables of 512 entries have room for these; what is larger must come from elsewhere.
+TEST_P(StackRegions, LargestFixedTablesAndBeyond) {
+  const bool grows = !caster().fixed_tables();
+  for (int slices : {512, 513}) {
+    if (slices > 512 && !grows) continue;
+    Stack stack(caster(), 3, 3, slices);
+    stack.set(1, 1, slices - 1, 1);
+    Batch batch(caster().element_size);
+    batch.add({1, 1, slices - 1.0}, {0, 0, -1}, 3).add({1, 1, 0}, {0, 0, 0}, 0);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    EXPECT_EQ(batch.samples(0), (Ints{1, 0, 0}));
+  }
+  for (int regions : {511, 512, 600}) {
+    if (regions > 511 && !grows) continue;
+    Stack stack(caster(), 3, 3, 9);
+    const int value = caster().bit() ? 1 : 100;
+    stack.set(1, 1, 7, value);
+    std::vector<double> bounds = {0};
+    for (int j = 0; j < regions; ++j) bounds.push_back(j + 1);
+    std::vector<int32_t> first(static_cast<size_t>(regions), 0);
+    first.back() = 7;
+    stack.regions(bounds, first, std::vector<double>(static_cast<size_t>(regions), 1.0));
+    Batch batch(caster().element_size);
+    batch.add({1, 1, regions - 1.25}, {0, 0, 0.25}, 3);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    // The last but one region, its end, and a quarter of a slice into the last one.
+    EXPECT_EQ(batch.samples(0), (Ints{0, 0, trilinear() ? 75 : value}));
+  }
+}
+
+TEST_P(StackRegions, AsManySamplesAsTheStackHoldsAndMore) {
+  for (int count : {512, 513, 1300}) {
+    Stack stack(caster(), 3, 3, 8);
+    stack.set(1, 1, 3, 1);
+    Batch batch(caster().element_size);
+    batch.add({1, 1, 3}, {0, 0, 0}, count).add({1, 1, 5}, {0, 0, 0}, 2).add({1, 1, 3}, {0, 0, 0}, count - 1);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    EXPECT_EQ(batch.samples(0), Ints(static_cast<size_t>(count), 1));
+    EXPECT_EQ(batch.samples(1), (Ints{0, 0}));
+    EXPECT_EQ(batch.samples(2), Ints(static_cast<size_t>(count - 1), 1));
+  }
+}
+
+INSTANTIATE_FOR_CASTERS(StackRegions, [](const Caster& c) { return !c.blocked(); });
+
+}  // namespace
+}  // namespace zox_unit
