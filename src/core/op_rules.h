@@ -50,6 +50,23 @@ constexpr GeneralRules kParallelTrilinear8U   {Voxel::k8U,  StepOf::kRay0,    20
 constexpr GeneralRules kParallelTrilinear16S  {Voxel::k16S, StepOf::kRay0,    20, 0, kRound, kRound, kRound, kRound, kRound, 0, Tables::kGrow,  10, RowSum::k64Bits};
 // clang-format on
 
+// What the voxels are read by, once samples are in slice order.
+struct FetchRules {
+  Voxel voxel;
+  bool trilinear;
+  bool index_in_16_bits;  // nearest nodes keep column and row in 16 bits and read them unsigned
+  RowSum row_sum;
+};
+constexpr FetchRules fetch_rules(GeneralRules r) {
+  bool nearest = r.slice_half == 1;
+  return {r.voxel, !nearest, nearest, r.row_sum};
+}
+
+// Parallel nearest on one region keeps no nodes: indices are signed, sums as wide as addresses.
+constexpr FetchRules kOneRegion8U{Voxel::k8U, false, false, RowSum::k64Bits};
+constexpr FetchRules kOneRegion16S{Voxel::k16S, false, false, RowSum::k64Bits};
+constexpr FetchRules kOneRegionBit{Voxel::kBit, false, false, RowSum::k64Bits};
+
 // Blocked volumes.
 enum class Sampling { kNearest, kTrilinear };
 enum class Positions {

@@ -39,9 +39,9 @@ template <GeneralRules rules>
 using SampleNode = typename NodeKind<rules.slice_half == 1>::Type;
 
 // A row's start plus a column in bytes. Some operations form the sum in 32 bits.
-template <GeneralRules rules>
+template <RowSum row_sum>
 int64_t byte_offset(int32_t row, int column) {
-  if constexpr (rules.row_sum == RowSum::k32Bits) {
+  if constexpr (row_sum == RowSum::k32Bits) {
     return wrap_add(row, column);
   } else {
     return int64_t{row} + column;
@@ -61,7 +61,7 @@ ElementOf<rules.voxel> value_of(const NearestNode& node, const zox_Volume& volum
   using Element = ElementOf<rules.voxel>;
   const char* slice = static_cast<const char*>(volume.slices[s]);
   int column = rules.voxel == Voxel::kBit ? node.x >> 3 : node.x * int{sizeof(Element)};
-  Element element = load<Element>(slice + byte_offset<rules>(volume.rowoffs[node.y], column));
+  Element element = load<Element>(slice + byte_offset<rules.row_sum>(volume.rowoffs[node.y], column));
   if constexpr (rules.voxel == Voxel::kBit) return bit_of(element, bit_shift(node.x));
   return element;
 }
@@ -74,7 +74,7 @@ ElementOf<rules.voxel> value_of(const TrilinearNode& node, const zox_Volume& vol
     const char* slice = static_cast<const char*>(volume.slices[s + dz]);
     for (int dy = 0; dy < 2; ++dy) {
       int column = (node.x >> 20) * int{sizeof(Element)};
-      const char* left = slice + byte_offset<rules>(volume.rowoffs[(node.y >> 20) + dy], column);
+      const char* left = slice + byte_offset<rules.row_sum>(volume.rowoffs[(node.y >> 20) + dy], column);
       v[dz][dy][0] = load<Element>(left);
       v[dz][dy][1] = load<Element>(left + sizeof(Element));
     }

@@ -4,6 +4,7 @@
 
 #include "core/region_walk.h"
 #include "core/staged_samples.h"
+#include "core/vectors.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -14,7 +15,7 @@ constexpr int kNoSlice = INT32_MAX;
 struct CursorLanes {
   Lanes<int> x, y, position, node;
   Lanes<int> x_step, y_step, position_step, node_step;
-  Lanes<int> left;         // samples to go in this region, this one included
+  Lanes<int> last_node;    // the last in this region
   Lanes<int> first_slice;  // of this region
   Lanes<int> slice;        // of the next sample; kNoSlice when the ray is done
 };
@@ -54,7 +55,7 @@ class SliceCursors {
   void sweep(int nslices, StagedSamples& stage, Flush flush) {
     for (int s = lowest_slice(); s < nslices;) {
       int next = kNoSlice;
-      for (int group = 0; group < n_; group += 8) {
+      for (int group = 0; group < n_; group += kVector) {
         int lowest = append_group(s, group, stage, flush);
         next = lowest < next ? lowest : next;
       }
@@ -141,12 +142,12 @@ class SliceCursors {
     lanes_.y_step[lane] = wrap_mul(sign, t.sy);
     lanes_.position_step[lane] = sign * step;
     lanes_.node_step[lane] = sign * 64;
-    lanes_.left[lane] = end - first;
+    lanes_.last_node[lane] = ray_[lane] + 64 * (step < 0 ? first : end - 1);
     lanes_.first_slice[lane] = regions_.first_slice[j];
     lanes_.slice[lane] = slice_of<rules>(lanes_.position[lane], lanes_.first_slice[lane]);
   }
 
-  // Appends the samples of slice s of 8 lanes and moves these on; the lowest of the slices they
+  // Appends the samples of slice s of one vector's lanes and moves these on; the lowest of the slices they
   // then stand at.
   template <class Flush>
   int append_group(int s, int group, StagedSamples& stage, Flush flush);
@@ -159,80 +160,48 @@ class SliceCursors {
   int region_[kLanes];  // the one to enter next
 };
 
-#if defined(__AVX2__)
-
-// For each set of 8 lanes, their numbers moved together.
-struct CompressTable {
-  alignas(8) uint8_t order[256][8] = {};
-  constexpr CompressTable() {
-    for (int mask = 0; mask < 256; ++mask) {
-      for (int lane = 0, n = 0; lane < 8; ++lane) {
-        if (mask >> lane & 1) order[mask][n++] = static_cast<uint8_t>(lane);
-      }
-    }
-  }
-};
-constexpr CompressTable kCompress;
-
-inline __m256i load_8(const int* from) { return _mm256_load_si256(reinterpret_cast<const __m256i*>(from)); }
-inline void store_8(int* to, __m256i v) { _mm256_store_si256(reinterpret_cast<__m256i*>(to), v); }
-inline void append_8(int* to, __m256i v, __m256i order) {
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm256_permutevar8x32_epi32(v, order));
-}
-inline unsigned mask_8(__m256i v) {
-  return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(v)));
-}
-
-inline int lowest_of_8(__m256i v) {
-  __m128i low = _mm_min_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
-  low = _mm_min_epi32(low, _mm_shuffle_epi32(low, 0x4E));
-  low = _mm_min_epi32(low, _mm_shuffle_epi32(low, 0xB1));
-  return _mm_cvtsi128_si32(low);
-}
+#if ZOX_HAS_PACKING
 
 template <GeneralRules rules>
 template <class Flush>
 int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Flush flush) {
   CursorLanes& c = lanes_;
-  const __m256i wanted = _mm256_set1_epi32(s);
-  __m256i slice = load_8(&c.slice[group]);
-  __m256i on = _mm256_cmpeq_epi32(slice, wanted);
-  if (mask_8(on) == 0) return lowest_of_8(slice);
-  __m256i x = load_8(&c.x[group]), y = load_8(&c.y[group]);
-  __m256i position = load_8(&c.position[group]), node = load_8(&c.node[group]), left = load_8(&c.left[group]);
-  for (unsigned mask; (mask = mask_8(on)) != 0;) {
-    __m256i order =
-        _mm256_cvtepu8_epi32(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(kCompress.order[mask])));
-    append_8(stage.x + stage.n, x, order);
-    append_8(stage.y + stage.n, y, order);
-    append_8(stage.position + stage.n, position, order);
-    append_8(stage.node + stage.n, node, order);
-    _mm256_storeu_si256(reinterpret_cast<__m256i*>(stage.slice + stage.n), wanted);
-    stage.n += s >= 0 ? __builtin_popcount(mask) : 0;
-    x = _mm256_add_epi32(x, _mm256_and_si256(on, load_8(&c.x_step[group])));
-    y = _mm256_add_epi32(y, _mm256_and_si256(on, load_8(&c.y_step[group])));
-    position = _mm256_add_epi32(position, _mm256_and_si256(on, load_8(&c.position_step[group])));
-    node = _mm256_add_epi32(node, _mm256_and_si256(on, load_8(&c.node_step[group])));
-    left = _mm256_add_epi32(left, on);
-    __m256i rounded = _mm256_srai_epi32(_mm256_add_epi32(position, _mm256_set1_epi32(kHalf)), rules.bits);
-    __m256i ended = _mm256_and_si256(on, _mm256_cmpeq_epi32(left, _mm256_setzero_si256()));
-    slice = _mm256_blendv_epi8(slice, _mm256_add_epi32(rounded, load_8(&c.first_slice[group])), on);
-    slice = _mm256_blendv_epi8(slice, _mm256_set1_epi32(kNoSlice), ended);
-    unsigned lanes_ended = mask_8(ended);
+  const Vector wanted = broadcast(s), none = broadcast(kNoSlice);
+  Vector slice = load_vector(&c.slice[group]);
+  Mask on = equal(slice, wanted);
+  if (bits_of(on) == 0) return lowest_of(slice);
+  Vector x = load_vector(&c.x[group]), y = load_vector(&c.y[group]);
+  Vector position = load_vector(&c.position[group]), node = load_vector(&c.node[group]);
+  for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(slice, wanted)) {
+    Packing packed(bits);
+    store_anywhere(stage.x + stage.n, packed(x));
+    store_anywhere(stage.y + stage.n, packed(y));
+    if constexpr (!rules.slice_half) store_anywhere(stage.position + stage.n, packed(position));
+    store_anywhere(stage.node + stage.n, packed(node));
+    store_anywhere(stage.slice + stage.n, wanted);
+    stage.n += s >= 0 ? __builtin_popcount(bits) : 0;
+    Mask ended = both(on, equal(node, load_vector(&c.last_node[group])));
+    x = add_where(on, x, load_vector(&c.x_step[group]));
+    y = add_where(on, y, load_vector(&c.y_step[group]));
+    position = add_where(on, position, load_vector(&c.position_step[group]));
+    node = add_where(on, node, load_vector(&c.node_step[group]));
+    Vector rounded = shift_right<rules.bits>(sum(position, broadcast(kHalf)));
+    slice = select(on, sum(rounded, load_vector(&c.first_slice[group])), slice);
+    slice = select(ended, none, slice);
+    unsigned lanes_ended = bits_of(ended);
     if (lanes_ended != 0 && regions_.n > 1) {
-      store_8(&c.x[group], x), store_8(&c.y[group], y), store_8(&c.position[group], position);
-      store_8(&c.node[group], node), store_8(&c.left[group], left), store_8(&c.slice[group], slice);
+      store_vector(&c.x[group], x), store_vector(&c.y[group], y), store_vector(&c.position[group], position);
+      store_vector(&c.node[group], node), store_vector(&c.slice[group], slice);
       for (; lanes_ended != 0; lanes_ended &= lanes_ended - 1)
         enter_region(group + __builtin_ctz(lanes_ended));
-      x = load_8(&c.x[group]), y = load_8(&c.y[group]), position = load_8(&c.position[group]);
-      node = load_8(&c.node[group]), left = load_8(&c.left[group]), slice = load_8(&c.slice[group]);
+      x = load_vector(&c.x[group]), y = load_vector(&c.y[group]), position = load_vector(&c.position[group]);
+      node = load_vector(&c.node[group]), slice = load_vector(&c.slice[group]);
     }
     if (stage.full()) flush(stage);
-    on = _mm256_cmpeq_epi32(slice, wanted);
   }
-  store_8(&c.x[group], x), store_8(&c.y[group], y), store_8(&c.position[group], position);
-  store_8(&c.node[group], node), store_8(&c.left[group], left), store_8(&c.slice[group], slice);
-  return lowest_of_8(slice);
+  store_vector(&c.x[group], x), store_vector(&c.y[group], y), store_vector(&c.position[group], position);
+  store_vector(&c.node[group], node), store_vector(&c.slice[group], slice);
+  return lowest_of(slice);
 }
 
 #else
@@ -242,23 +211,35 @@ template <class Flush>
 int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Flush flush) {
   CursorLanes& c = lanes_;
   int lowest = kNoSlice;
-  for (int i = group; i < group + 8; ++i) {
+  for (int i = group; i < group + kVector; ++i) {
     while (c.slice[i] == s) {
-      stage.x[stage.n] = c.x[i];
-      stage.y[stage.n] = c.y[i];
-      stage.position[stage.n] = c.position[i];
-      stage.node[stage.n] = c.node[i];
-      stage.slice[stage.n] = s;
-      stage.n += s >= 0;
-      c.x[i] = wrap_add(c.x[i], c.x_step[i]);
-      c.y[i] = wrap_add(c.y[i], c.y_step[i]);
-      c.position[i] = wrap_add(c.position[i], c.position_step[i]);
-      c.node[i] += c.node_step[i];
-      c.slice[i] = slice_of<rules>(c.position[i], c.first_slice[i]);
-      if (--c.left[i] == 0) {
-        c.slice[i] = kNoSlice;
-        if (regions_.n > 1) enter_region(i);
-      }
+      int x = c.x[i], y = c.y[i], position = c.position[i], node = c.node[i], slice = s;
+      const int last_node = c.last_node[i], first_slice = c.first_slice[i];
+      const int x_step = c.x_step[i], y_step = c.y_step[i], node_step = c.node_step[i];
+      const int position_step = c.position_step[i];
+      int n = stage.n;
+      bool ended = false;
+      do {
+        stage.x[n] = x;
+        stage.y[n] = y;
+        stage.position[n] = position;
+        stage.node[n] = node;
+        stage.slice[n] = s;
+        n += s >= 0;
+        ended = node == last_node;
+        x = wrap_add(x, x_step);
+        y = wrap_add(y, y_step);
+        position = wrap_add(position, position_step);
+        node += node_step;
+        slice = slice_of<rules>(position, first_slice);
+      } while (slice == s && !ended && n < kStage);
+      stage.n = n;
+      c.x[i] = x;
+      c.y[i] = y;
+      c.position[i] = position;
+      c.node[i] = node;
+      c.slice[i] = ended ? kNoSlice : slice;
+      if (ended && regions_.n > 1) enter_region(i);
       if (stage.full()) flush(stage);
     }
     lowest = c.slice[i] < lowest ? c.slice[i] : lowest;

@@ -8,18 +8,41 @@ namespace zox::ZOX_SET {
 namespace {
 
 constexpr int kStage = 256;
+constexpr int kStageRoom = kStage + 16;  // appending stores whole vectors
 
 struct StagedSamples {
-  // Room for one vector more: appending stores whole vectors.
-  alignas(64) int x[kStage + 16];         // fixed point
-  alignas(64) int y[kStage + 16];         // fixed point
-  alignas(64) int position[kStage + 16];  // in slices from the region's first, fixed point
-  alignas(64) int slice[kStage + 16];
-  alignas(64) int node[kStage + 16];  // r + 64 k
+  alignas(64) int x[kStageRoom];         // fixed point
+  alignas(64) int y[kStageRoom];         // fixed point
+  alignas(64) int position[kStageRoom];  // trilinear: in slices from the region's first, fixed point
+  alignas(64) int slice[kStageRoom];
+  alignas(64) int node[kStageRoom];  // r + 64 k
   int n = 0;
 
-  bool full() const { return n > kStage - 8; }
+  bool full() const { return n > kStage - 16; }
+
+  // Repeats a sample behind the last, so that whole vectors hold samples only.
+  void pad() {
+    for (int i = n; i < padded(n); ++i) {
+      x[i] = x[0];
+      y[i] = y[0];
+      slice[i] = slice[0];
+    }
+  }
 };
+
+struct Range {
+  int low, high;
+};
+
+// Of the first n numbers, a multiple of 16.
+inline Range range_of(const int* number, int n) {
+  Range range = {INT32_MAX, INT32_MIN};
+  for (int i = 0; i < n; ++i) {
+    range.low = number[i] < range.low ? number[i] : range.low;
+    range.high = number[i] > range.high ? number[i] : range.high;
+  }
+  return range;
+}
 
 }  // namespace
 }  // namespace zox::ZOX_SET

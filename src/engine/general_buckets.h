@@ -33,20 +33,15 @@ template <GeneralRules rules>
 bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Regions& regions) {
   if (!SliceCursors<rules>::regions_ascend(regions)) return false;
   SliceCursors<rules> cursors(regions);
-  Extent extent;
-  constexpr int beyond = rules.slice_half ? 0 : 1;  // trilinear reads the next voxel too
   for (int r = 0; r < batch.nrays; ++r) {
     Trace t = trace_of<rules>(batch, r, regions.n == 1);
-    if (t.n < 1) continue;
     if (!cursors.add(t, r)) return false;
-    extent.include(0, t.x >> rules.bits, (t.x + int64_t{t.sx} * (t.n - 1)) >> rules.bits);
-    extent.include(1, t.y >> rules.bits, (t.y + int64_t{t.sy} * (t.n - 1)) >> rules.bits);
   }
-  extent.include(2, 0, volume.nslices - 1);
-  StackView view = StackView::of(volume, extent, beyond);
+  constexpr FetchRules fetch = fetch_rules(rules);
+  StackView view(volume, fetch.trilinear ? 1 : 0);
   StagedSamples stage;
   cursors.sweep(volume.nslices, stage,
-                [&](StagedSamples& staged) { flush_stage<rules>(view, staged, batch.planes); });
+                [&](StagedSamples& staged) { flush_stage<fetch>(view, staged, batch.planes); });
   return true;
 }
 

@@ -3,7 +3,8 @@
 // slices as one.
 #pragma once
 
-#include "engine/general_buckets.h"
+#include "engine/march.h"
+#include "engine/stack_sampling.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -27,42 +28,66 @@ inline Spread spread_of(const zox_Rays& batch) {
   return s;
 }
 
-template <Voxel voxel>
-ElementOf<voxel> voxel_at(const zox_Volume& volume, int x, int y, int s) {
-  using Element = ElementOf<voxel>;
-  const char* row = static_cast<const char*>(volume.slices[s]) + volume.rowoffs[y];
-  if constexpr (voxel == Voxel::kBit) return bit_of(load<uint8_t>(row + (x >> 3)), bit_shift(x));
-  return load<Element>(row + int64_t{x} * int64_t{sizeof(Element)});
+// What a ray adds to the position of ray 0, in fixed point, and the half that makes indices round.
+struct RayOffsets {
+  Lanes<int> x, y, slice, ray;
+
+  void move_lane(int from, int to) {
+    x[to] = x[from];
+    y[to] = y[from];
+    slice[to] = slice[from];
+    ray[to] = ray[from];
+  }
+};
+
+// Appends sample k of n rays, ray 0 being at `at`.
+inline void append_samples(const RayOffsets& offsets, const int (&at)[3], int k, int n,
+                           StagedSamples& stage) {
+  int *x = stage.x + stage.n, *y = stage.y + stage.n, *slice = stage.slice + stage.n,
+      *node = stage.node + stage.n;
+  for (int i = 0; i < padded(n); ++i) {
+    x[i] = wrap_add(offsets.x[i], at[0]);
+    y[i] = wrap_add(offsets.y[i], at[1]);
+    slice[i] = wrap_add(offsets.slice[i], at[2]) >> 21;
+    node[i] = offsets.ray[i] + 64 * k;
+  }
+  stage.n += n;
 }
 
-// The position of ray 0 runs in doubles and is converted once a sample; the other rays add
-// their offsets, which hold the half that makes indices round.
-template <Voxel voxel>
-int cast_one_region(const zox_Rays& batch, int nrays, int, int max_samples, const zox_Volume& volume) {
+// The position of ray 0 runs in doubles and is converted once a sample for all rays.
+template <FetchRules rules>
+int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox_Volume& volume) {
   constexpr double scale = 0x1p21;
   constexpr int half = 1 << 20;
   const double* start = batch.starts[0];
   double slices_per_z = volume.regscale[0];
   double step[3] = {batch.steps[0][0], batch.steps[0][1], batch.steps[0][2] * slices_per_z};
   double base[3] = {start[0], start[1], slices_per_z * (start[2] - volume.regbounds[0])};
-  Axes<int> offset;
+  Marchers rays;
+  RayOffsets offsets;
   for (int r = 0; r < nrays; ++r) {
+    if (batch.nsamples[r] < 1) continue;
     const double* s = batch.starts[r];
-    offset[0][r] = wrap_add(truncate((s[0] - start[0]) * scale), half);
-    offset[1][r] = wrap_add(truncate((s[1] - start[1]) * scale), half);
-    offset[2][r] = wrap_add(truncate(((s[2] - start[2]) * slices_per_z) * scale), half);
+    offsets.x[rays.n] = wrap_add(truncate((s[0] - start[0]) * scale), half);
+    offsets.y[rays.n] = wrap_add(truncate((s[1] - start[1]) * scale), half);
+    offsets.slice[rays.n] = wrap_add(truncate(((s[2] - start[2]) * slices_per_z) * scale), half);
+    offsets.ray[rays.n] = r;
+    rays.add(r, batch.nsamples[r]);
   }
-  for (int k = 0; k < max_samples; ++k) {
-    int at[3];
-    for (int axis = 0; axis < 3; ++axis) at[axis] = truncate(base[axis] * scale);
-    auto* plane = static_cast<ElementOf<voxel>*>(batch.planes[k]);
-    for (int r = 0; r < nrays; ++r) {
-      if (k >= batch.nsamples[r]) continue;
-      int x = wrap_add(offset[0][r], at[0]) >> 21, y = wrap_add(offset[1][r], at[1]) >> 21;
-      plane[r] = voxel_at<voxel>(volume, x, y, wrap_add(offset[2][r], at[2]) >> 21);
+  StackView view(volume, 0);
+  StagedSamples stage;
+  for (int k = 0; k < max_samples; rays.drop_ended(k, offsets)) {
+    for (int end = rays.first_end(); k < end; ++k) {
+      int at[3];
+      for (int axis = 0; axis < 3; ++axis) {
+        at[axis] = truncate(base[axis] * scale);
+        base[axis] += step[axis];
+      }
+      append_samples(offsets, at, k, rays.n, stage);
+      if (stage.n > kStage - kLanes) flush_stage<rules>(view, stage, batch.planes);
     }
-    for (int axis = 0; axis < 3; ++axis) base[axis] += step[axis];
   }
+  flush_stage<rules>(view, stage, batch.planes);
   return ZOX_STS_NO_ERROR;
 }
 

@@ -2,127 +2,90 @@
 #pragma once
 
 #include "core/slice_buckets.h"
-#include "core/staged_samples.h"
+#include "core/stack_view.h"
+#include "core/vectors.h"
 #include "core/voxel_pair.h"
 
 namespace zox::ZOX_SET {
 namespace {
 
-// The rows, columns and slices that a batch may touch, each from first to last.
-struct Extent {
-  int64_t low[3] = {INT64_MAX, INT64_MAX, INT64_MAX};
-  int64_t high[3] = {-1, -1, -1};
+// Eight samples whose nodes follow one another lie side by side in one plane.
+inline bool side_by_side(const int* node) { return (node[0] & 63) <= 56 && consecutive_8(node); }
 
-  void include(int axis, int64_t from, int64_t to) {
-    if (from > to) return include(axis, to, from);
-    low[axis] = from < low[axis] ? from : low[axis];
-    high[axis] = to > high[axis] ? to : high[axis];
-  }
-};
-
-// Where voxels lie. Rows and slices are often evenly apart; then one 32-bit offset, computed in
-// vectors, replaces two table look-ups a sample.
-struct StackView {
-  const void* const* slices;
-  const int32_t* rowoffs;
-  bool even = false;
-  const char* origin = nullptr;  // an offset of 0, if even
-  int row_pitch = 0, slice_pitch = 0;
-  int origin_offset = 0;  // of the origin in the offsets' own count
-
-  // Reads the table entries from the first to the last that samples use; these read `beyond`
-  // further voxels along each axis.
-  static StackView of(const zox_Volume& volume, Extent extent, int beyond) {
-    StackView view;
-    for (int axis = 0; axis < 3; ++axis) extent.high[axis] += beyond;
-    view.slices = volume.slices;
-    view.rowoffs = volume.rowoffs;
-    view.even = view.find_pitches(extent);
-    return view;
-  }
-
- private:
-  bool find_pitches(const Extent& e) {
-    constexpr int64_t kLargest = 1 << 30, kMostColumns = 1 << 17;
-    if (e.high[0] < e.low[0] || e.high[2] < e.low[2]) return false;  // no sample at all
-    if (e.low[0] < 0 || e.high[0] > 65535 || e.low[1] < 0 || e.high[1] > 65535 || e.low[2] < 0) return false;
-    int64_t row = rowoffs[e.low[1]], row_step = e.low[1] < e.high[1] ? rowoffs[e.low[1] + 1] - row : 0;
-    for (int64_t y = e.low[1]; y <= e.high[1]; ++y, row += row_step) {
-      if (rowoffs[y] != row) return false;
+// Writes value(i) of sample i to its plane and ray.
+template <class Element, class Value>
+void store_samples(const int* node, int n, void* const* planes, Value value) {
+  int i = 0;
+  for (; i + 8 <= n; i += 8) {
+    if (side_by_side(node + i)) {
+      Element* to = static_cast<Element*>(planes[node[i] >> 6]) + (node[i] & 63);
+      for (int j = 0; j < 8; ++j) to[j] = value(i + j);
+    } else {
+      for (int j = i; j < i + 8; ++j) static_cast<Element*>(planes[node[j] >> 6])[node[j] & 63] = value(j);
     }
-    intptr_t slice = address(e.low[2]), slice_step = e.low[2] < e.high[2] ? address(e.low[2] + 1) - slice : 0;
-    for (int64_t s = e.low[2]; s <= e.high[2]; ++s, slice += slice_step) {
-      if (address(s) != slice) return false;
-    }
-    int64_t rows = row_step * (e.high[1] - e.low[1]), first_row = rowoffs[e.low[1]];
-    if (slice_step > kLargest || slice_step < -kLargest) return false;
-    int64_t depth = slice_step * (e.high[2] - e.low[2]);
-    if (size(rows) + size(depth) + size(first_row) + kMostColumns > kLargest) return false;
-    row_pitch = static_cast<int>(row_step);
-    slice_pitch = static_cast<int>(slice_step);
-    origin = static_cast<const char*>(slices[e.low[2]]);
-    int64_t start = first_row - row_step * e.low[1] - slice_step * e.low[2];
-    origin_offset = static_cast<int>(static_cast<uint32_t>(start));
-    return true;
   }
+  for (; i < n; ++i) static_cast<Element*>(planes[node[i] >> 6])[node[i] & 63] = value(i);
+}
 
-  static int64_t size(int64_t v) { return v < 0 ? -v : v; }
-  intptr_t address(int64_t s) const { return reinterpret_cast<intptr_t>(slices[s]); }
-};
-
-// Samples number `first` to `first + n - 1` of the stage, n up to 64.
-template <GeneralRules rules, class Element>
-void sample_stack_nearest(const StackView& view, const StagedSamples& stage, int first, int n,
-                          Element* values) {
-  const int *x = stage.x + first, *y = stage.y + first, *slice = stage.slice + first;
+// Samples number `first` to `first + n - 1` of the stage, n up to 64. Columns and rows come as
+// the operation's nodes would hold them: in 16 bits, unsigned, or as they are.
+template <FetchRules rules, class Element = ElementOf<rules.voxel>>
+void sample_nearest_block(const StackView& view, bool even, const StagedSamples& stage, int first, int n,
+                          void* const* planes) {
   constexpr bool bit = rules.voxel == Voxel::kBit;
-  Lanes<int> column, offset, shift;
+  constexpr int index_mask = rules.index_in_16_bits ? 0xFFFF : -1;
+  const int *x = stage.x + first, *y = stage.y + first, *slice = stage.slice + first,
+            *node = stage.node + first;
+  Lanes<int> column, row, offset, shift;
   for (int i = 0; i < padded(n); ++i) {
-    int voxel = (x[i] >> 21) & 0xFFFF;
+    int voxel = (x[i] >> 21) & index_mask;
     column[i] = bit ? voxel >> 3 : voxel * int{sizeof(Element)};
+    row[i] = (y[i] >> 21) & index_mask;
     if constexpr (bit) shift[i] = bit_shift(voxel);
   }
-  if (view.even) {
+  auto value = [&](const char* address, int i) {
+    Element element = load<Element>(address);
+    if constexpr (bit) element = bit_of(element, shift[i]);
+    return element;
+  };
+  if (even) {
     for (int i = 0; i < padded(n); ++i) {
-      int row = wrap_mul((y[i] >> 21) & 0xFFFF, view.row_pitch);
-      offset[i] = wrap_add(wrap_add(column[i], view.origin_offset),
-                           wrap_add(row, wrap_mul(slice[i], view.slice_pitch)));
+      int in_slice = wrap_add(wrap_add(column[i], view.start), wrap_mul(row[i], view.row_pitch));
+      offset[i] = wrap_add(in_slice, wrap_mul(slice[i], view.slice_pitch));
     }
-    for (int i = 0; i < n; ++i) values[i] = load<Element>(view.origin + offset[i]);
+    store_samples<Element>(node, n, planes, [&](int i) { return value(view.origin + offset[i], i); });
   } else {
-    for (int i = 0; i < n; ++i) {
+    store_samples<Element>(node, n, planes, [&](int i) {
       const char* base = static_cast<const char*>(view.slices[slice[i]]);
-      values[i] = load<Element>(base + byte_offset<rules>(view.rowoffs[(y[i] >> 21) & 0xFFFF], column[i]));
-    }
-  }
-  if constexpr (bit) {
-    for (int i = 0; i < padded(n); ++i) values[i] = bit_of(values[i], shift[i]);
+      return value(base + byte_offset<rules.row_sum>(view.rowoffs[row[i]], column[i]), i);
+    });
   }
 }
 
-template <GeneralRules rules, class Element>
-void fetch_stack_corners(const StackView& view, const StagedSamples& stage, int first, int n,
+template <FetchRules rules, class Element>
+void fetch_stack_corners(const StackView& view, bool even, const StagedSamples& stage, int first, int n,
                          Corners<Element>& corners) {
   const int *x = stage.x + first, *y = stage.y + first, *slice = stage.slice + first;
-  if (view.even) {
+  if (even) {
     Lanes<int> offset;
     for (int i = 0; i < padded(n); ++i) {
       int in_slice = wrap_add((x[i] >> 20) * int{sizeof(Element)}, wrap_mul(y[i] >> 20, view.row_pitch));
-      offset[i] = wrap_add(wrap_add(in_slice, view.origin_offset), wrap_mul(slice[i], view.slice_pitch));
+      offset[i] = wrap_add(wrap_add(in_slice, view.start), wrap_mul(slice[i], view.slice_pitch));
     }
+    const char *origin = view.origin, *next_row = origin + view.row_pitch;
+    const char *next_slice = origin + view.slice_pitch, *next_both = next_slice + view.row_pitch;
     for (int i = 0; i < n; ++i) {
-      const char* at = view.origin + offset[i];
-      corners.pair[0][i] = load_pair<Element>(at);
-      corners.pair[1][i] = load_pair<Element>(at + view.row_pitch);
-      corners.pair[2][i] = load_pair<Element>(at + view.slice_pitch);
-      corners.pair[3][i] = load_pair<Element>(at + view.slice_pitch + view.row_pitch);
+      corners.pair[0][i] = load_pair<Element>(origin + offset[i]);
+      corners.pair[1][i] = load_pair<Element>(next_row + offset[i]);
+      corners.pair[2][i] = load_pair<Element>(next_slice + offset[i]);
+      corners.pair[3][i] = load_pair<Element>(next_both + offset[i]);
     }
     return;
   }
   for (int i = 0; i < n; ++i) {
     int column = (x[i] >> 20) * int{sizeof(Element)};
-    int64_t row_0 = byte_offset<rules>(view.rowoffs[y[i] >> 20], column);
-    int64_t row_1 = byte_offset<rules>(view.rowoffs[(y[i] >> 20) + 1], column);
+    int64_t row_0 = byte_offset<rules.row_sum>(view.rowoffs[y[i] >> 20], column);
+    int64_t row_1 = byte_offset<rules.row_sum>(view.rowoffs[(y[i] >> 20) + 1], column);
     const char* lower = static_cast<const char*>(view.slices[slice[i]]);
     const char* upper = static_cast<const char*>(view.slices[slice[i] + 1]);
     corners.pair[0][i] = load_pair<Element>(lower + row_0);
@@ -132,12 +95,13 @@ void fetch_stack_corners(const StackView& view, const StagedSamples& stage, int 
   }
 }
 
-template <GeneralRules rules, class Element>
-void sample_stack_trilinear(const StackView& view, const StagedSamples& stage, int first, int n,
-                            Element* values) {
+template <FetchRules rules, class Element = ElementOf<rules.voxel>>
+void sample_trilinear_block(const StackView& view, bool even, const StagedSamples& stage, int first, int n,
+                            void* const* planes) {
   const int *x = stage.x + first, *y = stage.y + first, *position = stage.position + first;
   Corners<Element> corners;
-  fetch_stack_corners<rules>(view, stage, first, n, corners);
+  Lanes<Element> values;
+  fetch_stack_corners<rules>(view, even, stage, first, n, corners);
   if constexpr (rules.voxel == Voxel::k8U) {
     for (int i = 0; i < padded(n); ++i) {
       values[i] = static_cast<Element>(corners.interpolated(trilinear_fixed, i, x[i], y[i], position[i]));
@@ -151,37 +115,27 @@ void sample_stack_trilinear(const StackView& view, const StagedSamples& stage, i
     truncate_lanes(real.at, truncated.at, n);
     for (int i = 0; i < padded(n); ++i) values[i] = static_cast<Element>(truncated[i]);
   }
-}
-
-// Writes each value to its plane and ray; eight rays side by side in one store.
-template <class Element>
-void scatter(const Element* values, const int* node, int n, void* const* planes) {
-  int i = 0;
-  for (; i + 8 <= n; i += 8) {
-    bool side_by_side = true;
-    for (int j = 1; j < 8; ++j) side_by_side &= node[i + j] == node[i] + j;
-    if (side_by_side && (node[i] & 63) <= 56) {
-      Element* plane = static_cast<Element*>(planes[node[i] >> 6]);
-      __builtin_memcpy(plane + (node[i] & 63), values + i, 8 * sizeof(Element));
-    } else {
-      for (int j = i; j < i + 8; ++j) static_cast<Element*>(planes[node[j] >> 6])[node[j] & 63] = values[j];
-    }
-  }
-  for (; i < n; ++i) static_cast<Element*>(planes[node[i] >> 6])[node[i] & 63] = values[i];
+  store_samples<Element>(stage.node + first, n, planes, [&](int i) { return values[i]; });
 }
 
 // Samples all that is staged, in order, and empties the stage.
-template <GeneralRules rules>
-[[gnu::noinline]] void flush_stage(const StackView& view, StagedSamples& stage, void* const* planes) {
+template <FetchRules rules>
+[[gnu::noinline]] void flush_stage(StackView& view, StagedSamples& stage, void* const* planes) {
+  constexpr int bits = rules.trilinear ? 20 : 21;
+  if (stage.n == 0) return;
+  stage.pad();
+  Range x = range_of(stage.x, padded(stage.n)), y = range_of(stage.y, padded(stage.n));
+  // Indices cut to 16 bits are even only as far as they stay what they were.
+  bool whole = !rules.index_in_16_bits || (x.low >= 0 && y.low >= 0);
+  bool even = whole && view.even_for({x.low >> bits, x.high >> bits}, {y.low >> bits, y.high >> bits},
+                                     range_of(stage.slice, padded(stage.n)));
   for (int first = 0; first < stage.n; first += kLanes) {
     int n = stage.n - first < kLanes ? stage.n - first : kLanes;
-    Lanes<ElementOf<rules.voxel>> values;
-    if constexpr (rules.slice_half) {
-      sample_stack_nearest<rules>(view, stage, first, n, values.at);
+    if constexpr (rules.trilinear) {
+      sample_trilinear_block<rules>(view, even, stage, first, n, planes);
     } else {
-      sample_stack_trilinear<rules>(view, stage, first, n, values.at);
+      sample_nearest_block<rules>(view, even, stage, first, n, planes);
     }
-    scatter(values.at, stage.node + first, n, planes);
   }
   stage.n = 0;
 }

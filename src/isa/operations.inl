@@ -13,19 +13,19 @@ namespace {
 
 // The two routines of each parallel nearest operation.
 int zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_OneRegion(const zox_Rays* rays, int nrays,
-                                                                int min_samples, int max_samples,
+                                                                int /*min_samples*/, int max_samples,
                                                                 const zox_Volume* volume) {
-  return cast_one_region<Voxel::k8U>(*rays, nrays, min_samples, max_samples, *volume);
+  return cast_one_region<kOneRegion8U>(*rays, nrays, max_samples, *volume);
 }
 int zox_Volume_RayCast_General_Parallel_Nearest_16S_16S_OneRegion(const zox_Rays* rays, int nrays,
-                                                                  int min_samples, int max_samples,
+                                                                  int /*min_samples*/, int max_samples,
                                                                   const zox_Volume* volume) {
-  return cast_one_region<Voxel::k16S>(*rays, nrays, min_samples, max_samples, *volume);
+  return cast_one_region<kOneRegion16S>(*rays, nrays, max_samples, *volume);
 }
 int zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_OneRegion(const zox_Rays* rays, int nrays,
-                                                                 int min_samples, int max_samples,
+                                                                 int /*min_samples*/, int max_samples,
                                                                  const zox_Volume* volume) {
-  return cast_one_region<Voxel::kBit>(*rays, nrays, min_samples, max_samples, *volume);
+  return cast_one_region<kOneRegionBit>(*rays, nrays, max_samples, *volume);
 }
 int zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_MultiRegion(const zox_Rays* rays, int nrays,
                                                                   int max_samples, const zox_Volume* volume) {

@@ -1,0 +1,109 @@
+// The few vector operations that loops over lanes cannot say: picking some lanes out of a vector
+// and packing them. kVector lanes of 32 bits; the base set, which cannot pack, has none.
+#pragma once
+
+#include <immintrin.h>
+#include <stdint.h>
+
+namespace zox::ZOX_SET {
+namespace {
+
+#if defined(__AVX512F__)
+
+#define ZOX_HAS_PACKING 1
+constexpr int kVector = 16;
+using Vector = __m512i;
+using Mask = __mmask16;
+
+inline Vector load_vector(const int* from) { return _mm512_load_si512(from); }
+inline void store_vector(int* to, Vector v) { _mm512_store_si512(to, v); }
+inline void store_anywhere(int* to, Vector v) { _mm512_storeu_si512(to, v); }
+inline Vector broadcast(int v) { return _mm512_set1_epi32(v); }
+inline Mask equal(Vector a, Vector b) { return _mm512_cmpeq_epi32_mask(a, b); }
+inline Mask both(Mask a, Mask b) { return a & b; }
+inline unsigned bits_of(Mask m) { return m; }
+inline Vector select(Mask m, Vector yes, Vector no) { return _mm512_mask_mov_epi32(no, m, yes); }
+inline Vector sum(Vector a, Vector b) { return _mm512_add_epi32(a, b); }
+inline Vector add_where(Mask m, Vector a, Vector b) { return _mm512_mask_add_epi32(a, m, a, b); }
+template <int bits>
+Vector shift_right(Vector v) {
+  return _mm512_srai_epi32(v, bits);
+}
+inline int lowest_of(Vector v) { return _mm512_reduce_min_epi32(v); }
+
+struct Packing {
+  Mask mask;
+  explicit Packing(unsigned bits) : mask(static_cast<Mask>(bits)) {}
+  Vector operator()(Vector v) const { return _mm512_maskz_compress_epi32(mask, v); }
+};
+
+#elif defined(__AVX2__)
+
+#define ZOX_HAS_PACKING 1
+constexpr int kVector = 8;
+using Vector = __m256i;
+using Mask = __m256i;
+
+inline Vector load_vector(const int* from) {
+  return _mm256_load_si256(reinterpret_cast<const __m256i*>(from));
+}
+inline void store_vector(int* to, Vector v) { _mm256_store_si256(reinterpret_cast<__m256i*>(to), v); }
+inline void store_anywhere(int* to, Vector v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), v); }
+inline Vector broadcast(int v) { return _mm256_set1_epi32(v); }
+inline Mask equal(Vector a, Vector b) { return _mm256_cmpeq_epi32(a, b); }
+inline Mask both(Mask a, Mask b) { return _mm256_and_si256(a, b); }
+inline unsigned bits_of(Mask m) { return static_cast<unsigned>(_mm256_movemask_ps(_mm256_castsi256_ps(m))); }
+inline Vector select(Mask m, Vector yes, Vector no) { return _mm256_blendv_epi8(no, yes, m); }
+inline Vector sum(Vector a, Vector b) { return _mm256_add_epi32(a, b); }
+inline Vector add_where(Mask m, Vector a, Vector b) { return _mm256_add_epi32(a, _mm256_and_si256(m, b)); }
+template <int bits>
+Vector shift_right(Vector v) {
+  return _mm256_srai_epi32(v, bits);
+}
+inline int lowest_of(Vector v) {
+  __m128i low = _mm_min_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
+  low = _mm_min_epi32(low, _mm_shuffle_epi32(low, 0x4E));
+  low = _mm_min_epi32(low, _mm_shuffle_epi32(low, 0xB1));
+  return _mm_cvtsi128_si32(low);
+}
+
+// For each set of 8 lanes, their numbers moved together.
+struct PackingTable {
+  alignas(8) uint8_t order[256][8] = {};
+  constexpr PackingTable() {
+    for (int mask = 0; mask < 256; ++mask) {
+      for (int lane = 0, n = 0; lane < 8; ++lane) {
+        if (mask >> lane & 1) order[mask][n++] = static_cast<uint8_t>(lane);
+      }
+    }
+  }
+};
+constexpr PackingTable kPackingTable;
+
+struct Packing {
+  __m256i order;
+  explicit Packing(unsigned bits)
+      : order(_mm256_cvtepu8_epi32(
+            _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kPackingTable.order[bits])))) {}
+  Vector operator()(Vector v) const { return _mm256_permutevar8x32_epi32(v, order); }
+};
+
+#else
+
+#define ZOX_HAS_PACKING 0
+constexpr int kVector = 4;
+
+#endif
+
+// Whether eight numbers follow one another.
+inline bool consecutive_8(const int* number) {
+  __m128i first = _mm_set1_epi32(number[0]);
+  __m128i low = _mm_sub_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(number)), first);
+  __m128i high = _mm_sub_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(number + 4)), first);
+  __m128i right = _mm_and_si128(_mm_cmpeq_epi32(low, _mm_set_epi32(3, 2, 1, 0)),
+                                _mm_cmpeq_epi32(high, _mm_set_epi32(7, 6, 5, 4)));
+  return _mm_movemask_epi8(right) == 0xFFFF;
+}
+
+}  // namespace
+}  // namespace zox::ZOX_SET
