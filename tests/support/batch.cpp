@@ -21,8 +21,13 @@ GuardedBuffer sealed_copy(const std::vector<T>& values, size_t count, Random& ra
 }  // namespace
 
 Batch::Batch(const Caster& caster, uint64_t seed, Validity validity, Slices slices)
-    : caster_(caster), seed_(seed), validity_(validity), slices_(slices) {
-  Random random(seed * kCasterCount + static_cast<uint64_t>(&caster - kCasters));
+    : Batch(caster, Random(seed * kCasterCount + static_cast<uint64_t>(&caster - kCasters)), validity,
+            slices) {
+  seed_ = seed;
+}
+
+Batch::Batch(const Caster& caster, Random random, Validity validity, Slices slices)
+    : caster_(caster), validity_(validity), slices_(slices) {
   pattern_ = static_cast<uint8_t>(random.whole(1, 254));
   if (caster.blocked()) {
     make_blocked(random);
@@ -136,7 +141,7 @@ void Batch::cut_to_general(bool beyond) {
 }
 
 // Numbers the slices so that the samples fall into them, cuts rays that need too many, sets
-// nslices, and returns the samples that are read.
+// nslices, and returns the samples.
 std::vector<Voxel> Batch::fit_slices(bool beyond, Random& random) {
   const bool one_region = takes_one_region_path(caster_, volume_, rays_);
   std::vector<std::vector<Voxel>> paths;
@@ -164,10 +169,7 @@ std::vector<Voxel> Batch::fit_slices(bool beyond, Random& random) {
   if (beyond && !one_region) slices = random.whole(random.chance(0.1) ? -3 : 0, slices);
   volume_.nslices = slices;
   std::vector<Voxel> samples;
-  for (const std::vector<Voxel>& path : paths) {
-    std::copy_if(path.begin(), path.end(), std::back_inserter(samples),
-                 [&](const Voxel& v) { return v.z >= 0 && v.z < slices; });
-  }
+  for (const std::vector<Voxel>& path : paths) samples.insert(samples.end(), path.begin(), path.end());
   return samples;
 }
 

@@ -24,6 +24,8 @@ class Batch {
  public:
   Batch(const Caster& caster, uint64_t seed, Validity validity = Validity::kBeyond,
         Slices slices = Slices::kAnywhere);
+  // From any source of chance: a fuzzer's bytes.
+  Batch(const Caster& caster, Random random, Validity validity, Slices slices = Slices::kAnywhere);
 
   const zox_Volume& volume() const { return volume_; }
   const zox_Rays& rays() const { return rays_; }
@@ -51,7 +53,7 @@ class Batch {
   void seal_rays(Random& random);
 
   const Caster& caster_;
-  uint64_t seed_;
+  uint64_t seed_ = 0;
   Validity validity_;
   Slices slices_;
   uint8_t pattern_;

@@ -1,6 +1,7 @@
 // The one source of chance in the tests: a seed makes the same batch everywhere.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <initializer_list>
 
@@ -10,12 +11,16 @@ class Random {
  public:
   explicit Random(uint64_t seed) : state_(seed * 0x9E3779B97F4A7C15u + 0x1234567u) {}
 
+  // Decided by a fuzzer's bytes, two for every draw, which must outlive this; then as seed 0.
+  Random(const uint8_t* bytes, size_t size) : state_(0x1234567u), bytes_(bytes), bytes_left_(size) {}
+
   // splitmix64: every seed, also 0 and its neighbours, starts an unrelated stream.
   uint64_t bits() {
-    uint64_t z = (state_ += 0x9E3779B97F4A7C15u);
-    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
-    z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
-    return z ^ (z >> 31);
+    if (bytes_left_ < 2) return mix(state_ += 0x9E3779B97F4A7C15u);
+    const uint64_t drawn = bytes_[0] | static_cast<uint64_t>(bytes_[1]) << 8;
+    bytes_ += 2;
+    bytes_left_ -= 2;
+    return mix(drawn * 0x9E3779B97F4A7C15u);
   }
 
   // A whole number from low to high, both included.
@@ -38,7 +43,15 @@ class Random {
   }
 
  private:
+  static uint64_t mix(uint64_t z) {
+    z = (z ^ (z >> 30)) * 0xBF58476D1CE4E5B9u;
+    z = (z ^ (z >> 27)) * 0x94D049BB133111EBu;
+    return z ^ (z >> 31);
+  }
+
   uint64_t state_;
+  const uint8_t* bytes_ = nullptr;
+  size_t bytes_left_ = 0;
 };
 
 }  // namespace zox_test

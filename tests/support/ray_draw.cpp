@@ -6,11 +6,12 @@
 namespace zox_test {
 namespace {
 
-enum class Grid { kAny, kWhole, kHalf, kQuarter, kUnit, kHalfUnit };
+// Tenths are no doubles: their sums miss whole numbers by a last bit, this way or that.
+enum class Grid { kAny, kWhole, kHalf, kQuarter, kTenth, kUnit, kHalfUnit };
 
 Grid draw_grid(Random& random) {
-  return random.pick(
-      {Grid::kAny, Grid::kAny, Grid::kWhole, Grid::kHalf, Grid::kQuarter, Grid::kUnit, Grid::kHalfUnit});
+  return random.pick({Grid::kAny, Grid::kAny, Grid::kWhole, Grid::kHalf, Grid::kQuarter, Grid::kTenth,
+                      Grid::kUnit, Grid::kHalfUnit});
 }
 
 double snap(double value, Grid grid, double unit) {
@@ -23,6 +24,8 @@ double snap(double value, Grid grid, double unit) {
       return std::floor(value * 2 + 0.5) / 2;
     case Grid::kQuarter:
       return std::floor(value * 4 + 0.5) / 4;
+    case Grid::kTenth:
+      return std::floor(value * 10 + 0.5) / 10;
     case Grid::kUnit:
       return std::floor(value / unit + 0.5) * unit;
     case Grid::kHalfUnit:
@@ -159,6 +162,27 @@ void spread_to_threshold(const Room& room, DrawnRays& rays, Random& random) {
       random.chance(0.5) ? distance : -distance;
 }
 
+// Parallel blocked casters weigh the step against the rays' spacing, x at a twelfth or a sixth: one of
+// the two along x and the other along z, in proportions around both weights. Starts half a unit or
+// a last bit below where another voxel begins make the two ways of walking differ.
+void spread_around_weights(const Caster& caster, const Room& room, DrawnRays& rays, Random& random) {
+  const double ratio = random.pick({1.0 / 12, 1.0 / 6, random.real(1.0 / 14, 1.0 / 5)});
+  const size_t wide = random.chance(0.5) ? 0 : 2;
+  // In doubles only starts far smaller than their distances lose bits on the one way alone.
+  const bool fixed = caster.trilinear() && caster.element_size == 1;
+  const double sign = fixed && random.chance(0.5) ? -1 : 1;
+  if (!fixed) rays.starts[0][wide] = random.real(0, 0.5);
+  for (size_t r = 1; r < rays.starts.size(); ++r) {
+    const double seam =
+        std::floor(rays.starts[0][wide]) + sign * static_cast<double>(r) + (caster.trilinear() ? 0.0 : 0.5);
+    rays.starts[r] = rays.starts[0];
+    rays.starts[r][wide] = fixed ? seam - room.unit / 2 : std::nextafter(seam, 0);
+  }
+  Vector step{};
+  step[2 - wide] = sign * (wide == 0 ? ratio : 1 / ratio);
+  rays.steps.assign(rays.steps.size(), step);
+}
+
 // Nobody reads the step of a ray with one sample, so it may be anything.
 void draw_unread_steps(const Caster& caster, DrawnRays& rays, Random& random) {
   for (size_t r = 0; r < rays.steps.size(); ++r) {
@@ -194,6 +218,8 @@ DrawnRays draw_rays(const Caster& caster, const Room& room, Random& random) {
   }
   if (caster.parallel() && room.marks.size() == 2 && random.chance(0.3))
     spread_to_threshold(room, rays, random);
+  if (caster.blocked() && caster.parallel() && random.chance(0.1))
+    spread_around_weights(caster, room, rays, random);
   if (!room.strict && random.chance(0.05)) draw_unread_steps(caster, rays, random);
   return rays;
 }

@@ -10,8 +10,9 @@ namespace {
 
 // Where pointers lead that nobody may follow.
 uint8_t* nowhere() {
-  static const GuardedBuffer last_page(4096, GuardedBuffer::Flush::kEnd);
-  return last_page.data() + 4096;
+  // Never freed: the pool of pages is gone before statics are.
+  static const auto* const last_page = new GuardedBuffer(4096, GuardedBuffer::Flush::kEnd);
+  return last_page->data() + 4096;
 }
 
 const void* address(const uint8_t* base, int64_t offset) {
@@ -59,9 +60,10 @@ SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, 
     : table_(sizeof(void*) * static_cast<size_t>(std::max(0, slices)), random),
       buffer_of_slice_(static_cast<size_t>(std::max(0, slices)), -1) {
   std::vector<bool> used(buffer_of_slice_.size());
+  const int reach = caster.trilinear() ? 1 : 0;
   for (const Voxel& v : samples) {
-    used[static_cast<size_t>(v.z)] = true;
-    if (caster.trilinear()) used[static_cast<size_t>(v.z) + 1] = true;
+    for (int s = v.z; v.z >= 0 && v.z < slices - reach && s <= v.z + reach; ++s)
+      used[static_cast<size_t>(s)] = true;
   }
   const Extent bytes = draw_row_offsets(caster, samples, sums_in_32_bits(caster, one_region), strict, random);
   place_slices(used, bytes, caster.element_size, apart, random);

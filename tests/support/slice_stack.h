@@ -13,7 +13,8 @@ class SliceStack {
  public:
   SliceStack() = default;
 
-  // `samples` are the voxels that are read; `slices` is the length of the table of slice pointers.
+  // `samples` are the voxels that are read, or would be if their slice were there: their rows and
+  // columns exist. `slices` is the length of the table of slice pointers.
   // `one_region` says that the samples are read on the one-region path. `apart` gives every slice
   // pages of its own; otherwise that is left to chance. `strict`: no offsets beyond what the
   // documentation allows.

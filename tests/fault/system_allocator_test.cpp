@@ -1,0 +1,115 @@
+// Every system allocation of every operation failed in turn, on every instruction set.
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "batch.h"
+#include "effort.h"
+#include "scratch_case.h"
+#include "targets.h"
+#include "watched_malloc.h"
+
+namespace zox_test {
+namespace {
+
+constexpr int kBatches = 50;
+
+using Parameter = std::tuple<int, int>;
+
+class SystemAllocator : public testing::TestWithParam<Parameter> {
+ protected:
+  void SetUp() override {
+    target_ = all_targets()[static_cast<size_t>(std::get<1>(GetParam()))];
+    if (!target_.supported()) GTEST_SKIP() << "this processor lacks " << target_.name;
+  }
+
+  const Caster& caster_ = kCasters[std::get<0>(GetParam())];
+  Target target_{};
+};
+
+// What zox_Malloc makes of the library's requests.
+std::vector<size_t> system_requests(const std::vector<int32_t>& requests, size_t count) {
+  std::vector<size_t> sizes;
+  for (size_t i = 0; i < count; ++i) sizes.push_back(static_cast<size_t>(requests[i]) + 72);
+  return sizes;
+}
+
+void expect_nothing_kept(const std::string& what) {
+  EXPECT_TRUE(watched_malloc.live.empty()) << what;
+  EXPECT_FALSE(watched_malloc.freed_unknown) << what;
+}
+
+void fail_each_allocation(const Caster& caster, zox::RayCast cast, const ScratchSize& size) {
+  ScratchCase batch(caster, size);
+  const std::vector<int32_t> requests = scratch_requests(caster, size);
+  const std::string what = to_string(caster, size);
+  for (size_t n = 1; n <= requests.size() + 1; ++n) {
+    const bool fails = n <= requests.size();
+    batch.clear_planes();
+    watched_malloc.start(n);
+    const int status = cast(batch.volume(), batch.rays());
+    watched_malloc.stop();
+    ASSERT_EQ(fails ? ZOX_STS_NO_MEMORY : ZOX_STS_NO_ERROR, status) << what;
+    ASSERT_EQ(system_requests(requests, fails ? n : requests.size()), watched_malloc.requests) << what;
+    expect_nothing_kept(what);
+    ASSERT_TRUE(fails ? batch.planes_untouched() : batch.planes_right()) << what << ", failed request " << n;
+  }
+}
+
+TEST_P(SystemAllocator, EachFailureIsReportedAndLeavesNothing) {
+  if (caster_.blocked()) return;
+  for (const ScratchSize& size : scratch_sizes(caster_)) {
+    fail_each_allocation(caster_, target_.cast(caster_), size);
+    if (HasFatalFailure()) return;
+  }
+}
+
+TEST_P(SystemAllocator, BlockedCastersAskForNothing) {
+  if (!caster_.blocked()) return;
+  const Seeds chosen = seeds(7000000, kBatches);
+  for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
+    Batch batch(caster_, seed);
+    watched_malloc.start();
+    target_.cast(caster_)(&batch.volume(), &batch.rays());
+    watched_malloc.stop();
+    ASSERT_TRUE(watched_malloc.requests.empty()) << batch.describe();
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Fault, SystemAllocator,
+                         testing::Combine(testing::Range(0, kCasterCount),
+                                          testing::Range(0, static_cast<int>(all_targets().size()))),
+                         [](const testing::TestParamInfo<Parameter>& info) {
+                           return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
+                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))].name;
+                         });
+
+// The maxima and the window/level mapping work in their arguments alone.
+TEST(SystemAllocatorOthers, AskForNothing) {
+  uint8_t byte_plane[3] = {1, 2, 3}, byte_maxima[3], mask[1] = {0xFF}, mapped[3];
+  int16_t word_plane[3] = {1, 2, 3}, word_maxima[3];
+  void* byte_planes[] = {byte_plane};
+  void* word_planes[] = {word_plane};
+  const int32_t counts[] = {1, 1, 1};
+  const zox_Rays bytes{byte_planes, 3, nullptr, nullptr, counts};
+  const zox_Rays words{word_planes, 3, nullptr, nullptr, counts};
+  for (const zox::Operations* set : zox::kAllOperations) {
+    if (!set->supported()) continue;
+    watched_malloc.start();
+    set->find_max_8u(&bytes, byte_maxima);
+    set->find_max_16s(&words, word_maxima);
+    set->find_max_bmask_8u(&bytes, mask, byte_maxima);
+    set->find_max_bmask_16s(&words, mask, word_maxima);
+    set->find_max_cmask_8u(&bytes, mask, 0, byte_maxima);
+    set->find_max_cmask_16s(&words, mask, 0, word_maxima);
+    set->window_level_16s_8u(word_plane, mapped, 3, 0, 100, 0, 255);
+    watched_malloc.stop();
+    EXPECT_TRUE(watched_malloc.requests.empty()) << set->name;
+  }
+}
+
+}  // namespace
+}  // namespace zox_test
