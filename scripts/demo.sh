@@ -14,7 +14,7 @@ esac
 
 scripts/deps.sh build tools demo
 
-demo=build/demo
+demo=$PWD/build/demo
 mkdir -p "$demo"
 if ! {
   cmake --preset release && cmake --build --preset release --parallel "$(nproc)" --target zox_volume zox-mip

@@ -9,10 +9,14 @@
 
 namespace {
 
-bool in_ellipsoid(const Point& p, const Point& centre, const Point& radius) {
+// At most 1 inside an ellipsoid.
+double distance(const Point& p, const Point& centre, const Point& radius) {
   return std::pow((p[0] - centre[0]) / radius[0], 2) + std::pow((p[1] - centre[1]) / radius[1], 2) +
-             std::pow((p[2] - centre[2]) / radius[2], 2) <=
-         1;
+         std::pow((p[2] - centre[2]) / radius[2], 2);
+}
+
+bool in_ellipsoid(const Point& p, const Point& centre, const Point& radius) {
+  return distance(p, centre, radius) <= 1;
 }
 
 bool in_vessel(const Point& p, double phase) {
@@ -24,12 +28,13 @@ bool in_vessel(const Point& p, double phase) {
 // As docs/zox-mip.md describes the phantom, the last shape first.
 double phantom_value(const Point& p) {
   if (in_vessel(p, 0)) return 1000;
-  if (in_vessel(p, M_PI)) return 700;
+  if (in_vessel(p, M_PI)) return 800;
   if (in_ellipsoid(p, {73, 10, -15}, {6, 6, 6})) return 1000;
   if (in_ellipsoid(p, {-28, -74, -10}, {14, 16, 12})) return 20;
   if (in_ellipsoid(p, {28, -74, -10}, {14, 16, 12})) return 20;
-  if (in_ellipsoid(p, {0, 4, 6}, {61, 74, 68})) return 30;
-  if (in_ellipsoid(p, {0, 4, 6}, {67, 80, 74})) return 400;
+  const double brain = distance(p, {0, 4, 6}, {61, 74, 68});
+  if (brain <= 1) return std::floor(100 + 500 * (1 - brain));
+  if (in_ellipsoid(p, {0, 4, 6}, {67, 80, 74})) return 350;
   if (in_ellipsoid(p, {0, -86, -18}, {9, 9, 12})) return 40;
   if (in_ellipsoid(p, {0, 4, 0}, {74, 88, 84})) return 40;
   return -1000;

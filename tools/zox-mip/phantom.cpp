@@ -14,7 +14,8 @@ constexpr int16_t kAir = -1000;
 struct Ellipsoid {
   Vec3 centre;  // millimetres from the middle of the volume
   Vec3 radius;
-  int16_t value;
+  int16_t value;    // at the surface
+  double rise = 0;  // to the centre, with the square of the distance
 };
 
 // In the order of painting: a later shape covers an earlier one. The ear ring is on the left side
@@ -22,8 +23,8 @@ struct Ellipsoid {
 constexpr Ellipsoid kShapes[] = {
     {{0, 4, 0}, {74, 88, 84}, 40},        // skin and flesh
     {{0, -86, -18}, {9, 9, 12}, 40},      // nose
-    {{0, 4, 6}, {67, 80, 74}, 400},       // skull
-    {{0, 4, 6}, {61, 74, 68}, 30},        // brain
+    {{0, 4, 6}, {67, 80, 74}, 350},       // skull
+    {{0, 4, 6}, {61, 74, 68}, 100, 500},  // brain
     {{28, -74, -10}, {14, 16, 12}, 20},   // left orbit
     {{-28, -74, -10}, {14, 16, 12}, 20},  // right orbit
     {{73, 10, -15}, {6, 6, 6}, 1000},     // left ear ring
@@ -34,20 +35,21 @@ struct Vessel {
   double phase;
   int16_t value;
 };
-constexpr Vessel kVessels[] = {{std::numbers::pi, 700}, {0, 1000}};
+constexpr Vessel kVessels[] = {{std::numbers::pi, 800}, {0, 1000}};
 constexpr double kVesselBottom = -48;
 constexpr double kVesselTop = 60;
 constexpr double kVesselTurn = 54;  // millimetres of height for one turn
 constexpr double kVesselOrbit = 32;
 constexpr double kVesselRadius = 4;
 
-bool is_inside(const Ellipsoid& shape, const Vec3& point) {
+// 0 at the centre, 1 at the surface.
+double squared_distance(const Ellipsoid& shape, const Vec3& point) {
   double sum = 0;
   for (int axis = 0; axis < 3; ++axis) {
     const double share = (point[axis] - shape.centre[axis]) / shape.radius[axis];
     sum += share * share;
   }
-  return sum <= 1;
+  return sum;
 }
 
 bool is_inside(const Vessel& vessel, const Vec3& point) {
@@ -60,8 +62,10 @@ bool is_inside(const Vessel& vessel, const Vec3& point) {
 
 int16_t value_at(const Vec3& point) {
   int16_t value = kAir;
-  for (const Ellipsoid& shape : kShapes)
-    if (is_inside(shape, point)) value = shape.value;
+  for (const Ellipsoid& shape : kShapes) {
+    const double squared = squared_distance(shape, point);
+    if (squared <= 1) value = static_cast<int16_t>(shape.value + shape.rise * (1 - squared));
+  }
   for (const Vessel& vessel : kVessels)
     if (is_inside(vessel, point)) value = vessel.value;
   return value;
