@@ -117,6 +117,11 @@ void operator delete[](void* block) noexcept { std::free(block); }
 void operator delete(void* block, size_t) noexcept { std::free(block); }
 void operator delete[](void* block, size_t) noexcept { std::free(block); }
 
+// Other forms of new stay the sanitizer's.
+extern "C" const char* __asan_default_options() {
+  return "alloc_dealloc_mismatch=0:allocator_may_return_null=1";
+}
+
 // What the format readers keep when they fail is theirs.
 extern "C" const char* __lsan_default_suppressions() { return "leak:libITK\nleak:libnifti\nleak:libznz\n"; }
 
