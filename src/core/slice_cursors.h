@@ -160,8 +160,6 @@ class SliceCursors {
   int region_[kLanes];  // the one to enter next
 };
 
-#if ZOX_HAS_PACKING
-
 template <GeneralRules rules>
 template <class Flush>
 int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Flush flush) {
@@ -174,10 +172,10 @@ int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Fl
   Vector position = load_vector(&c.position[group]), node = load_vector(&c.node[group]);
   for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(slice, wanted)) {
     Packing packed(bits);
-    store_anywhere(stage.x + stage.n, packed(x));
-    store_anywhere(stage.y + stage.n, packed(y));
-    if constexpr (!rules.slice_half) store_anywhere(stage.position + stage.n, packed(position));
-    store_anywhere(stage.node + stage.n, packed(node));
+    packed.append(stage.x + stage.n, x);
+    packed.append(stage.y + stage.n, y);
+    if constexpr (!rules.slice_half) packed.append(stage.position + stage.n, position);
+    packed.append(stage.node + stage.n, node);
     store_anywhere(stage.slice + stage.n, wanted);
     stage.n += s >= 0 ? __builtin_popcount(bits) : 0;
     Mask ended = both(on, equal(node, load_vector(&c.last_node[group])));
@@ -203,51 +201,6 @@ int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Fl
   store_vector(&c.node[group], node), store_vector(&c.slice[group], slice);
   return lowest_of(slice);
 }
-
-#else
-
-template <GeneralRules rules>
-template <class Flush>
-int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Flush flush) {
-  CursorLanes& c = lanes_;
-  int lowest = kNoSlice;
-  for (int i = group; i < group + kVector; ++i) {
-    while (c.slice[i] == s) {
-      int x = c.x[i], y = c.y[i], position = c.position[i], node = c.node[i], slice = s;
-      const int last_node = c.last_node[i], first_slice = c.first_slice[i];
-      const int x_step = c.x_step[i], y_step = c.y_step[i], node_step = c.node_step[i];
-      const int position_step = c.position_step[i];
-      int n = stage.n;
-      bool ended = false;
-      do {
-        stage.x[n] = x;
-        stage.y[n] = y;
-        stage.position[n] = position;
-        stage.node[n] = node;
-        stage.slice[n] = s;
-        n += s >= 0;
-        ended = node == last_node;
-        x = wrap_add(x, x_step);
-        y = wrap_add(y, y_step);
-        position = wrap_add(position, position_step);
-        node += node_step;
-        slice = slice_of<rules>(position, first_slice);
-      } while (slice == s && !ended && n < kStage);
-      stage.n = n;
-      c.x[i] = x;
-      c.y[i] = y;
-      c.position[i] = position;
-      c.node[i] = node;
-      c.slice[i] = ended ? kNoSlice : slice;
-      if (ended && regions_.n > 1) enter_region(i);
-      if (stage.full()) flush(stage);
-    }
-    lowest = c.slice[i] < lowest ? c.slice[i] : lowest;
-  }
-  return lowest;
-}
-
-#endif
 
 }  // namespace
 }  // namespace zox::ZOX_SET

@@ -1,5 +1,5 @@
 // The few vector operations that loops over lanes cannot say: picking some lanes out of a vector
-// and packing them. kVector lanes of 32 bits; the base set, which cannot pack, has none.
+// and packing them. kVector lanes of 32 bits.
 #pragma once
 
 #include <immintrin.h>
@@ -10,7 +10,6 @@ namespace {
 
 #if defined(__AVX512F__)
 
-#define ZOX_HAS_PACKING 1
 constexpr int kVector = 16;
 using Vector = __m512i;
 using Mask = __mmask16;
@@ -34,12 +33,11 @@ inline int lowest_of(Vector v) { return _mm512_reduce_min_epi32(v); }
 struct Packing {
   Mask mask;
   explicit Packing(unsigned bits) : mask(static_cast<Mask>(bits)) {}
-  Vector operator()(Vector v) const { return _mm512_maskz_compress_epi32(mask, v); }
+  void append(int* to, Vector v) const { store_anywhere(to, _mm512_maskz_compress_epi32(mask, v)); }
 };
 
 #elif defined(__AVX2__)
 
-#define ZOX_HAS_PACKING 1
 constexpr int kVector = 8;
 using Vector = __m256i;
 using Mask = __m256i;
@@ -85,13 +83,53 @@ struct Packing {
   explicit Packing(unsigned bits)
       : order(_mm256_cvtepu8_epi32(
             _mm_loadl_epi64(reinterpret_cast<const __m128i*>(kPackingTable.order[bits])))) {}
-  Vector operator()(Vector v) const { return _mm256_permutevar8x32_epi32(v, order); }
+  void append(int* to, Vector v) const { store_anywhere(to, _mm256_permutevar8x32_epi32(v, order)); }
 };
 
 #else
 
-#define ZOX_HAS_PACKING 0
 constexpr int kVector = 4;
+using Vector = __m128i;
+using Mask = __m128i;
+
+inline Vector load_vector(const int* from) { return _mm_load_si128(reinterpret_cast<const __m128i*>(from)); }
+inline void store_vector(int* to, Vector v) { _mm_store_si128(reinterpret_cast<__m128i*>(to), v); }
+inline void store_anywhere(int* to, Vector v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v); }
+inline Vector broadcast(int v) { return _mm_set1_epi32(v); }
+inline Mask equal(Vector a, Vector b) { return _mm_cmpeq_epi32(a, b); }
+inline Mask both(Mask a, Mask b) { return _mm_and_si128(a, b); }
+inline unsigned bits_of(Mask m) { return static_cast<unsigned>(_mm_movemask_ps(_mm_castsi128_ps(m))); }
+inline Vector select(Mask m, Vector yes, Vector no) {
+  return _mm_or_si128(_mm_and_si128(m, yes), _mm_andnot_si128(m, no));
+}
+inline Vector sum(Vector a, Vector b) { return _mm_add_epi32(a, b); }
+inline Vector add_where(Mask m, Vector a, Vector b) { return _mm_add_epi32(a, _mm_and_si128(m, b)); }
+template <int bits>
+Vector shift_right(Vector v) {
+  return _mm_srai_epi32(v, bits);
+}
+inline int lowest_of(Vector v) {
+  Vector other = _mm_shuffle_epi32(v, 0x4E);
+  v = select(_mm_cmplt_epi32(v, other), v, other);
+  other = _mm_shuffle_epi32(v, 0xB1);
+  v = select(_mm_cmplt_epi32(v, other), v, other);
+  return _mm_cvtsi128_si32(v);
+}
+
+// Lane by lane, unless all are wanted: SSE2 has no shuffle by a variable.
+struct Packing {
+  unsigned bits;
+  explicit Packing(unsigned wanted) : bits(wanted) {}
+  void append(int* to, Vector v) const {
+    if (bits == 15) return store_anywhere(to, v);
+    alignas(16) int lane[4];
+    store_vector(lane, v);
+    for (int i = 0; i < 4; ++i) {
+      *to = lane[i];
+      to += bits >> i & 1;
+    }
+  }
+};
 
 #endif
 

@@ -118,17 +118,24 @@ void sample_trilinear_block(const StackView& view, bool even, const StagedSample
   store_samples<Element>(stage.node + first, n, planes, [&](int i) { return values[i]; });
 }
 
+// Whether offsets reach all that is staged. Indices that 16 bits would change are left to the
+// tables. The base set does not ask: its vectors cannot multiply, and looking up is quicker.
+template <FetchRules rules>
+bool evenly_apart(StackView& view, StagedSamples& stage) {
+  constexpr int bits = rules.trilinear ? 20 : 21;
+  stage.pad();
+  int n = padded(stage.n);
+  Range x = range_of(stage.x, n), y = range_of(stage.y, n);
+  if (rules.index_in_16_bits && (x.low < 0 || y.low < 0)) return false;
+  return view.even_for({x.low >> bits, x.high >> bits}, {y.low >> bits, y.high >> bits},
+                       range_of(stage.slice, n));
+}
+
 // Samples all that is staged, in order, and empties the stage.
 template <FetchRules rules>
 [[gnu::noinline]] void flush_stage(StackView& view, StagedSamples& stage, void* const* planes) {
-  constexpr int bits = rules.trilinear ? 20 : 21;
   if (stage.n == 0) return;
-  stage.pad();
-  Range x = range_of(stage.x, padded(stage.n)), y = range_of(stage.y, padded(stage.n));
-  // Indices cut to 16 bits are even only as far as they stay what they were.
-  bool whole = !rules.index_in_16_bits || (x.low >= 0 && y.low >= 0);
-  bool even = whole && view.even_for({x.low >> bits, x.high >> bits}, {y.low >> bits, y.high >> bits},
-                                     range_of(stage.slice, padded(stage.n)));
+  bool even = kVector > 4 && evenly_apart<rules>(view, stage);
   for (int first = 0; first < stage.n; first += kLanes) {
     int n = stage.n - first < kLanes ? stage.n - first : kLanes;
     if constexpr (rules.trilinear) {
