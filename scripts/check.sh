@@ -56,6 +56,15 @@ script_errors() {
   sources '*.sh' .ci/run | xargs -r shellcheck --severity=warning --format=gcc || true
 }
 
+# A promise is worth the test it names.
+promises_without_test() {
+  local name
+  grep -oE '\b(abi\.[a-z_]+|[A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+)' docs/guarantees.md | grep -v '\.md$' | sort -u |
+    while read -r name; do
+      grep -rqE "NAME $name( |\$)|\(\w*${name%%.*}\w*, ${name#*.}\)" tests || echo "$name"
+    done
+}
+
 # Every unit of the library by both compilers, warnings being errors here (and only here), then by
 # clang-tidy. A plain conversion of an out-of-range double differs between compilers, so none may
 # stand in the syntax tree: truncate() in src/core/fixed_point.h is the processor's own instruction.
@@ -76,7 +85,9 @@ analyse() {  # unit
 
 analyse_all() {
   local unit
-  sources 'src/*.cpp' | while read -r unit; do analyse "$unit"; done
+  # One line a finding, however many templates and units repeat it.
+  sources 'src/*.cpp' | while read -r unit; do analyse "$unit"; done |
+    grep -E 'error: |warning: |plain cast' | sed "s|^$PWD/||" | sort -u || true
 }
 
 complain "not formatted (clang-format -i)" unformatted
@@ -87,5 +98,6 @@ complain "headers that src does not need" library_headers
 complain "flags that change results" result_changing_flags
 complain "longer than 250 lines" overlong
 complain "shell" script_errors
+complain "docs/guarantees.md names tests that do not exist" promises_without_test
 complain "compilers and clang-tidy" analyse_all
 exit $failed

@@ -76,12 +76,14 @@ emulate() {  # processor, sets that it lacks
 
 stage "packages" scripts/deps.sh build tools test check fuzz
 stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON
-stage "address sanitizer" build_and_test asan build/asan
-stage "undefined sanitizer" build_and_test ubsan build/ubsan
+# Both sanitizers in one build, and -O1: half the time of two builds at -O2.
+sanitizers="-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer -O1 -g1"
+stage "sanitizers" build_and_test debug build/sanitize -DCMAKE_C_FLAGS="$sanitizers" \
+  -DCMAKE_CXX_FLAGS="$sanitizers" -DZOX_BUILD_TOOLS=OFF
 stage "clang" build_and_test clang build/clang
 stage "source checks" scripts/check.sh
 stage "processor without AVX" emulate Opteron_G1 avx2 avx512
 stage "processor with AVX2 only" emulate Haswell avx512
-stage "valgrind" scripts/valgrind.sh
+stage "valgrind" scripts/valgrind.sh build/test
 stage "fuzz" scripts/fuzz.sh 20
 summary

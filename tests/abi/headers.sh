@@ -12,7 +12,7 @@ compile() {  # header compiler language standard
   fi
 }
 
-for header in zox_volume.h zox_volume_names.h; do
+for header in zox_volume.h zox_volume_names.h zox_volume_check.h; do
   for standard in c11 c17; do
     for compiler in gcc clang; do compile $header $compiler c $standard; done
   done
