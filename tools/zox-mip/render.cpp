@@ -127,6 +127,7 @@ Rendering render(Volume& volume, const Options& options, bool show_progress) {
   // All memory is taken here, so that no thread can run out of it.
   std::vector<std::unique_ptr<TileCaster>> casters;
   const int threads = std::min(options.threads, job.tiles());
+  casters.reserve(static_cast<size_t>(threads));
   for (int t = 0; t < threads; ++t)
     casters.push_back(std::make_unique<TileCaster>(packed.record(), volume.type, cast, mask, max_samples));
   {
