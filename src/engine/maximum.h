@@ -3,22 +3,26 @@
 #pragma once
 
 #include "core/lanes.h"
+#include "core/wide.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {
 namespace {
 
-// Which sample indices take part. Asked in ascending order.
+// Which sample indices take part.
 struct AllSamples {
+  static constexpr bool kAll = true;
   bool selects(int) const { return true; }
 };
 
 struct BitMask {  // most significant bit first
+  static constexpr bool kAll = false;
   const uint8_t* mask;
   bool selects(int k) const { return (mask[k >> 3] >> (7 - (k & 7))) & 1; }
 };
 
 struct ByteMask {  // strictly above the threshold, of which only the low byte counts
+  static constexpr bool kAll = false;
   const uint8_t* mask;
   uint8_t threshold;
   bool selects(int k) const { return mask[k] > threshold; }
@@ -27,66 +31,123 @@ struct ByteMask {  // strictly above the threshold, of which only the low byte c
 template <class Element>
 constexpr Element kEmpty = sizeof(Element) == 1 ? 0 : -32768;
 
+// Sample counts are compared in the element's own size, as signed numbers, a run of planes at a
+// time; a limit of kMostPlanes is above every count.
 template <class Element>
-Element larger(Element a, Element b) {
-  return a > b ? a : b;
-}
+constexpr int kMostPlanes = sizeof(Element) == 1 ? 127 : 32767;
 
-// A block of `width` rays: its running maxima stay in registers while the planes pass.
-template <class Element, int width>
-struct MaximumBlock {
-  Element maxima[width];
+// `bytes` of rays side by side, `each` of them to a vector.
+template <class Element, int bytes, int each>
+class MaximumBlock {
+ public:
+  static constexpr int kRays = bytes / int{sizeof(Element)};
 
-  MaximumBlock() {
-    for (int i = 0; i < width; ++i) maxima[i] = kEmpty<Element>;
+  MaximumBlock(const zox_Rays& rays, int first) : rays_(rays), first_(first) {
+    for (auto& m : maximum_.v) m = Vector::all(kEmpty<Element>);
   }
 
-  void add_all(const Element* samples) {
-    for (int i = 0; i < width; ++i) maxima[i] = larger(maxima[i], samples[i]);
-  }
-
-  // Only where the ray still has samples: `on` is all ones there, else 0.
-  void add_where(const Element* samples, const Element* on) {
-    for (int i = 0; i < width; ++i) {
-      Element sample = static_cast<Element>((samples[i] & on[i]) | (kEmpty<Element> & ~on[i]));
-      maxima[i] = larger(maxima[i], sample);
+  template <class Selection>
+  void reduce(Selection selection) {
+    const int32_t* nsamples = rays_.nsamples + first_;
+    int shortest = INT32_MAX, longest = 0;
+    for (int i = 0; i < kRays; ++i) {
+      shortest = nsamples[i] < shortest ? nsamples[i] : shortest;
+      longest = nsamples[i] > longest ? nsamples[i] : longest;
+    }
+    add_planes(0, shortest, selection);
+    for (int k = shortest < 0 ? 0 : shortest; k < longest; k += kMostPlanes<Element>) {
+      int left = longest - k;
+      add_ragged_planes(k, left < kMostPlanes<Element> ? left : kMostPlanes<Element>, selection);
     }
   }
+
+  void store(Element* result) const {
+    for (int i = 0; i < kVectors; ++i) maximum_.v[i].store(result + first_ + i * kPerVector);
+  }
+
+ private:
+  using Vector = Wide<each>;
+  static constexpr int kVectors = bytes / each;
+  struct Registers {
+    Vector v[kVectors];
+  };
+  static constexpr int kPerVector = each / int{sizeof(Element)};
+
+  const Element* samples(int k) const { return static_cast<const Element*>(rays_.planes[k]) + first_; }
+
+  // Planes k .. end - 1, of which every ray has a sample.
+  template <class Selection>
+  void add_planes(int k, int end, Selection selection) {
+    Registers maximum = maximum_;
+    const Vector count = Vector::all(Element{1});
+    for (; k < end; ++k) {
+      const Element* from = samples(k);
+      const Vector limit = Vector::all(static_cast<Element>(selection.selects(k) ? 0 : 1));
+      for (int i = 0; i < kVectors; ++i) {
+        Vector sample = Vector::load(from + i * kPerVector);
+        maximum.v[i] = Selection::kAll ? larger<Element>(maximum.v[i], sample)
+                                       : larger_where<Element>(count, limit, maximum.v[i], sample);
+      }
+    }
+    maximum_ = maximum;
+  }
+
+  // The same where some rays end within these planes.
+  template <class Selection>
+  void add_ragged_planes(int first_plane, int planes, Selection selection) {
+    alignas(64) Element counts[kRays];
+    for (int i = 0; i < kRays; ++i) {
+      int n = rays_.nsamples[first_ + i];
+      int left = n > first_plane ? n - first_plane : 0;
+      counts[i] = static_cast<Element>(left > kMostPlanes<Element> ? kMostPlanes<Element> : left);
+    }
+    Registers maximum = maximum_, count;
+    for (int i = 0; i < kVectors; ++i) count.v[i] = Vector::load(counts + i * kPerVector);
+    for (int k = 0; k < planes; ++k) {
+      const Element* from = samples(first_plane + k);
+      bool selected = selection.selects(first_plane + k);
+      const Vector limit = Vector::all(static_cast<Element>(selected ? k : kMostPlanes<Element>));
+      for (int i = 0; i < kVectors; ++i) {
+        Vector sample = Vector::load(from + i * kPerVector);
+        maximum.v[i] = larger_where<Element>(count.v[i], limit, maximum.v[i], sample);
+      }
+    }
+    maximum_ = maximum;
+  }
+
+  const zox_Rays& rays_;
+  int first_;
+  Registers maximum_;
 };
 
-// The next sample index, after k, at which a ray of the block ends; rays of more than k samples
-// are on until then. Returns k itself when none is left.
-template <class Element, int width>
-int next_event(const int32_t* nsamples, int k, Element* on) {
-  int next = INT32_MAX;
-  bool any = false;
-  for (int i = 0; i < width; ++i) {
-    bool more = nsamples[i] > k;
-    on[i] = more ? static_cast<Element>(-1) : 0;
-    any |= more;
-    int end = more ? nsamples[i] : INT32_MAX;
-    next = end < next ? end : next;
+// Reduces rays in blocks as far as they fill them; the last block then ends at the last ray and
+// may take rays that are done already once more, to the same result. With fewer rays than one
+// block, smaller blocks. Returns the first ray not done.
+template <class Element, int bytes, class Selection>
+int reduce_blocks(const zox_Rays& rays, int first, int n, Selection selection, Element* result) {
+  using Block = MaximumBlock<Element, bytes, (bytes < kWideBytes ? bytes : kWideBytes)>;
+  auto reduce = [&](int at) {
+    Block block(rays, at);
+    block.reduce(selection);
+    block.store(result);
+  };
+  for (; n - first >= Block::kRays; first += Block::kRays) reduce(first);
+  constexpr bool largest = bytes > 64;
+  if (!largest && first < n && n >= Block::kRays) {
+    reduce(n - Block::kRays);
+    first = n;
   }
-  return any ? next : k;
+  return first;
 }
 
-template <class Element, int width, class Selection>
-void find_block(const zox_Rays& rays, int first, Selection selection, Element* result) {
-  MaximumBlock<Element, width> block;
-  alignas(64) Element on[width];
-  const int32_t* nsamples = rays.nsamples + first;
-  int shortest = nsamples[0];
-  for (int i = 1; i < width; ++i) shortest = nsamples[i] < shortest ? nsamples[i] : shortest;
-  int k = 0;
-  for (; k < shortest; ++k) {
-    if (selection.selects(k)) block.add_all(static_cast<const Element*>(rays.planes[k]) + first);
+template <class Element, class Selection>
+Element maximum_of_ray(const zox_Rays& rays, int r, Selection selection) {
+  Element maximum = kEmpty<Element>;
+  for (int k = 0; k < rays.nsamples[r]; ++k) {
+    Element sample = static_cast<const Element*>(rays.planes[k])[r];
+    maximum = selection.selects(k) && sample > maximum ? sample : maximum;
   }
-  for (int end; (end = next_event<Element, width>(nsamples, k, on)) > k;) {
-    for (; k < end; ++k) {
-      if (selection.selects(k)) block.add_where(static_cast<const Element*>(rays.planes[k]) + first, on);
-    }
-  }
-  for (int i = 0; i < width; ++i) result[first + i] = block.maxima[i];
+  return maximum;
 }
 
 // How many rays are processed: a negative odd count means ray 0 alone, as if it were 1.
@@ -94,11 +155,13 @@ inline int rays_to_reduce(int nrays) { return nrays >= 0 ? nrays : nrays & 1; }
 
 template <class Element, class Selection>
 int find_max(const zox_Rays* rays, Selection selection, Element* result) {
-  int n = rays_to_reduce(rays->nrays), first = 0;
-  for (; n - first >= 64; first += 64) find_block<Element, 64>(*rays, first, selection, result);
-  for (; n - first >= 16; first += 16) find_block<Element, 16>(*rays, first, selection, result);
-  for (; n - first >= 4; first += 4) find_block<Element, 4>(*rays, first, selection, result);
-  for (; n - first >= 1; first += 1) find_block<Element, 1>(*rays, first, selection, result);
+  int n = rays_to_reduce(rays->nrays);
+  int first = reduce_blocks<Element, 256>(*rays, 0, n, selection, result);
+  first = reduce_blocks<Element, 64>(*rays, first, n, selection, result);
+  first = reduce_blocks<Element, 16>(*rays, first, n, selection, result);
+  first = reduce_blocks<Element, 8>(*rays, first, n, selection, result);
+  first = reduce_blocks<Element, 4>(*rays, first, n, selection, result);
+  for (; first < n; ++first) result[first] = maximum_of_ray<Element>(*rays, first, selection);
   return ZOX_STS_NO_ERROR;
 }
 

@@ -12,10 +12,12 @@ struct Window {
   int outmin, outmax;
   double slope, offset;
 
-  uint8_t map(int v) const {
-    if (v < lo) return static_cast<uint8_t>(outmin);
-    if (v > hi) return static_cast<uint8_t>(outmax);
-    return static_cast<uint8_t>(truncate(v * slope + offset));
+  // Chosen by masks, not branches: intensities do not come sorted. A mask is all ones exactly
+  // where the value lies outside.
+  int map(int v) const {
+    int below = (v - lo) >> 16, above = (hi - v) >> 16;
+    int mapped = truncate(v * slope + offset);
+    return (below & outmin) | (above & outmax) | (~(below | above) & mapped);
   }
 };
 
@@ -34,18 +36,25 @@ inline bool make_window(int center, int width, int outmin, int outmax, Window& w
   return true;
 }
 
-// 16 values at once. Values outside the window are replaced before they are mapped, so that the
-// mapping needs no range of its own.
-inline void map_16(const Window& window, const int16_t* src, uint8_t* dst) {
-  alignas(64) double mapped[16];
-  alignas(64) int inside[16];
-  for (int i = 0; i < 16; ++i) mapped[i] = src[i] * window.slope + window.offset;
-  truncate_lanes(mapped, inside, 16);
-  for (int i = 0; i < 16; ++i) {
-    int v = src[i];
-    int out = v < window.lo ? window.outmin : inside[i];
-    dst[i] = static_cast<uint8_t>(v > window.hi ? window.outmax : out);
+// n values at once, n a multiple of 16. src and dst do not overlap.
+template <int n>
+void map_block(const Window& window, const int16_t* __restrict src, uint8_t* __restrict dst) {
+  Lanes<double> mapped;
+  Lanes<int> inside;
+  alignas(64) uint8_t out[n];
+  const double slope = window.slope, offset = window.offset;
+  for (int i = 0; i < n; ++i) mapped[i] = src[i] * slope + offset;
+  truncate_lanes(mapped.at, inside.at, n);
+  // Chosen in 16 bits, which hold lo, hi and every value inside the window.
+  const int16_t lo = static_cast<int16_t>(window.lo), hi = static_cast<int16_t>(window.hi);
+  const int16_t outmin = static_cast<int16_t>(window.outmin), outmax = static_cast<int16_t>(window.outmax);
+  for (int i = 0; i < n; ++i) {
+    int16_t value = static_cast<int16_t>(inside[i]);
+    value = src[i] < lo ? outmin : value;
+    value = src[i] > hi ? outmax : value;
+    out[i] = static_cast<uint8_t>(value);
   }
+  __builtin_memcpy(dst, out, n);
 }
 
 inline bool overlap(const int16_t* src, const uint8_t* dst, int len) {
@@ -61,9 +70,10 @@ inline int window_level(const int16_t* src, uint8_t* dst, int len, int center, i
   int i = 0;
   // Buffers that overlap are converted in order, one by one, which makes conversion in place work.
   if (len >= 16 && !overlap(src, dst, len)) {
-    for (; i + 16 <= len; i += 16) map_16(window, src + i, dst + i);
+    for (; i + kLanes <= len; i += kLanes) map_block<kLanes>(window, src + i, dst + i);
+    for (; i + 16 <= len; i += 16) map_block<16>(window, src + i, dst + i);
   }
-  for (; i < len; ++i) dst[i] = window.map(src[i]);
+  for (; i < len; ++i) dst[i] = static_cast<uint8_t>(window.map(src[i]));
   return ZOX_STS_NO_ERROR;
 }
 
