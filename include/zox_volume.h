@@ -25,7 +25,8 @@
  *               __zox_Malloc; every block is released before the call returns.
  * Stack         At most ZOX_STACK_GENERAL_NEAREST bytes for General Nearest (and Bit) operations,
  *               ZOX_STACK_GENERAL_TRILINEAR for General Trilinear ones, ZOX_STACK_OTHER for every
- *               other operation. Give threads that cast General volumes a stack to match.
+ *               other operation, where the library is compiled with optimisation. Give threads that
+ *               cast General volumes a stack to match.
  * Status        An int, ZOX_STS_..., where a function returns int. Each says which it can return.
  * Names         Every operation is exported a second time with two leading underscores; those
  *               names are declared in zox_volume_names.h.
