@@ -52,8 +52,9 @@ int cast_buckets(const zox_Rays& batch, int, int largest, const zox_Volume& volu
   HeapBlock bounds, heads, nodes;
   bool grow = rules.tables == Tables::kGrow;
   int nregions = volume.nregions, nslices = volume.nslices;
-  if (grow && nregions > kStackEntries - 1 && !bounds.take((nregions + 1) * 4)) return ZOX_STS_NO_MEMORY;
-  if (grow && nslices > kStackEntries && !heads.take(nslices * 4)) return ZOX_STS_NO_MEMORY;
+  if (grow && nregions > kStackEntries - 1 && !bounds.take(wrap_mul(wrap_add(nregions, 1), 4)))
+    return ZOX_STS_NO_MEMORY;
+  if (grow && nslices > kStackEntries && !heads.take(wrap_mul(nslices, 4))) return ZOX_STS_NO_MEMORY;
   int node_bytes = static_cast<int>(static_cast<uint32_t>(largest) << rules.node_log2);
   if (largest > kStackSamples && !nodes.take(node_bytes)) return ZOX_STS_NO_MEMORY;
 
