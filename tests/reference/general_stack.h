@@ -99,19 +99,19 @@ struct FixedRay {
 // Calls visit(k, x, y, position, region) for the samples of one ray, where position counts slices
 // in fixed point from the first slice of the region. The position is computed afresh only where
 // the region changes and is stepped everywhere else. A step of one unit or more climbs; all others
-// descend. A sample on a boundary stays in the region that the ray comes from.
+// descend. A sample on a boundary stays in the region that the ray comes from. The first and the last
+// region have no end, so that of one region alone the boundaries do not matter.
 template <typename Visit>
 void walk(const Regions& regions, FixedRay ray, int32_t count, Visit visit) {
-  const bool one_region = regions.last == 0;
   const bool climbs = ray.dz >= 1;
   int32_t region = climbs ? 0 : regions.last;
   int32_t position = regions.in_slices(region, wrap_subtract(ray.z, regions.bounds[region]));
   int32_t advance = regions.in_slices(region, ray.dz);
   for (int32_t k = 0; k < count; ++k) {
     const int32_t before = region;
-    if (!one_region && climbs) {
+    if (climbs) {
       while (region < regions.last && regions.bounds[region + 1] < ray.z) ++region;
-    } else if (!one_region) {
+    } else {
       while (region > 0 && ray.z < regions.bounds[region]) --region;
     }
     if (region != before) {

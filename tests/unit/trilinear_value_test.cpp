@@ -154,15 +154,25 @@ class TermSumValue : public TrilinearValue {
   }
 };
 
-// The terms in their order add up to 254.99999999999997 or ...94. Any two neighbouring terms
-// exchanged, the terms in the order of memory or added in pairs, the factors of a term multiplied in
-// another order, or a fused product and sum give 255 at one of these places at least.
+// At the first three places the terms in their order add up to 254.99999999999997 or ...94. Any two
+// neighbouring terms exchanged, the terms in the order of memory or added in pairs, or a fused
+// product and sum give 255 at one of these at least.
 TEST_P(TermSumValue, OfAConstantVolumeCanFallShort) {
   for (double apart : {0.0, 4.0}) {
     EXPECT_EQ(in_constant({0.4, 0.6, 0.6}, apart), 254);
     EXPECT_EQ(in_constant({0.2, 0.7, 0.6}, apart), 254);
     EXPECT_EQ(in_constant({0.1, 0.1, 0.7}, apart), 254);
     EXPECT_EQ(in_constant({0.5, 0.5, 0.5}, apart), 255);
+  }
+}
+
+// With these, the factors of any single term multiplied in another order change a sample.
+TEST_P(TermSumValue, DependsOnTheOrderOfEveryProduct) {
+  for (double apart : {0.0, 4.0}) {
+    EXPECT_EQ(in_constant({0.35, 0.4, 0.6}, apart), 255);
+    EXPECT_EQ(in_constant({0.45, 0.95, 0.7}, apart), 254);
+    EXPECT_EQ(in_constant({0.65, 0.3, 0.75}, apart), 254);
+    EXPECT_EQ(in_constant({0.3, 0.3, 0.7}, apart), 255);
   }
 }
 
