@@ -1,0 +1,185 @@
+#!/usr/bin/env bash
+# Changes one rule of the library at a time, in a copy, and sees whether the tests notice. The changes
+# are those of scripts/mutations/*.list and every cell of the tables in src/core/op_rules.h. Prints one
+# line when every change is noticed but those proven to change nothing; otherwise the others, and fails.
+#   scripts/mutate.sh [-j JOBS] [WORD]    WORD: only changes that mention it, say a file or a rule
+set -euo pipefail
+cd "$(dirname "$0")/.."
+root=$PWD
+work=$root/build/mutate
+base=$work/base
+
+# ---- One change: the directory holds file, set, old, new and maybe reason --------------------------
+
+read_whole() { cat "$1"; printf x; }  # command substitution drops newlines at the end: keep them, and an x
+
+# The copy of src/ with the change. Fails unless the old text stands in the file exactly once.
+apply_change() {  # directory
+  local file old new text
+  file=$(<"$1/file") old=$(<"$1/old") new=$(<"$1/new")
+  text=$(read_whole "$file") text=${text%x}
+  case $text in
+    *"$old"*"$old"*) echo "the text stands there more than once" >"$1/result"; return 1 ;;
+    *"$old"*) ;;
+    *) echo "no longer applies" >"$1/result"; return 1 ;;
+  esac
+  cp -r src "$1/src"
+  printf '%s' "${text/"$old"/"$new"}" >"$1/$file"
+}
+
+# Compiles the one object that the change concerns, as the build does but unoptimised: a header of the
+# kernels belongs to every set, and one set shows it.
+compile_change() {  # directory
+  local unit command
+  unit=$(<"$1/file")
+  case $unit in
+    src/core/* | src/engine/* | *.inl) unit=src/isa/operations_$(<"$1/set").cpp ;;
+  esac
+  command=$(sed -n "s|^  \"command\": \"\(.*-c $root/$unit\)\",\{0,1\}$|\1|p" "$base/compile_commands.json")
+  command=${command//"$root/src"/"$1/src"}
+  command="${command%% -o *} -O0 -w -o $1/change.o -c ${command##* -c }"
+  bash -c "$command" >"$1/log" 2>&1
+}
+
+# The changed object comes before the library's archive, which then has nothing left to give for it.
+link_test() {  # directory program folder
+  local command
+  command=$(sed "s| -o [^ ]*| -o $1/$2 $1/change.o|" "$base/tests/$3/CMakeFiles/$2.dir/link.txt")
+  (cd "$base/tests/$3" && bash -c "$command") >>"$1/log" 2>&1
+}
+
+# A change may make a test run for ever or take all memory.
+passes() {  # directory program arguments...
+  local program=$1/$2
+  shift 2
+  (
+    ulimit -v 16000000 -c 0
+    GTEST_BRIEF=1 GTEST_FAIL_FAST=1 timeout 300 "$program" "$@" >"${program%/*}/log" 2>&1
+  ) 2>/dev/null
+}
+
+test_change() {  # directory
+  local only
+  only="*$(<"$1/set")*:*exported*"
+  if ! link_test "$1" zox_unit_tests unit; then echo "does not link"
+  elif ! passes "$1" zox_unit_tests; then echo "noticed"
+  elif ! link_test "$1" zox_test_differential differential; then echo "does not link"
+  elif ! ZOX_TEST_SCALE=0.2 passes "$1" zox_test_differential --gtest_filter="$only"; then echo "noticed"
+  elif ! passes "$1" zox_test_differential --gtest_filter="$only"; then echo "noticed"
+  else echo "not noticed"
+  fi
+}
+
+if [ "${1:-}" = --one ]; then
+  directory=$2
+  if apply_change "$directory"; then
+    if compile_change "$directory"; then
+      test_change "$directory" >"$directory/result"
+    else
+      echo "does not compile" >"$directory/result"
+    fi
+  fi
+  rm -rf "$directory/src" "$directory"/change.o "$directory"/zox_*
+  exit
+fi
+
+# ---- All changes ----------------------------------------------------------------------------------
+
+jobs=2
+if [ "${1:-}" = -j ]; then
+  jobs=$2
+  shift 2
+fi
+word=${1:-}
+
+# Lists into directories. A line "@ FILE [SET]" names the file of what follows; a change is its old
+# lines after "- " and its new lines after "+ "; "= " gives the proof that the change changes nothing.
+split_lists() {
+  awk -v out="$work/changes" -v word="$word" '
+    function finish() {
+      if (old == "") return
+      if (word == "" || index(file " " old " " new " " why, word) > 0) {
+        dir = sprintf("%s/%04d", out, ++n)
+        system("mkdir -p " dir)
+        printf "%s", file >(dir "/file"); printf "%s", set >(dir "/set")
+        printf "%s", old >(dir "/old"); printf "%s", new >(dir "/new")
+        if (why != "") { printf "%s", why >(dir "/reason"); close(dir "/reason") }
+        close(dir "/file"); close(dir "/set"); close(dir "/old"); close(dir "/new")
+      }
+      old = new = why = ""
+    }
+    function join_lines(a, b) { return a == "" ? b : a "\n" b }
+    /^@ / { finish(); file = $2; set = NF > 2 ? $3 : "base"; next }
+    /^- / { if (new != "") finish(); old = join_lines(old, substr($0, 3)); next }
+    /^\+ / { new = join_lines(new, substr($0, 3)); next }
+    /^= / { why = join_lines(why, substr($0, 3)); next }
+    END { finish() }' "$@"
+}
+
+# Every cell of the tables, turned into another value; table.equivalent says where that changes nothing.
+table_changes() {
+  awk '
+    BEGIN {
+      split("kTrunc kRound StepOf::kEachRay StepOf::kRay0 Tables::kGrow Tables::kFixed RowSum::k32Bits " \
+            "RowSum::k64Bits 20 21 0 1 9 10 6 12 true false Sampling::kNearest Sampling::kTrilinear " \
+            "Positions::kFixed Positions::kReal Voxel::k8U Voxel::k16S", pair, " ")
+      for (i = 1; i in pair; i += 2) { turned[pair[i]] = pair[i + 1]; turned[pair[i + 1]] = pair[i] }
+      turned["Voxel::kBit"] = "Voxel::k8U"
+    }
+    FNR == NR {
+      if ($0 !~ /^#/ && NF > 2) { key = $1 " " $2; $1 = $2 = ""; reason[key] = substr($0, 3) }
+      next
+    }
+    FNR == 1 { print "@ " FILENAME }
+    /^constexpr [A-Za-z]*Rules k[A-Za-z0-9]* *\{.*\};$/ {
+      row = $3; sub(/\{.*/, "", row)
+      head = $0; sub(/\{.*/, "", head)
+      cells = $0; sub(/^[^{]*\{/, "", cells); sub(/\};$/, "", cells)
+      count = split(cells, cell, /, */)
+      for (c = 1; c <= count; ++c) {
+        line = head "{"
+        for (i = 1; i <= count; ++i) line = line (i > 1 ? ", " : "") (i == c ? turned[cell[i]] : cell[i])
+        if (!(cell[c] in turned)) line = "no other value for " cell[c]
+        print "- " $0
+        print "+ " line "};"
+        if ((row " " c) in reason) print "= " reason[row " " c]
+      }
+    }' scripts/mutations/table.equivalent src/core/op_rules.h
+}
+
+mkdir -p "$work"
+rm -rf "$work/changes"
+split_lists scripts/mutations/*.list <(table_changes)
+[ -d "$work/changes" ] || { echo "mutate.sh: no change mentions '$word'" >&2; exit 2; }
+
+scripts/deps.sh build test
+{
+  cmake -S . -B "$base" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O1 -DZOX_BUILD_TESTS=ON \
+    -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF &&
+    cmake --build "$base" --target zox_unit_tests zox_test_differential -j "$jobs"
+} >"$work/log" 2>&1 </dev/null || { tail -n 40 "$work/log"; exit 1; }
+
+printf '%s\n' "$work"/changes/* | xargs -P "$jobs" -n 1 "$root/scripts/mutate.sh" --one
+
+noticed=0 equivalent=0 failed=0
+for directory in "$work"/changes/*; do
+  result=$(<"$directory/result")
+  case $result in
+    noticed | "does not compile")
+      if [ "$result" = noticed ] && [ ! -e "$directory/reason" ]; then
+        noticed=$((noticed + 1))
+        continue
+      fi
+      [ ! -e "$directory/reason" ] || result="$result, though said to change nothing" ;;
+    "not noticed")
+      if [ -e "$directory/reason" ]; then
+        equivalent=$((equivalent + 1))
+        continue
+      fi ;;
+  esac
+  failed=$((failed + 1))
+  printf '%s (%s): %s\n  - %s\n  + %s\n' "$(<"$directory/file")" "$(<"$directory/set")" "$result" \
+    "$(<"$directory/old")" "$(<"$directory/new")"
+done
+echo "$noticed changes noticed, $equivalent proven to change nothing, $failed to look at"
+[ $failed = 0 ]
