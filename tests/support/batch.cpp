@@ -61,6 +61,19 @@ void Batch::make_blocked(Random& random) {
   }
   draw(room, random);
   cut_to_blocked(volume);
+  if (volume.sparse) fill_sparse(volume, random);
+}
+
+void Batch::fill_sparse(const BlockedVolume& volume, Random& random) {
+  const Contents contents = draw_contents(random);
+  for (int r = 0; r < drawn_.nrays; ++r) {
+    for (const bool second_way : {false, true}) {
+      if (second_way && !caster_.parallel()) continue;
+      for (const Voxel& v : trace(caster_, volume_, rays_, r, second_way)) {
+        fill_cell(volume, v, caster_.element_size, contents, random);
+      }
+    }
+  }
 }
 
 void Batch::cut_to_blocked(const BlockedVolume& volume) {

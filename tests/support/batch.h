@@ -47,6 +47,7 @@ class Batch {
   void make_general(Random& random);
   void draw(const Room& room, Random& random);
   void cut_to_blocked(const BlockedVolume& volume);
+  void fill_sparse(const BlockedVolume& volume, Random& random);
   void cut_to_general(bool beyond);
   std::vector<Voxel> fit_slices(bool beyond, Random& random);
   void seal_volume(Random& random);

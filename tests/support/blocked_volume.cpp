@@ -1,10 +1,10 @@
 #include "blocked_volume.h"
 
+#include <sys/mman.h>
+
 #include <map>
 #include <mutex>
 #include <tuple>
-
-#include "voxels.h"
 
 namespace zox_test {
 namespace {
@@ -31,16 +31,52 @@ const GuardedBuffer* kept_buffer(const Key& key) {
   return &buffer;
 }
 
+const GuardedBuffer* cleared_buffer(size_t bytes) {
+  static auto* const kept = new std::map<size_t, GuardedBuffer>;
+  GuardedBuffer& buffer = (*kept)[bytes];
+  if (buffer.data() == nullptr) buffer = GuardedBuffer(bytes, GuardedBuffer::Flush::kEnd);
+  madvise(buffer.pages(), buffer.pages_size(), MADV_DONTNEED);
+  return &buffer;
+}
+
+// The largest sizes that the layout has, without the memory that filling them would take.
+BlockedVolume draw_sparse_volume(const Caster& caster, Random& random) {
+  const int size = random.pick({512, 700, 1024, 2047, 2048});
+  const int bricks = size < 1024 ? 8 : size < 2048 ? 16 : 32;
+  const int layers = 1024 / (bricks * bricks);
+  const size_t bytes = kBrickVoxels * 1024 * static_cast<size_t>(caster.element_size);
+  return {cleared_buffer(bytes), size, kBrickEdge * bricks, kBrickDepth * layers, true};
+}
+
+size_t element_index(int bricks, int x, int y, int z) {
+  const int in_brick =
+      (x & 3) | (y & 3) << 2 | (z & 1) << 4 | (x >> 2 & 15) << 5 | (y >> 2 & 15) << 9 | (z >> 1 & 15) << 13;
+  const int brick = (x >> 6) + bricks * ((y >> 6) + bricks * (z >> 5));
+  return static_cast<size_t>(brick) * kBrickVoxels + static_cast<size_t>(in_brick);
+}
+
 }  // namespace
 
+void fill_cell(const BlockedVolume& volume, const Voxel& at, int element_size, Contents contents,
+               Random& random) {
+  const size_t size = static_cast<size_t>(element_size);
+  for (int corner = 0; corner < 8; ++corner) {
+    const int x = at.x + (corner & 1), y = at.y + (corner >> 1 & 1), z = at.z + (corner >> 2);
+    if (x >= volume.edge || y >= volume.edge || z >= volume.depth) continue;
+    const size_t index = element_index(volume.edge / kBrickEdge, x, y, z);
+    fill_voxels(volume.buffer->data() + index * size, size, element_size, contents, random);
+  }
+}
+
 BlockedVolume draw_blocked_volume(const Caster& caster, Random& random) {
+  if (random.chance(0.04)) return draw_sparse_volume(caster, random);
   const int size = random.pick({64, 64, 100, 1, 127, 128, 128, 200, 255, 256, 384});
   const int bricks = size < 128 ? 1 : size < 256 ? 2 : 4;
   const int layers = bricks == 4 ? 1 : random.whole(1, 4 / bricks);
   const size_t voxels = kBrickVoxels * static_cast<size_t>(bricks * bricks * layers);
   const auto flush = random.chance(0.5) ? GuardedBuffer::Flush::kStart : GuardedBuffer::Flush::kEnd;
   const GuardedBuffer* buffer = kept_buffer({voxels, caster.element_size, draw_contents(random), flush});
-  return {buffer, size, kBrickEdge * bricks, kBrickDepth * layers};
+  return {buffer, size, kBrickEdge * bricks, kBrickDepth * layers, false};
 }
 
 }  // namespace zox_test

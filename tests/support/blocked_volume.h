@@ -3,6 +3,8 @@
 
 #include "guarded_buffer.h"
 #include "operation_list.h"
+#include "trace.h"
+#include "voxels.h"
 
 namespace zox_test {
 
@@ -11,8 +13,15 @@ struct BlockedVolume {
   int32_t size;  // as the record has it
   int edge;      // voxels in x and in y
   int depth;     // voxels in z
+  // Too large to fill: all zero but for the voxels that fill_cell() writes. The next batch on such
+  // a volume clears it.
+  bool sparse;
 };
 
 BlockedVolume draw_blocked_volume(const Caster& caster, Random& random);
+
+// Writes the eight voxels from (x, y, z) upwards, as far as the volume goes.
+void fill_cell(const BlockedVolume& volume, const Voxel& at, int element_size, Contents contents,
+               Random& random);
 
 }  // namespace zox_test

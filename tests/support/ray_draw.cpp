@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "ray_spread.h"
+
 namespace zox_test {
 namespace {
 
@@ -51,14 +53,15 @@ bool may_be_negative(const Caster& caster, const Room& room) {
 
 std::vector<int32_t> draw_counts(const Caster& caster, const Room& room, int rays, Random& random) {
   int longest = random.pick({1, 2, 5, 17, 40, 40, random.whole(1, 100)});
-  if (random.chance(0.01)) longest = random.pick({511, 512, 513, random.whole(500, 700)});
+  if (random.chance(0.02)) longest = random.pick({511, 512, 513, random.whole(500, 700)});
   const bool ragged = random.chance(0.5);
   const double empty = random.pick({0.0, 0.0, 0.05, 0.4});
   std::vector<int32_t> counts;
   for (int r = 0; r < rays; ++r) {
     int count = ragged ? random.whole(1, longest) : longest;
     if (random.chance(empty)) count = 0;
-    if (count == 0 && may_be_negative(caster, room) && random.chance(0.3)) count = -random.whole(1, 600);
+    if (count == 0 && may_be_negative(caster, room) && random.chance(0.3))
+      count = random.chance(0.1) ? INT32_MIN : -random.whole(1, 600);
     counts.push_back(count);
   }
   return counts;
@@ -82,7 +85,7 @@ Vector draw_direction(Random& random) {
 // Shrinks the step until `count` samples fit into the room, whatever the start.
 Vector fit_step(Vector step, const Room& room, int count) {
   for (size_t a = 0; a < 3; ++a) {
-    const double length = std::fabs(step[a]) * std::max(1, count - 1);
+    const double length = std::fabs(step[a]) * std::max(1, std::max(1, count) - 1);
     const double space = room.high[a] - room.low[a];
     if (length > space) step[a] *= space / length;
   }
@@ -137,7 +140,7 @@ Vector draw_step(const Room& room, const Style& style, const Vector& direction, 
 Vector draw_start(const Room& room, const Style& style, const Vector& step, int count, Random& random) {
   Vector start;
   for (size_t a = 0; a < 3; ++a) {
-    const double way = step[a] * std::max(0, count - 1);
+    const double way = step[a] * (std::max(1, count) - 1);
     start[a] = snap(draw_start(room.low[a], room.high[a], way, random), style.starts, room.unit);
   }
   if (style.on_marks) start[2] = near_mark(room, random);
@@ -148,39 +151,6 @@ Vector beside(const Vector& first, const Style& style, int ray) {
   const double u = style.spacing * (ray % 8), v = style.spacing * (ray / 8);
   if (style.level_tile) return {first[0] + u, first[1] + v, first[2]};
   return {first[0] + u * 0.5, first[1] + v, first[2] + u * 0.3 + v * 0.1};
-}
-
-// The rays' starts on both sides of, and exactly at, the fifth of a region's depth that decides
-// between the two ways of the parallel nearest casters.
-void spread_to_threshold(const Room& room, DrawnRays& rays, Random& random) {
-  const double threshold = (room.marks[1] - room.marks[0]) * 0.2;
-  const double distance = random.pick({threshold, threshold - room.unit, threshold + room.unit,
-                                       std::nextafter(threshold, 0.0), threshold * random.real(0, 2)});
-  const double base = random.pick({0.0, room.marks[0], rays.starts[0][2]});
-  for (size_t r = 0; r < rays.starts.size(); ++r) rays.starts[r][2] = base;
-  rays.starts[static_cast<size_t>(random.whole(0, static_cast<int>(rays.starts.size()) - 1))][2] +=
-      random.chance(0.5) ? distance : -distance;
-}
-
-// Parallel blocked casters weigh the step against the rays' spacing, x at a twelfth or a sixth: one of
-// the two along x and the other along z, in proportions around both weights. Starts half a unit or
-// a last bit below where another voxel begins make the two ways of walking differ.
-void spread_around_weights(const Caster& caster, const Room& room, DrawnRays& rays, Random& random) {
-  const double ratio = random.pick({1.0 / 12, 1.0 / 6, random.real(1.0 / 14, 1.0 / 5)});
-  const size_t wide = random.chance(0.5) ? 0 : 2;
-  // In doubles only starts far smaller than their distances lose bits on the one way alone.
-  const bool fixed = caster.trilinear() && caster.element_size == 1;
-  const double sign = fixed && random.chance(0.5) ? -1 : 1;
-  if (!fixed) rays.starts[0][wide] = random.real(0, 0.5);
-  for (size_t r = 1; r < rays.starts.size(); ++r) {
-    const double seam =
-        std::floor(rays.starts[0][wide]) + sign * static_cast<double>(r) + (caster.trilinear() ? 0.0 : 0.5);
-    rays.starts[r] = rays.starts[0];
-    rays.starts[r][wide] = fixed ? seam - room.unit / 2 : std::nextafter(seam, 0);
-  }
-  Vector step{};
-  step[2 - wide] = sign * (wide == 0 ? ratio : 1 / ratio);
-  rays.steps.assign(rays.steps.size(), step);
 }
 
 // Nobody reads the step of a ray with one sample, so it may be anything.
