@@ -1,25 +1,11 @@
 // 16-bit intensities to display bytes.
 #pragma once
 
-#include "core/fixed_point.h"
+#include "core/window.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {
 namespace {
-
-struct Window {
-  int lo, hi;  // the first and last value strictly inside
-  int outmin, outmax;
-  double slope, offset;
-
-  // Chosen by masks, not branches: intensities do not come sorted. A mask is all ones exactly
-  // where the value lies outside.
-  int map(int v) const {
-    int below = (v - lo) >> 16, above = (hi - v) >> 16;
-    int mapped = truncate(v * slope + offset);
-    return (below & outmin) | (above & outmax) | (~(below | above) & mapped);
-  }
-};
 
 // Only the low bits of the arguments count, so they are narrowed first. False for a window or
 // an output range that is not one.
@@ -36,27 +22,6 @@ inline bool make_window(int center, int width, int outmin, int outmax, Window& w
   return true;
 }
 
-// n values at once, n a multiple of 16. src and dst do not overlap.
-template <int n>
-void map_block(const Window& window, const int16_t* __restrict src, uint8_t* __restrict dst) {
-  Lanes<double> mapped;
-  Lanes<int> inside;
-  alignas(64) uint8_t out[n];
-  const double slope = window.slope, offset = window.offset;
-  for (int i = 0; i < n; ++i) mapped[i] = src[i] * slope + offset;
-  truncate_lanes(mapped.at, inside.at, n);
-  // Chosen in 16 bits, which hold lo, hi and every value inside the window.
-  const int16_t lo = static_cast<int16_t>(window.lo), hi = static_cast<int16_t>(window.hi);
-  const int16_t outmin = static_cast<int16_t>(window.outmin), outmax = static_cast<int16_t>(window.outmax);
-  for (int i = 0; i < n; ++i) {
-    int16_t value = static_cast<int16_t>(inside[i]);
-    value = src[i] < lo ? outmin : value;
-    value = src[i] > hi ? outmax : value;
-    out[i] = static_cast<uint8_t>(value);
-  }
-  __builtin_memcpy(dst, out, n);
-}
-
 inline bool overlap(const int16_t* src, const uint8_t* dst, int len) {
   uintptr_t s = reinterpret_cast<uintptr_t>(src), d = reinterpret_cast<uintptr_t>(dst);
   uintptr_t n = static_cast<uintptr_t>(len);
@@ -70,8 +35,7 @@ inline int window_level(const int16_t* src, uint8_t* dst, int len, int center, i
   int i = 0;
   // Buffers that overlap are converted in order, one by one, which makes conversion in place work.
   if (len >= 16 && !overlap(src, dst, len)) {
-    for (; i + kLanes <= len; i += kLanes) map_block<kLanes>(window, src + i, dst + i);
-    for (; i + 16 <= len; i += 16) map_block<16>(window, src + i, dst + i);
+    for (; i + 16 <= len; i += 16) map_16(window, src + i, dst + i);
   }
   for (; i < len; ++i) dst[i] = static_cast<uint8_t>(window.map(src[i]));
   return ZOX_STS_NO_ERROR;
