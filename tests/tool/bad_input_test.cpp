@@ -125,7 +125,13 @@ TEST_F(BadInputTest, FlatAxes) {
   TestVolume volume = random_volume({3, 3, 3}, 0, 100, 5);
   volume.axes[2] = volume.axes[0];
   write_text(path("v.nrrd"), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
-  refuse_file("span no volume");
+  refuse_file("hardly span a volume");
+  volume.axes[2] = {1, 0, 0.09};
+  write_text(path("v.nrrd"), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
+  refuse_file("hardly span a volume");
+  volume.axes[2] = {1, 0, 0.11};
+  write_text(path("v.nrrd"), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
+  EXPECT_EQ(run("v.nrrd -o p.png --quiet --size 8x8").status, 0);
 }
 
 // ITK would show the wrong one of the two.

@@ -39,10 +39,10 @@ class PictureTest : public ToolTest {
     return volume;
   }
 
-  Picture show(const TestVolume& volume, const Scene& scene, const std::string& more) {
+  Picture show(const TestVolume& volume, const Scene& scene, const std::string& more = "--window 128,255") {
     write_text(path("v.nrrd"), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
     const Outcome outcome =
-        run("v.nrrd -o p.png --quiet --window 128,255 --size " + std::to_string(scene.width) + "x" +
+        run("v.nrrd -o p.png --quiet --size " + std::to_string(scene.width) + "x" +
             std::to_string(scene.height) + " --step " + std::to_string(scene.step) + " --view " +
             std::to_string(scene.azimuth) + "," + std::to_string(scene.elevation) + " --projection " +
             (scene.perspective ? "perspective" : "orthographic") + " --interpolation " +
@@ -54,7 +54,7 @@ class PictureTest : public ToolTest {
 
   void compare(const TestVolume& volume, const Scene& scene, const Bounds& bounds,
                const std::string& more = "") {
-    const Picture picture = show(volume, scene, more);
+    const Picture picture = show(volume, scene, "--window 128,255 " + more);
     const std::vector<double> maxima = expected_maxima(volume, scene);
     ASSERT_EQ(picture.grey.size(), maxima.size());
     int seen = 0;
@@ -100,6 +100,13 @@ TEST_F(PictureTest, DepthRangeStack) {
   compare(tilted(), scene, kFixedPoint, "--depth-range 1.05,9.95");
 }
 
+// Not even the grey that 0 has in this window is left where no sample counts.
+TEST_F(PictureTest, DepthRangeBeyondTheVolumeIsBlack) {
+  const Picture picture =
+      show(tilted(), scene_from(10, 0, false, false), "--depth-range 500,600 --window 0,200");
+  EXPECT_EQ(std::count(picture.grey.begin(), picture.grey.end(), 0), std::ssize(picture.grey));
+}
+
 // A nearest sample may fall on the other side of a voxel's border after drifting by up to 0.0002 voxel
 // on each of three axes. One pixel's largest sample does so with a chance near 0.0006 (a side on either
 // hand counts double, and other samples may take its place): of 2850 pixels, two or three.
@@ -109,7 +116,7 @@ TEST_F(PictureTest, NearestFromAnySideButForFewPixels) {
       Scene scene = scene_from(33, 21, perspective, stack);
       scene.nearest = true;
       const TestVolume volume = tilted();
-      const Picture picture = show(volume, scene, "");
+      const Picture picture = show(volume, scene);
       const std::vector<double> maxima = expected_maxima(volume, scene);
       int different = 0;
       for (size_t i = 0; i < maxima.size(); ++i)

@@ -104,8 +104,13 @@ void take_geometry(const ImageIO& io, const std::string& path, Volume& volume) {
     for (unsigned row = 0; row < 3; ++row)
       volume.axes[axis][static_cast<int>(row)] = direction[row] * io.GetSpacing(axis);
   }
-  const double det = determinant(volume.axes);
-  if (!std::isfinite(det) || det == 0) fail(quoted(path) + " has axes or a spacing that span no volume.");
+  // A share of the volume of a box with edges as long. Axes leaning more than this would take a step of
+  // 64 voxels beyond the range of the library's fixed point.
+  constexpr double kLeastShare = 0.1;
+  const double box = length(volume.axes[0]) * length(volume.axes[1]) * length(volume.axes[2]);
+  const double det = std::abs(determinant(volume.axes));
+  if (!std::isfinite(box) || det == 0 || !(det >= kLeastShare * box))
+    fail(quoted(path) + " has axes or spacings that hardly span a volume.");
 }
 
 ImageIO::Pointer open_image(const std::string& path) {

@@ -57,6 +57,7 @@ struct Job {
   const Volume& volume;
   const Camera& camera;
   const SampleBox& box;
+  const DepthMask& mask;
   double step;  // millimetres
   int width, height;
   std::vector<int16_t>& maxima;
@@ -82,7 +83,7 @@ int64_t cast_tile(Job& job, int tile, TileCaster& caster) {
       const Vec3 middle = voxel_middle + to_voxels(job.volume.axes, ray.middle);
       const Vec3 step = to_voxels(job.volume.axes, ray.direction * job.step);
       const Stretch stretch = clip(job.box, middle, step);
-      if (stretch.count == 0) continue;
+      if (stretch.count == 0 || !job.mask.admits_any(stretch)) continue;
       caster.add(middle, step, stretch,
                  &job.maxima[static_cast<size_t>(row) * static_cast<size_t>(job.width) +
                              static_cast<size_t>(column)]);
@@ -122,7 +123,7 @@ Rendering render(Volume& volume, const Options& options, bool show_progress) {
       cast_operation(options.layout, options.projection, options.interpolation, volume.type, volume.size[2]);
   Rendering rendering;
   rendering.maxima.assign(static_cast<size_t>(options.width) * static_cast<size_t>(options.height), kNothing);
-  Job job{volume, camera, box, step, options.width, options.height, rendering.maxima};
+  Job job{volume, camera, box, mask, step, options.width, options.height, rendering.maxima};
 
   // All memory is taken here, so that no thread can run out of it.
   std::vector<std::unique_ptr<TileCaster>> casters;

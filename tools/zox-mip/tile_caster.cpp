@@ -1,5 +1,7 @@
 #include "tile_caster.h"
 
+#include <algorithm>
+
 namespace zox_mip {
 namespace {
 
@@ -38,6 +40,12 @@ CastOperation cast_operation(Layout layout, Projection projection, Interpolation
                                                     : (parallel ? kGeneralParallel : kGeneralDivergent);
   if (type == VoxelType::kBytes) return nearest ? family.nearest_bytes : family.trilinear_bytes;
   return nearest ? family.nearest_shorts : family.trilinear_shorts;
+}
+
+bool DepthMask::admits_any(const Stretch& stretch) const {
+  if (selected.empty()) return true;
+  const auto begin = selected.begin() + (stretch.first - first);
+  return std::find(begin, begin + stretch.count, 1) != begin + stretch.count;
 }
 
 TileCaster::TileCaster(const zox_Volume& volume, VoxelType type, CastOperation cast, const DepthMask& mask,

@@ -27,6 +27,8 @@ CastOperation cast_operation(Layout layout, Projection projection, Interpolation
 struct DepthMask {
   int first = 0;                  // the number of the sample that selected[0] speaks of
   std::vector<uint8_t> selected;  // 1 or 0; empty: all samples are
+
+  bool admits_any(const Stretch& stretch) const;
 };
 
 // The caller's memory for batches of up to 64 rays; one object per thread.
