@@ -160,6 +160,23 @@ TEST_P(StackRegions, SamplesOutsideTheSlicesAreLeftUnwritten) {
   expect_written(Stack(eight).regions({0, 4, 8}, {0, -2000}, {1, 1}), 3.25, 1, {true, false});
 }
 
+// Steps of 2^30 units come back to the start after four: the samples between, far outside the stack,
+// stay unwritten, and x has come round as well.
+TEST_P(StackRegions, PositionsWrapIn32Bits) {
+  for (bool one_region : {true, false}) {
+    Stack stack(caster(), 3, 3, 8);
+    stack.set(1, 1, 1, 1);
+    if (!one_region) stack.regions({0, 4, 8}, {0, 4}, {1, 1});
+    const double step = (1 << 30) * unit();
+    Batch batch(caster().element_size);
+    batch.add({1, 1, 1}, {step, step, step}, 5).add({1, 1, 1000}, {step, step, step}, 0);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    EXPECT_EQ(batch.at(0, 0), 1);
+    for (int k : {1, 2, 3}) EXPECT_FALSE(batch.written(k, 0)) << "sample " << k;
+    EXPECT_EQ(batch.at(4, 0), 1);
+  }
+}
+
 // Tables of 512 entries have room for these; what is larger must come from elsewhere.
 TEST_P(StackRegions, LargestFixedTablesAndBeyond) {
   const bool grows = !caster().fixed_tables();
