@@ -16,7 +16,7 @@ struct Trace {
 };
 
 template <GeneralRules rules>
-Trace trace_of(const zox_Rays& batch, int r, bool one_region) {
+[[gnu::always_inline]] inline Trace trace_of(const zox_Rays& batch, int r, bool one_region) {
   constexpr double scale = 1 << rules.bits;
   const double* start = batch.starts[r];
   const double* step = batch.steps[rules.step_of == StepOf::kRay0 ? 0 : r];

@@ -44,22 +44,23 @@ class SliceCursors {
   bool add(const Trace& trace, int ray) {
     if (trace.n < 1) return true;
     int lane = n_++;
-    trace_[lane] = trace;
     ray_[lane] = ray;
-    return regions_.n == 1 ? enter_only_region(lane) : enter_first_region(lane);
+    if (regions_.n == 1) return enter_only_region(lane, trace);
+    trace_[lane] = trace;
+    return enter_first_region(lane);
   }
 
   // Appends every sample of the lowest slice that any cursor stands at, until none is left below
   // `nslices`. Samples below slice 0 are passed over. flush() empties the stage.
   template <class Flush>
   void sweep(int nslices, StagedSamples& stage, Flush flush) {
+    if (n_ == 1) return follow_one(nslices, stage, flush);
     for (int s = lowest_slice(); s < nslices;) {
-      int next = kNoSlice;
+      Vector next = broadcast(kNoSlice);
       for (int group = 0; group < n_; group += kVector) {
-        int lowest = append_group(s, group, stage, flush);
-        next = lowest < next ? lowest : next;
+        next = smaller(next, append_group(s, group, stage, flush));
       }
-      s = next;
+      s = lowest_of(next);
     }
     flush(stage);
   }
@@ -75,12 +76,11 @@ class SliceCursors {
     return lowest;
   }
 
-  bool enter_only_region(int lane) {
-    const Trace& t = trace_[lane];
+  bool enter_only_region(int lane, const Trace& t) {
     int position = regions_.position(t.z, 0), step = regions_.step(t.sz, 0);
     int64_t last = position + int64_t{step} * (t.n - 1);
     if (position > kLargestPosition || last > kLargestPosition || last < INT32_MIN) return false;
-    start_segment(lane, 0, position, step, 0, t.n);
+    start_segment(lane, t, 0, position, step, 0, t.n);
     return true;
   }
 
@@ -123,15 +123,14 @@ class SliceCursors {
       bool more = rising ? end < t.n : first > 0;
       region_[lane] = more ? j + 1 : regions_.n;
       int z = static_cast<int>(t.z + int64_t{t.sz} * first);
-      start_segment(lane, j, regions_.position(z, j), regions_.step(t.sz, j), first, end);
+      start_segment(lane, t, j, regions_.position(z, j), regions_.step(t.sz, j), first, end);
       return;
     }
   }
 
   // Samples first .. end - 1 lie in region j, the first at `position`. Walked from the end whose
   // slice is lower; in 32 bits the way back comes to exactly the same positions.
-  void start_segment(int lane, int j, int position, int step, int first, int end) {
-    const Trace& t = trace_[lane];
+  void start_segment(int lane, const Trace& t, int j, int position, int step, int first, int end) {
     int back = step < 0 ? end - 1 - first : 0, sign = step < 0 ? -1 : 1;
     int k = first + back;
     lanes_.x[lane] = wrap_add(t.x, wrap_mul(k, t.sx));
@@ -147,10 +146,54 @@ class SliceCursors {
     lanes_.slice[lane] = slice_of<rules>(lanes_.position[lane], lanes_.first_slice[lane]);
   }
 
-  // Appends the samples of slice s of one vector's lanes and moves these on; the lowest of the slices they
-  // then stand at.
+  // sweep() for a ray that is alone: it is in slice order as it stands.
   template <class Flush>
-  int append_group(int s, int group, StagedSamples& stage, Flush flush);
+  void follow_one(int nslices, StagedSamples& stage, Flush flush) {
+    while (lanes_.slice[0] < nslices) {
+      int left = (lanes_.last_node[0] - lanes_.node[0]) / lanes_.node_step[0] + 1;
+      int n = left < kStage ? left : kStage;
+      stage_run(n, stage);
+      advance_one(n, n == left);
+      int below = 0;
+      while (below < n && stage.slice[below] < 0) ++below;
+      while (n > below && stage.slice[n - 1] >= nslices) --n;
+      if (below > 0) stage.drop_first(below, n);
+      stage.n = n - below;
+      flush(stage);
+    }
+  }
+
+  // The next n samples of lane 0.
+  void stage_run(int n, StagedSamples& stage) {
+    const CursorLanes& c = lanes_;
+    const int x = c.x[0], y = c.y[0], position = c.position[0], node = c.node[0],
+              first_slice = c.first_slice[0];
+    const int x_step = c.x_step[0], y_step = c.y_step[0], position_step = c.position_step[0];
+    const int node_step = c.node_step[0];
+    for (int i = 0; i < n; ++i) {
+      stage.x[i] = wrap_add(x, wrap_mul(i, x_step));
+      stage.y[i] = wrap_add(y, wrap_mul(i, y_step));
+      int at = wrap_add(position, wrap_mul(i, position_step));
+      stage.position[i] = at;
+      stage.slice[i] = slice_of<rules>(at, first_slice);
+      stage.node[i] = node + i * node_step;
+    }
+  }
+
+  void advance_one(int n, bool ended) {
+    CursorLanes& c = lanes_;
+    c.x[0] = wrap_add(c.x[0], wrap_mul(n, c.x_step[0]));
+    c.y[0] = wrap_add(c.y[0], wrap_mul(n, c.y_step[0]));
+    c.position[0] = wrap_add(c.position[0], wrap_mul(n, c.position_step[0]));
+    c.node[0] += n * c.node_step[0];
+    c.slice[0] = ended ? kNoSlice : slice_of<rules>(c.position[0], c.first_slice[0]);
+    if (ended && regions_.n > 1) enter_region(0);
+  }
+
+  // Appends the samples of slice s of one vector's lanes and moves these on; the slices at which
+  // they then stand.
+  template <class Flush>
+  Vector append_group(int s, int group, StagedSamples& stage, Flush flush);
 
   const Regions& regions_;
   CursorLanes lanes_;
@@ -162,12 +205,12 @@ class SliceCursors {
 
 template <GeneralRules rules>
 template <class Flush>
-int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Flush flush) {
+Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Flush flush) {
   CursorLanes& c = lanes_;
   const Vector wanted = broadcast(s), none = broadcast(kNoSlice);
   Vector slice = load_vector(&c.slice[group]);
   Mask on = equal(slice, wanted);
-  if (bits_of(on) == 0) return lowest_of(slice);
+  if (bits_of(on) == 0) return slice;
   Vector x = load_vector(&c.x[group]), y = load_vector(&c.y[group]);
   Vector position = load_vector(&c.position[group]), node = load_vector(&c.node[group]);
   for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(slice, wanted)) {
@@ -199,7 +242,7 @@ int SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Fl
   }
   store_vector(&c.x[group], x), store_vector(&c.y[group], y), store_vector(&c.position[group], position);
   store_vector(&c.node[group], node), store_vector(&c.slice[group], slice);
-  return lowest_of(slice);
+  return slice;
 }
 
 }  // namespace

@@ -20,6 +20,17 @@ struct StagedSamples {
 
   bool full() const { return n > kStage - 16; }
 
+  // Moves samples first .. end - 1 to the front.
+  void drop_first(int first, int end) {
+    for (int i = first; i < end; ++i) {
+      x[i - first] = x[i];
+      y[i - first] = y[i];
+      position[i - first] = position[i];
+      slice[i - first] = slice[i];
+      node[i - first] = node[i];
+    }
+  }
+
   // Repeats a sample behind the last, so that whole vectors hold samples only.
   void pad() {
     for (int i = n; i < padded(n); ++i) {

@@ -28,6 +28,7 @@ template <int bits>
 Vector shift_right(Vector v) {
   return _mm512_srai_epi32(v, bits);
 }
+inline Vector smaller(Vector a, Vector b) { return _mm512_min_epi32(a, b); }
 inline int lowest_of(Vector v) { return _mm512_reduce_min_epi32(v); }
 
 struct Packing {
@@ -58,6 +59,7 @@ template <int bits>
 Vector shift_right(Vector v) {
   return _mm256_srai_epi32(v, bits);
 }
+inline Vector smaller(Vector a, Vector b) { return _mm256_min_epi32(a, b); }
 inline int lowest_of(Vector v) {
   __m128i low = _mm_min_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
   low = _mm_min_epi32(low, _mm_shuffle_epi32(low, 0x4E));
@@ -108,11 +110,10 @@ template <int bits>
 Vector shift_right(Vector v) {
   return _mm_srai_epi32(v, bits);
 }
+inline Vector smaller(Vector a, Vector b) { return select(_mm_cmplt_epi32(a, b), a, b); }
 inline int lowest_of(Vector v) {
-  Vector other = _mm_shuffle_epi32(v, 0x4E);
-  v = select(_mm_cmplt_epi32(v, other), v, other);
-  other = _mm_shuffle_epi32(v, 0xB1);
-  v = select(_mm_cmplt_epi32(v, other), v, other);
+  v = smaller(v, _mm_shuffle_epi32(v, 0x4E));
+  v = smaller(v, _mm_shuffle_epi32(v, 0xB1));
   return _mm_cvtsi128_si32(v);
 }
 

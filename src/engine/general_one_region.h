@@ -45,11 +45,16 @@ inline void append_samples(const RayOffsets& offsets, const int (&at)[3], int k,
                            StagedSamples& stage) {
   int *x = stage.x + stage.n, *y = stage.y + stage.n, *slice = stage.slice + stage.n,
       *node = stage.node + stage.n;
-  for (int i = 0; i < padded(n); ++i) {
+  auto append = [&](int i) {
     x[i] = wrap_add(offsets.x[i], at[0]);
     y[i] = wrap_add(offsets.y[i], at[1]);
     slice[i] = wrap_add(offsets.slice[i], at[2]) >> 21;
     node[i] = offsets.ray[i] + 64 * k;
+  };
+  if (n == 1) {
+    append(0);
+  } else {
+    for (int i = 0; i < padded(n); ++i) append(i);
   }
   stage.n += n;
 }
