@@ -68,10 +68,10 @@ void close_slices(Watch& w, const Batch& batch, int count) {
   w.slices.resize(static_cast<size_t>(count));
   w.touched.reserve(static_cast<size_t>(count));
   for (int s = 0; s < count; ++s) {
-    const GuardedBuffer* buffer = batch.stack().slice_buffer(s);
-    if (buffer == nullptr) continue;
-    w.slices[static_cast<size_t>(s)] = {buffer->pages(), buffer->pages_size(), false};
-    ASSERT_EQ(0, mprotect(buffer->pages(), buffer->pages_size(), PROT_NONE));
+    const SliceStack::Pages pages = batch.stack().slice_pages(s);
+    if (pages.at == nullptr) continue;
+    w.slices[static_cast<size_t>(s)] = {pages.at, pages.size, false};
+    ASSERT_EQ(0, mprotect(pages.at, pages.size, PROT_NONE));
   }
 }
 

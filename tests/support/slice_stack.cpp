@@ -8,6 +8,8 @@
 namespace zox_test {
 namespace {
 
+constexpr int64_t kPage = 4096;
+
 // Where pointers lead that nobody may follow.
 uint8_t* nowhere() {
   // Never freed: the pool of pages is gone before statics are.
@@ -58,8 +60,8 @@ bool sums_in_32_bits(const Caster& caster, bool one_region) {
 SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, int slices, bool one_region,
                        bool apart, bool strict, Random& random)
     : table_(sizeof(void*) * static_cast<size_t>(std::max(0, slices)), random),
-      buffer_of_slice_(static_cast<size_t>(std::max(0, slices)), -1) {
-  std::vector<bool> used(buffer_of_slice_.size());
+      pages_(static_cast<size_t>(std::max(0, slices))) {
+  std::vector<bool> used(pages_.size());
   const int reach = caster.trilinear() ? 1 : 0;
   for (const Voxel& v : samples) {
     for (int s = v.z; v.z >= 0 && v.z < slices - reach && s <= v.z + reach; ++s)
@@ -119,28 +121,30 @@ void SliceStack::place_slices(const std::vector<bool>& used, Extent bytes, int a
   const int first = static_cast<int>(std::find(used.begin(), used.end(), true) - used.begin());
   const int last = static_cast<int>(used.size()) - 1 -
                    static_cast<int>(std::find(used.rbegin(), used.rend(), true) - used.rbegin());
-  const bool one_buffer = !apart && first <= last && random.chance(0.4);
+  const bool one_buffer = first <= last && random.chance(0.4);
   const bool falling = random.chance(0.2);
   const bool forget_unused = random.chance(0.6);
-  const int64_t pitch = static_cast<int64_t>(size) + alignment * random.pick({0, 0, 1, random.whole(0, 99)});
-  if (one_buffer) buffers_.emplace_back(static_cast<size_t>(pitch * (last - first)) + size, random);
+  int64_t pitch = static_cast<int64_t>(size) + alignment * random.pick({0, 0, 1, random.whole(0, 99)});
+  if (apart) pitch = (pitch + kPage - 1) / kPage * kPage;
+  const size_t whole =
+      static_cast<size_t>(pitch * (last - first)) + (apart ? static_cast<size_t>(pitch) : size);
+  if (one_buffer) buffers_.emplace_back(whole, random);
   for (int s = 0; s < static_cast<int>(used.size()); ++s) {
     const void*& entry = table_.as<const void*>()[s];
     entry = nowhere();
     if (one_buffer && (used[static_cast<size_t>(s)] || !forget_unused)) {
-      entry = address(buffers_[0].data(), pitch * (falling ? last - s : s - first) - bytes.low);
+      const int64_t offset = pitch * (falling ? last - s : s - first);
+      entry = address(buffers_[0].data(), offset - bytes.low);
+      if (apart && used[static_cast<size_t>(s)]) {
+        pages_[static_cast<size_t>(s)] = {buffers_[0].data() + offset, static_cast<size_t>(pitch)};
+      }
     } else if (used[static_cast<size_t>(s)]) {
       const bool again = !apart && !buffers_.empty() && random.chance(0.05);
       if (!again) buffers_.emplace_back(size, random);
-      buffer_of_slice_[static_cast<size_t>(s)] = static_cast<int>(buffers_.size()) - 1;
       entry = address(buffers_.back().data(), -bytes.low);
+      if (apart) pages_[static_cast<size_t>(s)] = {buffers_.back().pages(), buffers_.back().pages_size()};
     }
   }
-}
-
-const GuardedBuffer* SliceStack::slice_buffer(int s) const {
-  const int buffer = buffer_of_slice_[static_cast<size_t>(s)];
-  return buffer < 0 ? nullptr : &buffers_[static_cast<size_t>(buffer)];
 }
 
 }  // namespace zox_test

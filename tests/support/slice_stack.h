@@ -24,8 +24,12 @@ class SliceStack {
   const void* const* slices() const { return table_.as<const void*>(); }
   const int32_t* rowoffs() const { return rowoffs_.as<int32_t>(); }
 
-  // The buffer of slice s alone; null for slices in one common buffer or without samples.
-  const GuardedBuffer* slice_buffer(int s) const;
+  // The pages of slice s when no other slice is on them and samples read it; null otherwise.
+  struct Pages {
+    uint8_t* at;
+    size_t size;
+  };
+  Pages slice_pages(int s) const { return pages_[static_cast<size_t>(s)]; }
 
  private:
   struct Extent {
@@ -38,7 +42,7 @@ class SliceStack {
   GuardedBuffer table_;
   GuardedBuffer rowoffs_;
   std::vector<GuardedBuffer> buffers_;
-  std::vector<int> buffer_of_slice_;
+  std::vector<Pages> pages_;
 };
 
 }  // namespace zox_test
