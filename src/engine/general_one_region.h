@@ -40,36 +40,64 @@ struct RayOffsets {
   }
 };
 
-// Appends sample k of n rays, ray 0 being at `at`.
-inline void append_samples(const RayOffsets& offsets, const int (&at)[3], int k, int n,
-                           StagedSamples& stage) {
+// The position of ray 0, in doubles that accumulate the step; converted for all rays at once.
+struct SharedPosition {
+  double base[3];
+  double step[3];
+
+  // Of the next n samples, in fixed point. The three sums run side by side: each waits for
+  // itself alone.
+  void run(int n, Axes<int>& at) {
+    Axes<double> scaled;
+    double x = base[0], y = base[1], z = base[2];
+    for (int i = 0; i < n; ++i) {
+      scaled[0][i] = x * 0x1p21;
+      scaled[1][i] = y * 0x1p21;
+      scaled[2][i] = z * 0x1p21;
+      x += step[0];
+      y += step[1];
+      z += step[2];
+    }
+    base[0] = x;
+    base[1] = y;
+    base[2] = z;
+    for (int axis = 0; axis < 3; ++axis) truncate_lanes(scaled[axis].at, at[axis].at, n);
+  }
+};
+
+// Appends sample k of n rays, for which ray 0 is at position number i of `at`.
+inline void append_rays(const RayOffsets& offsets, const Axes<int>& at, int i, int k, int n,
+                        StagedSamples& stage) {
   int *x = stage.x + stage.n, *y = stage.y + stage.n, *slice = stage.slice + stage.n,
       *node = stage.node + stage.n;
-  auto append = [&](int i) {
-    x[i] = wrap_add(offsets.x[i], at[0]);
-    y[i] = wrap_add(offsets.y[i], at[1]);
-    slice[i] = wrap_add(offsets.slice[i], at[2]) >> 21;
-    node[i] = offsets.ray[i] + 64 * k;
-  };
-  if (n == 1) {
-    append(0);
-  } else {
-    for (int i = 0; i < padded(n); ++i) append(i);
+  for (int lane = 0; lane < padded(n); ++lane) {
+    x[lane] = wrap_add(offsets.x[lane], at[0][i]);
+    y[lane] = wrap_add(offsets.y[lane], at[1][i]);
+    slice[lane] = wrap_add(offsets.slice[lane], at[2][i]) >> 21;
+    node[lane] = offsets.ray[lane] + 64 * k;
   }
   stage.n += n;
 }
 
-// The position of ray 0 runs in doubles and is converted once a sample for all rays.
-template <FetchRules rules>
-int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox_Volume& volume) {
+// Appends samples k .. k + n - 1 of the one ray that is left.
+inline void append_run(const RayOffsets& offsets, const Axes<int>& at, int k, int n, StagedSamples& stage) {
+  const int x = offsets.x[0], y = offsets.y[0], slice = offsets.slice[0], node = offsets.ray[0] + 64 * k;
+  const int end = stage.n;
+  for (int i = 0; i < padded(n); ++i) {
+    stage.x[end + i] = wrap_add(x, at[0][i]);
+    stage.y[end + i] = wrap_add(y, at[1][i]);
+    stage.slice[end + i] = wrap_add(slice, at[2][i]) >> 21;
+    stage.node[end + i] = node + 64 * i;
+  }
+  stage.n += n;
+}
+
+// Fills offsets and lanes; rays without samples get none.
+inline void place_rays(const zox_Rays& batch, int nrays, double slices_per_z, RayOffsets& offsets,
+                       Marchers& rays) {
   constexpr double scale = 0x1p21;
   constexpr int half = 1 << 20;
   const double* start = batch.starts[0];
-  double slices_per_z = volume.regscale[0];
-  double step[3] = {batch.steps[0][0], batch.steps[0][1], batch.steps[0][2] * slices_per_z};
-  double base[3] = {start[0], start[1], slices_per_z * (start[2] - volume.regbounds[0])};
-  Marchers rays;
-  RayOffsets offsets;
   for (int r = 0; r < nrays; ++r) {
     if (batch.nsamples[r] < 1) continue;
     const double* s = batch.starts[r];
@@ -79,17 +107,30 @@ int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox
     offsets.ray[rays.n] = r;
     rays.add(r, batch.nsamples[r]);
   }
+}
+
+template <FetchRules rules>
+int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox_Volume& volume) {
+  const double *start = batch.starts[0], *step = batch.steps[0];
+  const double slices_per_z = volume.regscale[0];
+  SharedPosition position = {{start[0], start[1], slices_per_z * (start[2] - volume.regbounds[0])},
+                             {step[0], step[1], step[2] * slices_per_z}};
+  Marchers rays;
+  RayOffsets offsets;
+  place_rays(batch, nrays, slices_per_z, offsets, rays);
   StackView view(volume, 0);
   StagedSamples stage;
   for (int k = 0; k < max_samples; rays.drop_ended(k, offsets)) {
-    for (int end = rays.first_end(); k < end; ++k) {
-      int at[3];
-      for (int axis = 0; axis < 3; ++axis) {
-        at[axis] = truncate(base[axis] * scale);
-        base[axis] += step[axis];
+    for (int end = rays.first_end(); k < end;) {
+      Axes<int> at;
+      int n = end - k < kLanes ? end - k : kLanes;
+      position.run(n, at);
+      if (rays.n == 1) append_run(offsets, at, k, n, stage);
+      for (int i = 0; i < n; ++i) {
+        if (rays.n > 1) append_rays(offsets, at, i, k + i, rays.n, stage);
+        if (stage.n > kStage - kLanes) flush_stage<rules>(view, stage, batch.planes);
       }
-      append_samples(offsets, at, k, rays.n, stage);
-      if (stage.n > kStage - kLanes) flush_stage<rules>(view, stage, batch.planes);
+      k += n;
     }
   }
   flush_stage<rules>(view, stage, batch.planes);

@@ -21,13 +21,20 @@ struct RayWalk {
   Position base[3];
   Position step[3];
 
+  // The next n positions. The three sums run side by side: each waits for itself alone.
   void run(int n, Axes<Position>& positions) {
-    for (int axis = 0; axis < 3; ++axis) {
-      for (int i = 0; i < n; ++i) {
-        positions[axis][i] = advanced(offset[axis], base[axis]);
-        base[axis] = advanced(base[axis], step[axis]);
-      }
+    Position x = base[0], y = base[1], z = base[2];
+    for (int i = 0; i < n; ++i) {
+      positions[0][i] = advanced(offset[0], x);
+      positions[1][i] = advanced(offset[1], y);
+      positions[2][i] = advanced(offset[2], z);
+      x = advanced(x, step[0]);
+      y = advanced(y, step[1]);
+      z = advanced(z, step[2]);
     }
+    base[0] = x;
+    base[1] = y;
+    base[2] = z;
   }
 };
 
