@@ -66,6 +66,7 @@ struct SharedPosition {
 };
 
 // Appends sample k of n rays, for which ray 0 is at position number i of `at`.
+// Lanes beyond n hold anything: every sum wraps.
 inline void append_rays(const RayOffsets& offsets, const Axes<int>& at, int i, int k, int n,
                         StagedSamples& stage) {
   int *x = stage.x + stage.n, *y = stage.y + stage.n, *slice = stage.slice + stage.n,
@@ -74,7 +75,7 @@ inline void append_rays(const RayOffsets& offsets, const Axes<int>& at, int i, i
     x[lane] = wrap_add(offsets.x[lane], at[0][i]);
     y[lane] = wrap_add(offsets.y[lane], at[1][i]);
     slice[lane] = wrap_add(offsets.slice[lane], at[2][i]) >> 21;
-    node[lane] = offsets.ray[lane] + 64 * k;
+    node[lane] = wrap_add(offsets.ray[lane], 64 * k);
   }
   stage.n += n;
 }
