@@ -53,7 +53,8 @@ void Batch::check_nothing_else_written() const {
   for (int k = 0; k < static_cast<int>(planes_.size()); ++k) {
     for (int r = 0; r < rays + kSpare; ++r) {
       const bool is_sample = r < nrays_ && k < nsamples_[static_cast<size_t>(r)];
-      if (!is_sample) EXPECT_FALSE(written(k, r)) << "stray write at sample " << k << ", ray " << r;
+      if (is_sample) continue;
+      EXPECT_FALSE(written(k, r)) << "stray write at sample " << k << ", ray " << r;
     }
   }
 }

@@ -89,6 +89,10 @@ std::vector<const Caster*> casters_where(Chooses chooses) {
   return chosen;
 }
 
+std::string implementation_name(const testing::TestParamInfo<const Operations*>& info) {
+  return info.param->name;
+}
+
 std::string case_name(const testing::TestParamInfo<CasterCase>& info) {
   return std::string(std::get<0>(info.param)->name) + "_" + std::get<1>(info.param)->name;
 }

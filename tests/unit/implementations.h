@@ -25,6 +25,7 @@ using Chooses = bool (*)(const Caster&);
 std::vector<const Caster*> casters_where(Chooses chooses);
 
 using CasterCase = std::tuple<const Operations*, const Caster*>;
+std::string implementation_name(const testing::TestParamInfo<const Operations*>& info);
 std::string case_name(const testing::TestParamInfo<CasterCase>& info);
 
 class CasterTest : public testing::TestWithParam<CasterCase> {
@@ -49,4 +50,4 @@ class OperationsTest : public testing::TestWithParam<const Operations*> {
 
 #define INSTANTIATE_FOR_OPERATIONS(suite)                                              \
   INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(zox_unit::implementations()), \
-                           [](const auto& info) { return std::string(info.param->name); })
+                           zox_unit::implementation_name)
