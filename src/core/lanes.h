@@ -26,6 +26,10 @@ struct alignas(64) Lanes {
 template <class T>
 using Axes = Lanes<T>[3];
 
+// The compiler neither moves loads across this nor gathers from both sides at once. Between
+// samples it keeps voxels being read slice after slice.
+inline void keep_order() { __asm__ volatile("" ::: "memory"); }
+
 // Bit i is set where flags[i] is not 0; the lanes from n on do not count.
 inline uint64_t flagged_lanes(const Lanes<uint8_t>& flags, int n) {
   uint64_t mask = 0;

@@ -139,7 +139,7 @@ class SliceCursors {
     lanes_.node[lane] = ray_[lane] + 64 * k;
     lanes_.x_step[lane] = wrap_mul(sign, t.sx);
     lanes_.y_step[lane] = wrap_mul(sign, t.sy);
-    lanes_.position_step[lane] = sign * step;
+    lanes_.position_step[lane] = wrap_mul(sign, step);
     lanes_.node_step[lane] = sign * 64;
     lanes_.last_node[lane] = ray_[lane] + 64 * (step < 0 ? first : end - 1);
     lanes_.first_slice[lane] = regions_.first_slice[j];

@@ -45,6 +45,7 @@ void sample_nearest_block(const StackView& view, bool even, const StagedSamples&
   }
   auto value = [&](const char* address, int i) {
     Element element = load<Element>(address);
+    keep_order();
     if constexpr (bit) element = bit_of(element, shift[i]);
     return element;
   };
@@ -53,11 +54,14 @@ void sample_nearest_block(const StackView& view, bool even, const StagedSamples&
       int in_slice = wrap_add(wrap_add(column[i], view.start), wrap_mul(row[i], view.row_pitch));
       offset[i] = wrap_add(in_slice, wrap_mul(slice[i], view.slice_pitch));
     }
-    store_samples<Element>(node, n, planes, [&](int i) { return value(view.origin + offset[i], i); });
+    const char* origin = view.origin;
+    store_samples<Element>(node, n, planes, [=, &offset](int i) { return value(origin + offset[i], i); });
   } else {
-    store_samples<Element>(node, n, planes, [&](int i) {
-      const char* base = static_cast<const char*>(view.slices[slice[i]]);
-      return value(base + byte_offset<rules.row_sum>(view.rowoffs[row[i]], column[i]), i);
+    const void* const* slices = view.slices;
+    const int32_t* rowoffs = view.rowoffs;
+    store_samples<Element>(node, n, planes, [=, &row, &column](int i) {
+      const char* base = static_cast<const char*>(slices[slice[i]]);
+      return value(base + byte_offset<rules.row_sum>(rowoffs[row[i]], column[i]), i);
     });
   }
 }
@@ -74,7 +78,7 @@ void fetch_stack_corners(const StackView& view, bool even, const StagedSamples& 
     }
     const char *origin = view.origin, *next_row = origin + view.row_pitch;
     const char *next_slice = origin + view.slice_pitch, *next_both = next_slice + view.row_pitch;
-    for (int i = 0; i < n; ++i) {
+    for (int i = 0; i < n; ++i, keep_order()) {
       corners.pair[0][i] = load_pair<Element>(origin + offset[i]);
       corners.pair[1][i] = load_pair<Element>(next_row + offset[i]);
       corners.pair[2][i] = load_pair<Element>(next_slice + offset[i]);
@@ -82,7 +86,7 @@ void fetch_stack_corners(const StackView& view, bool even, const StagedSamples& 
     }
     return;
   }
-  for (int i = 0; i < n; ++i) {
+  for (int i = 0; i < n; ++i, keep_order()) {
     int column = (x[i] >> 20) * int{sizeof(Element)};
     int64_t row_0 = byte_offset<rules.row_sum>(view.rowoffs[y[i] >> 20], column);
     int64_t row_1 = byte_offset<rules.row_sum>(view.rowoffs[(y[i] >> 20) + 1], column);
