@@ -2,7 +2,7 @@
 # Changes one rule of the library at a time, in a copy, and sees whether the tests notice. The changes
 # are those of scripts/mutations/*.list and every cell of the tables in src/core/op_rules.h. Prints one
 # line when every change is noticed but those proven to change nothing; otherwise the others, and fails.
-#   scripts/mutate.sh [-j JOBS] [WORD]    WORD: only changes that mention it, say a file or a rule
+#   scripts/mutate.sh [-j JOBS] [PATTERN]    PATTERN: only changes whose file or text match it
 set -euo pipefail
 cd "$(dirname "$0")/.."
 root=$PWD
@@ -27,24 +27,30 @@ apply_change() {  # directory
   printf '%s' "${text/"$old"/"$new"}" >"$1/$file"
 }
 
-# Compiles the one object that the change concerns, as the build does but unoptimised: a header of the
-# kernels belongs to every set, and one set shows it.
+# Compiles one object as the build does but unoptimised, from the sources of another root.
+compile() {  # unit source-root object
+  local command
+  command=$(sed -n "s|^  \"command\": \"\(.*-c $root/$1\)\",\{0,1\}$|\1|p" "$base/compile_commands.json")
+  command=${command//"$root/src"/"$2/src"}
+  bash -c "${command%% -o *} -O0 -w -o $3 -c $2/$1"
+}
+
+# The object that the change concerns: a header of the kernels belongs to every set, and one shows it.
 compile_change() {  # directory
-  local unit command
+  local unit
   unit=$(<"$1/file")
   case $unit in
     src/core/* | src/engine/* | *.inl) unit=src/isa/operations_$(<"$1/set").cpp ;;
   esac
-  command=$(sed -n "s|^  \"command\": \"\(.*-c $root/$unit\)\",\{0,1\}$|\1|p" "$base/compile_commands.json")
-  command=${command//"$root/src"/"$1/src"}
-  command="${command%% -o *} -O0 -w -o $1/change.o -c ${command##* -c }"
-  bash -c "$command" >"$1/log" 2>&1
+  compile "$unit" "$1" "$1/change.o" >"$1/log" 2>&1
 }
 
-# The changed object comes before the library's archive, which then has nothing left to give for it.
+# The changed object, and one that picks its set for the exported functions, come before the library's
+# archive, which then has nothing left to give for them.
 link_test() {  # directory program folder
-  local command
-  command=$(sed "s| -o [^ ]*| -o $1/$2 $1/change.o|" "$base/tests/$3/CMakeFiles/$2.dir/link.txt")
+  local command objects="$1/change.o"
+  [ "$(<"$1/file")" = src/isa/pick.cpp ] || objects="$objects $work/pick/$(<"$1/set").o"
+  command=$(sed "s| -o [^ ]*| -o $1/$2 $objects|" "$base/tests/$3/CMakeFiles/$2.dir/link.txt")
   (cd "$base/tests/$3" && bash -c "$command") >>"$1/log" 2>&1
 }
 
@@ -59,12 +65,16 @@ passes() {  # directory program arguments...
 }
 
 test_change() {  # directory
-  local only
-  only="*$(<"$1/set")*:*exported*"
+  local set only
+  set=$(<"$1/set")
+  # Without the other sets, and the exported functions, which are those of this one.
+  only=-$(printf '*%s:' base avx2 avx512 exported 'Threads.*' | sed "s/[*]$set://")
   if ! link_test "$1" zox_unit_tests unit; then echo "does not link"
   elif ! passes "$1" zox_unit_tests; then echo "noticed"
   elif ! link_test "$1" zox_test_differential differential; then echo "does not link"
   elif ! ZOX_TEST_SCALE=0.2 passes "$1" zox_test_differential --gtest_filter="$only"; then echo "noticed"
+  elif ! link_test "$1" zox_test_fault_system fault; then echo "does not link"
+  elif ! passes "$1" zox_test_fault_system; then echo "noticed"
   elif ! passes "$1" zox_test_differential --gtest_filter="$only"; then echo "noticed"
   else echo "not noticed"
   fi
@@ -90,15 +100,15 @@ if [ "${1:-}" = -j ]; then
   jobs=$2
   shift 2
 fi
-word=${1:-}
+pattern=${1:-}
 
 # Lists into directories. A line "@ FILE [SET]" names the file of what follows; a change is its old
 # lines after "- " and its new lines after "+ "; "= " gives the proof that the change changes nothing.
 split_lists() {
-  awk -v out="$work/changes" -v word="$word" '
+  awk -v out="$work/changes" -v pattern="$pattern" '
     function finish() {
       if (old == "") return
-      if (word == "" || index(file " " old " " new " " why, word) > 0) {
+      if ((file " " old " " new " " why) ~ pattern) {
         dir = sprintf("%s/%04d", out, ++n)
         system("mkdir -p " dir)
         printf "%s", file >(dir "/file"); printf "%s", set >(dir "/set")
@@ -107,11 +117,12 @@ split_lists() {
         close(dir "/file"); close(dir "/set"); close(dir "/old"); close(dir "/new")
       }
       old = new = why = ""
+      complete = 0
     }
     function join_lines(a, b) { return a == "" ? b : a "\n" b }
     /^@ / { finish(); file = $2; set = NF > 2 ? $3 : "base"; next }
-    /^- / { if (new != "") finish(); old = join_lines(old, substr($0, 3)); next }
-    /^\+ / { new = join_lines(new, substr($0, 3)); next }
+    /^- / { if (complete) finish(); old = join_lines(old, substr($0, 3)); next }
+    /^\+/ { new = join_lines(new, substr($0, 3)); complete = 1; next }
     /^= / { why = join_lines(why, substr($0, 3)); next }
     END { finish() }' "$@"
 }
@@ -147,16 +158,30 @@ table_changes() {
     }' scripts/mutations/table.equivalent src/core/op_rules.h
 }
 
+# src/isa/pick.cpp with its choice made.
+pick_each_set() {
+  local set
+  rm -rf "$work/pick"
+  mkdir "$work/pick"
+  cp -r src "$work/pick"
+  for set in base avx2 avx512; do
+    sed -e '/if (.*_supported()) return/d' -e "s/return base::/return $set::/" src/isa/pick.cpp \
+      >"$work/pick/src/isa/pick.cpp"
+    compile src/isa/pick.cpp "$work/pick" "$work/pick/$set.o"
+  done
+}
+
 mkdir -p "$work"
 rm -rf "$work/changes"
 split_lists scripts/mutations/*.list <(table_changes)
-[ -d "$work/changes" ] || { echo "mutate.sh: no change mentions '$word'" >&2; exit 2; }
+[ -d "$work/changes" ] || { echo "mutate.sh: no change matches '$pattern'" >&2; exit 2; }
 
 scripts/deps.sh build test
 {
   cmake -S . -B "$base" -DCMAKE_BUILD_TYPE=Debug -DCMAKE_CXX_FLAGS_DEBUG=-O1 -DZOX_BUILD_TESTS=ON \
     -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF &&
-    cmake --build "$base" --target zox_unit_tests zox_test_differential -j "$jobs"
+    cmake --build "$base" --target zox_unit_tests zox_test_differential zox_test_fault_system -j "$jobs" &&
+    pick_each_set
 } >"$work/log" 2>&1 </dev/null || { tail -n 40 "$work/log"; exit 1; }
 
 printf '%s\n' "$work"/changes/* | xargs -P "$jobs" -n 1 "$root/scripts/mutate.sh" --one
