@@ -94,6 +94,13 @@ TEST_F(BadInputTest, WrongSizes) {
   EXPECT_EQ(run("v.nrrd -o p.png --quiet --size 8x8").status, 0);
 }
 
+// 32 x 32 bricks of 2^17 voxels fit 32 times into 2^32: 1024 layers.
+TEST_F(BadInputTest, BlockedLayoutHolds32BitsOfVoxels) {
+  write_nrrd("type: uchar\ndimension: 3\nsizes: 1025 2 1025\n", size_t{1025} * 2 * 1025);
+  expect_refusal("v.nrrd -o p.png --size 8x8", 1, "too large for the blocked layout");
+  EXPECT_EQ(run("v.nrrd -o p.png --quiet --size 8x8 --layout stack").status, 0);
+}
+
 TEST_F(BadInputTest, StackNearestReaches1024) {
   write_nrrd("type: uchar\ndimension: 3\nsizes: 1025 2 2\n", 4100);
   expect_refusal("v.nrrd -o p.png --layout stack --interpolation nearest", 1, "up to 1024 voxels");
