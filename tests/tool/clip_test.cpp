@@ -63,6 +63,7 @@ RandomRay draw(std::mt19937& random) {
     if (random() % 4 == 0) ray.middle[axis] = random() % 2 ? -0.5 : 0;
     if (random() % 8 == 0) ray.middle[axis] = ray.size[static_cast<size_t>(axis)] - (random() % 2 ? 1 : 0.5);
   }
+  if (length(ray.step) == 0) ray.step[0] = 1;
   return ray;
 }
 

@@ -94,24 +94,25 @@ TEST_F(OutputTest, HelpAndVersion) {
   EXPECT_TRUE(version.out.starts_with("zox-mip 11.0.0 ")) << version.out;
 }
 
-// -2.5 becomes 0 and 7.5 becomes 32767; 2.5, half-way, 16384 (16383.5 rounded). The window is given in
-// the file's values: 2.5 is its middle.
+// -2.5 becomes 0 and 7.5 becomes 32767, so that 2.5000916 is 5.0000916 * 3276.7 = 16383.8: 16384. The
+// window, in the file's values, comes to 16384 (5.0001526 * 3276.7) and 4 (0.00122 * 3276.7 = 3.998), in
+// which 16384 is 63.75 * 2 = 127.5: 127. Truncated to 16383 it would be 63.
 TEST_F(OutputTest, FloatingPointIsScaledAndSaidSo) {
   TestVolume volume;
   volume.size = {3, 3, 3};
   volume.values.assign(27, -2.5);
-  volume.values[13] = 2.5;
+  volume.values[13] = 2.5000916;
   volume.values[14] = 7.5;
   volume.values[0] = std::numeric_limits<double>::quiet_NaN();
   write_text(path("v.nrrd"), nrrd(volume, "float", raw_bytes<float>(volume)));
   const Outcome outcome = run(
       "v.nrrd -o p.png --size 3x3 --view anterior --projection orthographic --interpolation nearest --step 1 "
-      "--window 2.5,9");
+      "--window 2.5001526,0.00122");
   EXPECT_EQ(outcome.status, 0) << outcome.err;
   EXPECT_NE(outcome.out.find("value = -2.5 + 0.000305185095 * stored"), std::string::npos) << outcome.out;
   const Picture picture = read_picture(path("p.png"));
   EXPECT_EQ(picture.at(0, 1), 0);
-  EXPECT_EQ(picture.at(1, 1), 127);  // 255 / 2, truncated
+  EXPECT_EQ(picture.at(1, 1), 127);
   EXPECT_EQ(picture.at(2, 1), 255);
 }
 

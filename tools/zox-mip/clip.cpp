@@ -13,7 +13,7 @@ constexpr double kDriftPerSample = 2.0 / (1 << 20);
 constexpr int kSpareSamples = 4;
 
 // Sample numbers beyond this (a ray almost parallel to a face, far off) are outside of any volume.
-constexpr double kFarSample = 1 << 30;
+constexpr double kFarSample = 1 << 29;
 
 }  // namespace
 

@@ -21,7 +21,7 @@ SampleBox sample_box(const std::array<int, 3>& size, Interpolation interpolation
                      int max_samples);
 
 // Samples number first .. first + count - 1 of a ray lie in the box; sample number n lies at
-// middle + n * step.
+// middle + n * step, and the step is not zero.
 struct Stretch {
   int first = 0;
   int count = 0;
