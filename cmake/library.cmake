@@ -33,7 +33,8 @@ set_target_properties(zox_volume_objects PROPERTIES
 target_compile_options(zox_volume_objects PRIVATE
   -Wall -Wextra -Wpedantic
   -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-stack-protector
-  $<$<CXX_COMPILER_ID:GNU>:-fno-tree-loop-distribute-patterns>)
+  $<$<CXX_COMPILER_ID:GNU>:-fno-tree-loop-distribute-patterns>
+  $<$<CXX_COMPILER_ID:Clang>:-fno-builtin-memcpy>)
 
 # The instruction sets: optimised alike in every build type but Debug. No FMA even where the
 # processor has it: a fused product would change results.
