@@ -66,8 +66,8 @@ class SliceCursors {
   }
 
  private:
-  static constexpr double kSlack = 1 << rules.bits;  // how far beyond the regions z may be
-  static constexpr double kLargestPosition = 0x1p31 - 0x1p22;
+  static constexpr int kSlack = 1 << rules.bits;  // how far beyond the regions z may be
+  static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
   static constexpr int kHalf = rules.slice_half << (rules.bits - 1);
 
   int lowest_slice() const {

@@ -67,6 +67,7 @@ class StackView {
 
  private:
   static constexpr int kMostColumns = 1 << 17;
+  static constexpr int64_t kMostColumnBytes = int64_t{4} * kMostColumns;
   static constexpr int64_t kLargestOffset = 1 << 30;
 
   bool extend(Range rows, Range slices_used) {
@@ -76,7 +77,7 @@ class StackView {
     }
     int64_t first_row = rows_.first < 0 ? -rows_.first : rows_.first;
     if (stack_.pitch > kLargestOffset || stack_.pitch < -kLargestOffset) return false;
-    if (first_row + rows_.span() + stack_.span() + 4 * kMostColumns > kLargestOffset) return false;
+    if (first_row + rows_.span() + stack_.span() + kMostColumnBytes > kLargestOffset) return false;
     origin = static_cast<const char*>(slices[stack_.low]);
     row_pitch = static_cast<int>(rows_.pitch);
     slice_pitch = static_cast<int>(stack_.pitch);
