@@ -179,6 +179,15 @@ TEST_P(OneRegionPath, OffsetsInZAreScaled) {
   EXPECT_EQ(batch.at(0, 2), 0);
 }
 
+// 0.7 * (7 - 2) is 3.5 slices; 0.7 * 7 - 0.7 * 2 would be less.
+TEST_P(OneRegionPath, OffsetsInZAreTakenBeforeScaling) {
+  Stack volume = stack(2, 4).regions({2, 52}, {0}, {0.7});
+  Batch batch = rays(2, {2, 7}, 0, 1);
+  EXPECT_EQ(batch.run(cast(), volume.volume()), ZOX_STS_NO_ERROR);
+  EXPECT_EQ(batch.at(0, 0), 0);
+  EXPECT_EQ(batch.at(0, 1), 1);
+}
+
 TEST_P(OneRegionPath, GoesOnBeyondItsRegion) {
   Stack volume = stack(2, 6).regions({0, 4}, {0}, {1});
   Batch batch = rays(2, {2}, 2, 4);

@@ -54,6 +54,9 @@ TEST_P(StackRegions, OneRegionMapsZToSlices) {
   expect(8, {0, 16}, {2}, {0.25}, 4, 4, {30, 40, 50});
 }
 
+// 0.7 * (7 - 2) is 3.5 slices, to the bit; 0.7 * 7 - 0.7 * 2 is less.
+TEST_P(StackRegions, TheBoundaryIsTakenOffBeforeScaling) { expect(8, {2, 52}, {0}, {0.7}, 7, 0, {35}); }
+
 // z = 15 lies in the second region, at slice 10 + 5 / 2.
 TEST_P(StackRegions, EveryRegionHasItsScale) {
   expect(16, {0, 10, 20}, {0, 10}, {1, 0.5}, 15, 0, {125});
