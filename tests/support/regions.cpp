@@ -29,6 +29,8 @@ Regions draw_regions(const Caster& caster, bool strict, Random& random) {
   const int count = draw_region_count(caster, random);
   // In order, as the slices of one scan; or any slice after any other.
   const bool in_order = random.chance(0.7);
+  // By one slice: the next region begins before the last slice of the one below.
+  const bool overlapping = random.chance(0.15);
   const bool odd_scales = random.chance(0.15);
   const int first = random.pick({0, 0, 0, random.whole(0, 3)});
   double bound =
@@ -43,6 +45,7 @@ Regions draw_regions(const Caster& caster, bool strict, Random& random) {
     regions.slices.push_back(in_order ? static_cast<int32_t>(slice) : random.whole(0, 30));
     bound += width;
     slice += std::floor(width * std::fabs(scale) + 0.5);
+    if (overlapping) slice -= 1;
   }
   regions.bounds.push_back(bound);
   return regions;
