@@ -46,7 +46,7 @@ bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Region
 }
 
 template <GeneralRules rules>
-int cast_buckets(const zox_Rays& batch, int, int largest, const zox_Volume& volume) {
+int cast_buckets(const zox_Rays& batch, int largest, const zox_Volume& volume) {
   int32_t bounds_on_stack[kStackEntries];
   uint32_t heads_on_stack[kStackEntries];
   HeapBlock bounds, heads, nodes;
@@ -62,9 +62,8 @@ int cast_buckets(const zox_Rays& batch, int, int largest, const zox_Volume& volu
   uint32_t* head = heads.as<uint32_t>() ? heads.as<uint32_t>() : heads_on_stack;
   for (int j = 0; j <= nregions; ++j) Zb[j] = to_fixed<rules.bounds>(volume.regbounds[j], 1 << rules.bits);
   Regions regions{nregions, Zb, volume.regslice, volume.regscale};
-  if (sweep_cursors<rules>(volume, batch, regions)) {
-    return ZOX_STS_NO_ERROR;
-  } else if (nodes.as<char>()) {
+  if (sweep_cursors<rules>(volume, batch, regions)) return ZOX_STS_NO_ERROR;
+  if (nodes.as<char>()) {
     sweep_lists<rules>(volume, batch, regions, head, nodes.as<SampleNode<rules>>());
   } else {
     sweep_with_stack_nodes<rules>(volume, batch, regions, head);
@@ -74,7 +73,7 @@ int cast_buckets(const zox_Rays& batch, int, int largest, const zox_Volume& volu
 
 template <GeneralRules rules>
 int cast_general(const zox_Volume* volume, const zox_Rays* rays) {
-  return cast_buckets<rules>(*rays, rays->nrays, largest_count(*rays), *volume);
+  return cast_buckets<rules>(*rays, largest_count(*rays), *volume);
 }
 
 }  // namespace

@@ -27,19 +27,19 @@ int zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_OneRegion(const zox_Rays*
                                                                  const zox_Volume* volume) {
   return cast_one_region<kOneRegionBit>(*rays, nrays, max_samples, *volume);
 }
-int zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_MultiRegion(const zox_Rays* rays, int nrays,
+int zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_MultiRegion(const zox_Rays* rays, int /*nrays*/,
                                                                   int max_samples, const zox_Volume* volume) {
-  return cast_buckets<kParallelNearest8U>(*rays, nrays, max_samples, *volume);
+  return cast_buckets<kParallelNearest8U>(*rays, max_samples, *volume);
 }
-int zox_Volume_RayCast_General_Parallel_Nearest_16S_16S_MultiRegion(const zox_Rays* rays, int nrays,
+int zox_Volume_RayCast_General_Parallel_Nearest_16S_16S_MultiRegion(const zox_Rays* rays, int /*nrays*/,
                                                                     int max_samples,
                                                                     const zox_Volume* volume) {
-  return cast_buckets<kParallelNearest16S>(*rays, nrays, max_samples, *volume);
+  return cast_buckets<kParallelNearest16S>(*rays, max_samples, *volume);
 }
-int zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_MultiRegion(const zox_Rays* rays, int nrays,
+int zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_MultiRegion(const zox_Rays* rays, int /*nrays*/,
                                                                    int max_samples,
                                                                    const zox_Volume* volume) {
-  return cast_buckets<kParallelNearestBit>(*rays, nrays, max_samples, *volume);
+  return cast_buckets<kParallelNearestBit>(*rays, max_samples, *volume);
 }
 
 }  // namespace
