@@ -39,7 +39,8 @@ Regions draw_regions(const Caster& caster, bool strict, Random& random) {
   for (int j = 0; j < count; ++j) {
     const double width = draw_width(count, strict, random);
     double scale = draw_scale(random);
-    if (odd_scales && random.chance(0.4)) scale = random.pick({0.0, -scale, -0.01, random.real(50, 2000)});
+    if (odd_scales && random.chance(0.4))
+      scale = random.pick({0.0, -scale, -0.01, strict ? 1.0 : random.real(50, 2000)});
     regions.bounds.push_back(bound);
     regions.scales.push_back(scale);
     regions.slices.push_back(in_order ? static_cast<int32_t>(slice) : random.whole(0, 30));
