@@ -60,7 +60,7 @@ passes() {  # directory program arguments...
   shift 2
   (
     ulimit -v 16000000 -c 0
-    GTEST_BRIEF=1 GTEST_FAIL_FAST=1 timeout 60 "$program" "$@" >"${program%/*}/log" 2>&1
+    GTEST_BRIEF=1 GTEST_FAIL_FAST=1 timeout -k 5 60 "$program" "$@" >"${program%/*}/log" 2>&1
   ) 2>/dev/null
 }
 
