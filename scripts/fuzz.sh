@@ -2,6 +2,7 @@
 # Fuzzes the operations against the reference, then the renderer's options and files, for so many
 # seconds each, starting from the seeds in the tree. Prints nothing when all is well; otherwise what
 # was found, and the input is kept in build/fuzz/found.
+# ZOX_FUZZ_SEED repeats a walk; without it every run takes another.
 #   scripts/fuzz.sh SECONDS [operations|renderer]
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -27,6 +28,7 @@ for name in $only; do
   run cmake --build build/fuzz --target "fuzz_$name" -j "$(nproc)"
   # New inputs are collected aside from the seeds, and serve the next run.
   mkdir -p "build/fuzz/corpus-$name"
-  run "build/fuzz/fuzz_$name" -max_total_time="$seconds" -max_len=4096 -timeout=60 -rss_limit_mb=4096 \
+  run "build/fuzz/fuzz_$name" -max_total_time="$seconds" -seed="${ZOX_FUZZ_SEED:-0}" -max_len=4096 -timeout=60 \
+    -rss_limit_mb=4096 \
     -artifact_prefix="build/fuzz/found/$name-" "build/fuzz/corpus-$name" "fuzz/seeds/$name"
 done

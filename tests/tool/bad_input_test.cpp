@@ -32,6 +32,11 @@ TEST_F(BadInputTest, UnknownFormat) {
   expect_refusal("v.nii -o p.png", 1, "no format that ITK reads");
 }
 
+TEST_F(BadInputTest, DamagedPicture) {
+  write_text(path("v.png"), "\x89PNG\r\n\x1a\n and then nothing that a picture would hold");
+  expect_refusal("v.png -o p.png", 1, "picture of 2 dimensions");
+}
+
 TEST_F(BadInputTest, TruncatedFiles) {
   const TestVolume volume = random_volume({12, 12, 12}, 0, 255, 4);
   const std::string whole = nifti(volume);

@@ -117,6 +117,10 @@ ImageIO::Pointer open_image(const std::string& path) {
   const ImageIO::Pointer io =
       itk::ImageIOFactory::CreateImageIO(path.c_str(), itk::CommonEnums::IOFileMode::ReadMode);
   if (!io) fail(quoted(path) + " is in no format that ITK reads.");
+  // Formats of flat pictures. The PNG reader ends the process when the file is damaged.
+  const std::string reader = io->GetNameOfClass();
+  if (reader == "PNGImageIO" || reader == "JPEGImageIO" || reader == "BMPImageIO")
+    fail(quoted(path) + " is a picture of 2 dimensions; a volume has 3.");
   io->SetFileName(path);
   io->ReadImageInformation();
   return io;
