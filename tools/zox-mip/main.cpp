@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <chrono>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <new>
@@ -34,9 +35,28 @@ void report_picture(const Options& options, const Volume& volume, const StoredWi
               static_cast<double>(samples) * 1e-6, seconds, options.threads, options.threads == 1 ? "" : "s");
 }
 
+// Some format readers end the process on a damaged file, while stderr is silenced for them: say what
+// it is about all the same. Nothing has been written by then.
+int told = -1;
+void answer_abort(int) {
+  static const char sentence[] = "zox-mip: The file cannot be read: it is damaged.\n";
+  const ssize_t ignored = write(told, sentence, sizeof sentence - 1);
+  static_cast<void>(ignored);
+  _exit(kExitFailed);
+}
+
+Volume read_input(const std::string& path) {
+  told = dup(STDERR_FILENO);
+  std::signal(SIGABRT, answer_abort);
+  Volume volume = read_volume(path);
+  std::signal(SIGABRT, SIG_DFL);
+  close(told);
+  return volume;
+}
+
 void make_picture(const Options& options) {
   const bool phantom = options.input.empty();
-  Volume volume = phantom ? make_phantom() : read_volume(options.input);
+  Volume volume = phantom ? make_phantom() : read_input(options.input);
   const StoredWindow window = choose_window(options.window, volume);
   const auto start = std::chrono::steady_clock::now();
   const Rendering rendering = render(volume, options, !options.quiet && isatty(STDERR_FILENO));
