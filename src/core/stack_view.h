@@ -43,7 +43,7 @@ class StackView {
   StackView(const zox_Volume& volume, int beyond)
       : slices(volume.slices), rowoffs(volume.rowoffs), beyond_(beyond) {}
 
-  // Whether offset() reaches these samples. Looks only at table entries from the first to the
+  // Whether the 32-bit offsets below reach these samples. Looks only at table entries from the first to the
   // last that samples of this call have used so far.
   bool even_for(Range columns, Range rows, Range slices_used) {
     if (!even_) return false;

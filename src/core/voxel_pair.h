@@ -14,12 +14,16 @@ struct VoxelPair<uint8_t> {
   using Type = uint16_t;
   static int left(Type pair) { return pair & 0xFF; }
   static int right(Type pair) { return pair >> 8; }
+  static Type with_right(Type pair, uint8_t right) { return static_cast<Type>((pair & 0xFF) | right << 8); }
 };
 template <>
 struct VoxelPair<int16_t> {
   using Type = uint32_t;
   static int left(Type pair) { return static_cast<int16_t>(pair); }
   static int right(Type pair) { return static_cast<int32_t>(pair) >> 16; }
+  static Type with_right(Type pair, int16_t right) {
+    return (pair & 0xFFFF) | static_cast<Type>(static_cast<uint16_t>(right)) << 16;
+  }
 };
 
 // The eight corners of every lane: four pairs along x, for (y, z), (y + 1, z), (y, z + 1) and

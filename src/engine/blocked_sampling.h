@@ -61,8 +61,8 @@ void fetch_corners(const BlockedVolume<Element>& volume, const Axes<int>& voxel,
   for (uint64_t lanes = flagged_lanes(at_cell_end, n); lanes != 0; lanes &= lanes - 1) {
     int i = __builtin_ctzll(lanes);
     for (int row = 0; row < 4; ++row) {
-      Element* pair = reinterpret_cast<Element*>(&corners.pair[row][i]);
-      pair[1] = volume.data[number[row][i] ^ to_right[i]];
+      Element right = volume.data[number[row][i] ^ to_right[i]];
+      corners.pair[row][i] = VoxelPair<Element>::with_right(corners.pair[row][i], right);
     }
   }
 }
