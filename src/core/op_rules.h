@@ -50,6 +50,12 @@ constexpr GeneralRules kParallelTrilinear8U   {Voxel::k8U,  StepOf::kRay0,    20
 constexpr GeneralRules kParallelTrilinear16S  {Voxel::k16S, StepOf::kRay0,    20, 0, kRound, kRound, kRound, kRound, kRound, 0, Tables::kGrow,  10, RowSum::k64Bits};
 // clang-format on
 
+// What leads from a position to its slice: shared by all nearest and by all trilinear operations.
+struct SliceRules {
+  int bits, half;
+};
+constexpr SliceRules slice_rules(GeneralRules r) { return {r.bits, r.slice_half}; }
+
 // What the voxels are read by, once samples are in slice order.
 struct FetchRules {
   Voxel voxel;

@@ -44,9 +44,9 @@ struct Regions {
   int step(int sz, int j) const { return truncate(scale[j] * static_cast<double>(sz)); }
 };
 
-template <GeneralRules rules>
+template <SliceRules rules>
 int slice_of(int position, int first_slice) {
-  constexpr int half = rules.slice_half << (rules.bits - 1);
+  constexpr int half = rules.half << (rules.bits - 1);
   return wrap_add(wrap_add(position, half) >> rules.bits, first_slice);
 }
 

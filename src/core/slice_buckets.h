@@ -101,7 +101,7 @@ void sweep_lists(const zox_Volume& volume, const zox_Rays& batch, const Regions&
     RegionWalk walk(regions, t);
     for (int k = 0; k < t.n; ++k, walk.advance()) {
       walk.enter_region();
-      int s = slice_of<rules>(walk.position(), walk.first_slice());
+      int s = slice_of<slice_rules(rules)>(walk.position(), walk.first_slice());
       if (s >= 0 && s < volume.nslices) {
         uint32_t node = static_cast<uint32_t>(r + 64 * k);
         nodes[node] = SampleNode<rules>(heads[s], t.x, t.y, walk.position());

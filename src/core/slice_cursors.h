@@ -3,7 +3,7 @@
 #pragma once
 
 #include "core/region_walk.h"
-#include "core/staged_samples.h"
+#include "core/stack_view.h"
 #include "core/vectors.h"
 
 namespace zox::ZOX_SET {
@@ -20,7 +20,7 @@ struct CursorLanes {
   Lanes<int> slice;        // of the next sample; kNoSlice when the ray is done
 };
 
-template <GeneralRules rules>
+template <SliceRules rules>
 class SliceCursors {
  public:
   explicit SliceCursors(const Regions& regions) : regions_(regions) {
@@ -51,24 +51,23 @@ class SliceCursors {
   }
 
   // Appends every sample of the lowest slice that any cursor stands at, until none is left below
-  // `nslices`. Samples below slice 0 are passed over. flush() empties the stage.
-  template <class Flush>
-  void sweep(int nslices, StagedSamples& stage, Flush flush) {
-    if (n_ == 1) return follow_one(nslices, stage, flush);
+  // `nslices`. Samples below slice 0 are passed over.
+  void sweep(int nslices, StagedSamples& stage, const StageSink& sink) {
+    if (n_ == 1) return follow_one(nslices, stage, sink);
     for (int s = lowest_slice(); s < nslices;) {
       Vector next = broadcast(kNoSlice);
       for (int group = 0; group < n_; group += kVector) {
-        next = smaller(next, append_group(s, group, stage, flush));
+        next = smaller(next, append_group(s, group, stage, sink));
       }
       s = lowest_of(next);
     }
-    flush(stage);
+    sink.take(stage);
   }
 
  private:
   static constexpr int kSlack = 1 << rules.bits;  // how far beyond the regions z may be
   static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
-  static constexpr int kHalf = rules.slice_half << (rules.bits - 1);
+  static constexpr int kHalf = rules.half << (rules.bits - 1);
 
   int lowest_slice() const {
     int lowest = kNoSlice;
@@ -147,8 +146,7 @@ class SliceCursors {
   }
 
   // sweep() for a ray that is alone: it is in slice order as it stands.
-  template <class Flush>
-  void follow_one(int nslices, StagedSamples& stage, Flush flush) {
+  void follow_one(int nslices, StagedSamples& stage, const StageSink& sink) {
     while (lanes_.slice[0] < nslices) {
       int left = (lanes_.last_node[0] - lanes_.node[0]) / lanes_.node_step[0] + 1;
       int n = left < kStage ? left : kStage;
@@ -159,7 +157,7 @@ class SliceCursors {
       while (n > below && stage.slice[n - 1] >= nslices) --n;
       if (below > 0) stage.drop_first(below, n);
       stage.n = n - below;
-      flush(stage);
+      sink.take(stage);
     }
   }
 
@@ -192,8 +190,7 @@ class SliceCursors {
 
   // Appends the samples of slice s of one vector's lanes and moves these on; the slices at which
   // they then stand.
-  template <class Flush>
-  Vector append_group(int s, int group, StagedSamples& stage, Flush flush);
+  Vector append_group(int s, int group, StagedSamples& stage, const StageSink& sink);
 
   const Regions& regions_;
   CursorLanes lanes_;
@@ -203,9 +200,8 @@ class SliceCursors {
   int region_[kLanes];  // the one to enter next
 };
 
-template <GeneralRules rules>
-template <class Flush>
-Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, Flush flush) {
+template <SliceRules rules>
+Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, const StageSink& sink) {
   CursorLanes& c = lanes_;
   const Vector wanted = broadcast(s), none = broadcast(kNoSlice);
   Vector slice = load_vector(&c.slice[group]);
@@ -217,7 +213,7 @@ Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage,
     Packing packed(bits);
     packed.append(stage.x + stage.n, x);
     packed.append(stage.y + stage.n, y);
-    if constexpr (!rules.slice_half) packed.append(stage.position + stage.n, position);
+    if constexpr (!rules.half) packed.append(stage.position + stage.n, position);
     packed.append(stage.node + stage.n, node);
     store_anywhere(stage.slice + stage.n, wanted);
     stage.n += s >= 0 ? __builtin_popcount(bits) : 0;
@@ -238,7 +234,7 @@ Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage,
       x = load_vector(&c.x[group]), y = load_vector(&c.y[group]), position = load_vector(&c.position[group]);
       node = load_vector(&c.node[group]), slice = load_vector(&c.slice[group]);
     }
-    if (stage.full()) flush(stage);
+    if (stage.full()) sink.take(stage);
   }
   store_vector(&c.x[group], x), store_vector(&c.y[group], y), store_vector(&c.position[group], position);
   store_vector(&c.node[group], node), store_vector(&c.slice[group], slice);

@@ -91,5 +91,14 @@ class StackView {
   Progression rows_, stack_;
 };
 
+// Where staged samples go: samples them all, in order, and empties the stage.
+struct StageSink {
+  void (*sample)(StackView& view, StagedSamples& stage, void* const* planes);
+  StackView& view;
+  void* const* planes;
+
+  void take(StagedSamples& stage) const { sample(view, stage, planes); }
+};
+
 }  // namespace
 }  // namespace zox::ZOX_SET

@@ -31,8 +31,9 @@ template <GeneralRules rules>
 // regions or a ray's z do not run one way.
 template <GeneralRules rules>
 bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Regions& regions) {
-  if (!SliceCursors<rules>::regions_ascend(regions)) return false;
-  SliceCursors<rules> cursors(regions);
+  using Cursors = SliceCursors<slice_rules(rules)>;
+  if (!Cursors::regions_ascend(regions)) return false;
+  Cursors cursors(regions);
   for (int r = 0; r < batch.nrays; ++r) {
     Trace t = trace_of<rules>(batch, r, regions.n == 1);
     if (!cursors.add(t, r)) return false;
@@ -40,8 +41,7 @@ bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Region
   constexpr FetchRules fetch = fetch_rules(rules);
   StackView view(volume, fetch.trilinear ? 1 : 0);
   StagedSamples stage;
-  cursors.sweep(volume.nslices, stage,
-                [&](StagedSamples& staged) { flush_stage<fetch>(view, staged, batch.planes); });
+  cursors.sweep(volume.nslices, stage, {flush_stage<fetch>, view, batch.planes});
   return true;
 }
 

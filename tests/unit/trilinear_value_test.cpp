@@ -180,5 +180,39 @@ INSTANTIATE_FOR_CASTERS(TermSumValue, [](const Caster& c) {
   return c.blocked() && c.trilinear() && (!c.parallel() || c.element_size == 2);
 });
 
+// Slice stacks in doubles: (to - from) * fraction + from, along x, then y, then z. The places are
+// such that the exact value lies within a few 10^-12 of a whole number.
+class StackedDoublesValue : public TrilinearValue {
+ protected:
+  // Slice 2 is `lower` throughout, slice 3 has one voxel for each corner. Fractions in units.
+  int above_even(Point units, int lower, int v00, int v10, int v01, int v11) {
+    return sample({2 + units.x * kUnit, 2 + units.y * kUnit, 2 + units.z * kUnit}, {{2, 2, 2, lower},
+                                                                                    {3, 2, 2, lower},
+                                                                                    {2, 3, 2, lower},
+                                                                                    {3, 3, 2, lower},
+                                                                                    {2, 2, 3, v00},
+                                                                                    {3, 2, 3, v10},
+                                                                                    {2, 3, 3, v01},
+                                                                                    {3, 3, 3, v11}});
+  }
+};
+
+// Exactly 10354 - 1.3e-12. from * (1 - fraction) + to * fraction would come to 10354.
+TEST_P(StackedDoublesValue, WeighsTheDifference) {
+  EXPECT_EQ(above_even({769173, 720940, 618473}, 13600, 13600, 13600, 13600, 2688), 10353);
+}
+
+// In doubles the same steps with y before x give the other neighbour: of the first, exactly 10837 -
+// 2.9e-13, they give 10837; of the second, exactly -8054 + 2.2e-13, -8054; and the third, exactly
+// 3680 - 3.6e-12, is 3680 by the steps in order and would be 3679.
+TEST_P(StackedDoublesValue, GoesAlongXBeforeY) {
+  EXPECT_EQ(above_even({103533, 635922, 578999}, 8668, -4290, -17180, 27081, -280), 10836);
+  EXPECT_EQ(above_even({219959, 940129, 645601}, -11681, 4540, 15435, -3863, -19987), -8053);
+  EXPECT_EQ(above_even({13673, 1040631, 793754}, -21037, -26056, 7245, 11740, 23956), 3680);
+}
+
+INSTANTIATE_FOR_CASTERS(StackedDoublesValue,
+                        [](const Caster& c) { return !c.blocked() && c.trilinear() && c.element_size == 2; });
+
 }  // namespace
 }  // namespace zox_unit
