@@ -1,6 +1,9 @@
 // The renderer's command line and its files. The first byte says which: an even one leaves a command
 // line, its arguments apart by zero bytes; an odd one leaves a file, whose kind the second byte names.
 // Either is taken, or refused with one sentence.
+#include <sanitizer/common_interface_defs.h>
+#include <unistd.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -123,10 +126,14 @@ extern "C" const char* __asan_default_options() {
 }
 
 // What the format readers keep when they fail is theirs.
-extern "C" const char* __lsan_default_suppressions() { return "leak:libITK\nleak:libnifti\nleak:libznz\n"; }
+extern "C" const char* __lsan_default_suppressions() {
+  return "leak:libITK\nleak:libitk\nleak:libnifti\nleak:libznz\n";
+}
 
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   std::cout.rdbuf(nullptr);  // --help and --version print
+  // While ITK reads, the renderer silences stderr: what is found then is told all the same.
+  __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<intptr_t>(dup(STDERR_FILENO))));
   return 0;
 }
 

@@ -3,6 +3,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstring>
+#include <limits>
+
 #include "files.h"
 #include "run.h"
 
@@ -51,6 +54,28 @@ TEST_F(BadInputTest, TruncatedFiles) {
   expect_refusal("w.nii.gz -o p.png", 1, "cut short");
   write_text(path("x.nii.gz"), packed.substr(0, packed.size() - 9));
   expect_refusal("x.nii.gz -o p.png", 1, "cut short");
+}
+
+// ITK would compute on for ever, or end the process.
+TEST_F(BadInputTest, DamagedOrientation) {
+  const std::string whole = nifti(random_volume({4, 4, 4}, 0, 255, 4));
+  for (const float wrong :
+       {3e38F, -1e10F, std::numeric_limits<float>::infinity(), std::numeric_limits<float>::quiet_NaN()}) {
+    std::string damaged = whole;
+    for (size_t i = 0; i < 12; ++i) std::memcpy(damaged.data() + 280 + 4 * i, &wrong, sizeof wrong);
+    write_text(path("v.nii"), damaged);
+    expect_refusal("v.nii -o p.png", 1, "scanner coordinates");
+    write_text(path("w.nii.gz"), gzipped(damaged));
+    expect_refusal("w.nii.gz -o p.png", 1, "scanner coordinates");
+  }
+  std::string one = whole;
+  const float wrong = std::numeric_limits<float>::quiet_NaN();
+  std::memcpy(one.data() + 280 + 4 * 11, &wrong, sizeof wrong);
+  for (const char* magic : {"n+1", "n+2", "n+9"}) {
+    std::memcpy(one.data() + 344, magic, 4);
+    write_text(path("v.nii"), one);
+    expect_refusal("v.nii -o p.png", 1, "scanner coordinates");
+  }
 }
 
 TEST_F(BadInputTest, DamagedGzip) {

@@ -184,31 +184,34 @@ INSTANTIATE_FOR_CASTERS(TermSumValue, [](const Caster& c) {
 // such that the exact value lies within a few 10^-12 of a whole number.
 class StackedDoublesValue : public TrilinearValue {
  protected:
-  // Slice 2 is `lower` throughout, slice 3 has one voxel for each corner. Fractions in units.
-  int above_even(Point units, int lower, int v00, int v10, int v01, int v11) {
-    return sample({2 + units.x * kUnit, 2 + units.y * kUnit, 2 + units.z * kUnit}, {{2, 2, 2, lower},
-                                                                                    {3, 2, 2, lower},
-                                                                                    {2, 3, 2, lower},
-                                                                                    {3, 3, 2, lower},
-                                                                                    {2, 2, 3, v00},
-                                                                                    {3, 2, 3, v10},
-                                                                                    {2, 3, 3, v01},
-                                                                                    {3, 3, 3, v11}});
+  // Fractions in units. One of slices 2 and 3 has a voxel for each corner, the other is even.
+  int sample_with(int uneven, Point units, int even, int v00, int v10, int v01, int v11) {
+    const int other = 5 - uneven;
+    return sample({2 + units.x * kUnit, 2 + units.y * kUnit, 2 + units.z * kUnit}, {{2, 2, other, even},
+                                                                                    {3, 2, other, even},
+                                                                                    {2, 3, other, even},
+                                                                                    {3, 3, other, even},
+                                                                                    {2, 2, uneven, v00},
+                                                                                    {3, 2, uneven, v10},
+                                                                                    {2, 3, uneven, v01},
+                                                                                    {3, 3, uneven, v11}});
   }
 };
 
 // Exactly 10354 - 1.3e-12. from * (1 - fraction) + to * fraction would come to 10354.
 TEST_P(StackedDoublesValue, WeighsTheDifference) {
-  EXPECT_EQ(above_even({769173, 720940, 618473}, 13600, 13600, 13600, 13600, 2688), 10353);
+  EXPECT_EQ(sample_with(3, {769173, 720940, 618473}, 13600, 13600, 13600, 13600, 2688), 10353);
 }
 
-// In doubles the same steps with y before x give the other neighbour: of the first, exactly 10837 -
-// 2.9e-13, they give 10837; of the second, exactly -8054 + 2.2e-13, -8054; and the third, exactly
-// 3680 - 3.6e-12, is 3680 by the steps in order and would be 3679.
+// In doubles the same steps with y before x give the other neighbour. In the upper slice: exactly 10837
+// - 2.9e-13, for which they give 10837; -8054 + 2.2e-13, -8054; and 3680 - 3.6e-12, which is 3680 by the
+// steps in order and would be 3679. In the lower: 24430 - 2.6e-12, 24430; and 9077 - 9.2e-13, 9077.
 TEST_P(StackedDoublesValue, GoesAlongXBeforeY) {
-  EXPECT_EQ(above_even({103533, 635922, 578999}, 8668, -4290, -17180, 27081, -280), 10836);
-  EXPECT_EQ(above_even({219959, 940129, 645601}, -11681, 4540, 15435, -3863, -19987), -8053);
-  EXPECT_EQ(above_even({13673, 1040631, 793754}, -21037, -26056, 7245, 11740, 23956), 3680);
+  EXPECT_EQ(sample_with(3, {103533, 635922, 578999}, 8668, -4290, -17180, 27081, -280), 10836);
+  EXPECT_EQ(sample_with(3, {219959, 940129, 645601}, -11681, 4540, 15435, -3863, -19987), -8053);
+  EXPECT_EQ(sample_with(3, {13673, 1040631, 793754}, -21037, -26056, 7245, 11740, 23956), 3680);
+  EXPECT_EQ(sample_with(2, {41817, 730871, 976899}, 26244, 17262, 32054, -8513, -187), 24429);
+  EXPECT_EQ(sample_with(2, {925715, 644814, 555627}, 23360, 14755, 7621, 27804, -22623), 9076);
 }
 
 INSTANTIATE_FOR_CASTERS(StackedDoublesValue,

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
@@ -24,7 +25,7 @@ using GzFile = std::unique_ptr<gzFile_s, decltype(&gzclose)>;
 // gzopen reads plain files as they are.
 GzFile open_gz(const std::string& path) { return {gzopen(path.c_str(), "rb"), &gzclose}; }
 
-// The header of NIfTI-1 and Analyze, of which only the lengths matter here.
+// The header of NIfTI-1 and Analyze, of which only lengths and coordinates matter here.
 class Header {
  public:
   static std::optional<Header> read(const std::string& path) {
@@ -35,12 +36,30 @@ class Header {
     return header;
   }
 
+  // Readers take any version from 1 to 9 for NIfTI, and what has none for Analyze.
+  bool is_nifti() const {
+    const char* magic = bytes_.data() + 344;
+    return magic[0] == 'n' && (magic[1] == '+' || magic[1] == 'i') && magic[2] >= '1' && magic[2] <= '9' &&
+           magic[3] == '\0';
+  }
+
   uint64_t voxel_bytes() const {
     uint64_t bytes = static_cast<uint64_t>(std::max<int>(number<int16_t>(72), 0)) / 8;  // bitpix
     const int dimensions = std::clamp<int>(number<int16_t>(40), 0, 7);
     for (int axis = 1; axis <= dimensions; ++axis)
       bytes *= static_cast<uint64_t>(std::max<int>(number<int16_t>(40 + 2 * static_cast<size_t>(axis)), 1));
     return bytes;
+  }
+
+  // Where scanner coordinates stand, three rows of four.
+  bool coordinates_are_sound() const {
+    constexpr float kMost = 1e9F;
+    if (!is_nifti() || number<int16_t>(254) <= 0) return true;  // sform_code
+    for (size_t i = 0; i < 12; ++i) {
+      const float coordinate = std::bit_cast<float>(number<uint32_t>(280 + 4 * i));
+      if (!(std::abs(coordinate) <= kMost)) return false;
+    }
+    return true;
   }
 
   uint64_t voxel_offset() const {
@@ -75,6 +94,11 @@ bool holds_at_least(const std::string& path, uint64_t wanted) {
   return got == 0 && error == Z_OK && total >= wanted;
 }
 
+bool is_pair(const std::string& path) {
+  const std::string name = fs::path(path).filename().string();
+  return name.find(".hdr") != std::string::npos || name.find(".img") != std::string::npos;
+}
+
 // The other file of a pair x.hdr and x.img, either of which may end in .gz too.
 std::optional<std::string> partner(const fs::path& file, const char* extension) {
   const fs::path plain = file.extension() == ".gz" ? fs::path(file).replace_extension() : file;
@@ -96,12 +120,15 @@ bool can_hold(const std::string& path, uint64_t voxel_bytes) {
   return !is_one_file || voxel_bytes / kMostPacked <= fs::file_size(path);
 }
 
+bool is_nifti_sound(const std::string& path) {
+  const std::optional<std::string> header_file = is_pair(path) ? partner(path, ".hdr") : path;
+  const std::optional<Header> header = header_file ? Header::read(*header_file) : std::nullopt;
+  return !header || header->coordinates_are_sound();
+}
+
 bool is_nifti_complete(const std::string& path) {
-  const fs::path file(path);
-  const std::string name = file.filename().string();
-  const bool pair = name.find(".hdr") != std::string::npos || name.find(".img") != std::string::npos;
-  const std::optional<std::string> header_file = pair ? partner(file, ".hdr") : path;
-  const std::optional<std::string> voxel_file = pair ? partner(file, ".img") : path;
+  const std::optional<std::string> header_file = is_pair(path) ? partner(path, ".hdr") : path;
+  const std::optional<std::string> voxel_file = is_pair(path) ? partner(path, ".img") : path;
   if (!header_file || !voxel_file) return false;
   const std::optional<Header> header = Header::read(*header_file);
   return header && holds_at_least(*voxel_file, header->voxel_offset() + header->voxel_bytes());

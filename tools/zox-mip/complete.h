@@ -1,4 +1,5 @@
-// Finding out that a file is cut short, which some of ITK's readers pass over in silence.
+// Finding out that a file is cut short or damaged where ITK's readers pass over it in silence, or do not
+// come back.
 #pragma once
 
 #include <cstddef>
@@ -11,6 +12,10 @@ namespace zox_mip {
 // Whether a file is long enough for so many bytes of voxels, as far as that can be told before reading
 // it. A reader would clear all the memory that a short header asks for.
 bool can_hold(const std::string& path, uint64_t voxel_bytes);
+
+// Whether the scanner coordinates of a NIfTI file are numbers of some use: ITK turns others into a
+// matrix that it never gets done with, or ends the process.
+bool is_nifti_sound(const std::string& path);
 
 // Whether a NIfTI (or Analyze) file holds as many bytes as its header promises. ITK fills up what is
 // missing. Reads the whole file, through gzip if it is compressed.

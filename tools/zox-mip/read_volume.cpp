@@ -113,6 +113,8 @@ void take_geometry(const ImageIO& io, const std::string& path, Volume& volume) {
     fail(quoted(path) + " has axes or spacings that hardly span a volume.");
 }
 
+bool is_nifti(const ImageIO& io) { return io.GetNameOfClass() == std::string("NiftiImageIO"); }
+
 ImageIO::Pointer open_image(const std::string& path) {
   const ImageIO::Pointer io =
       itk::ImageIOFactory::CreateImageIO(path.c_str(), itk::CommonEnums::IOFileMode::ReadMode);
@@ -121,6 +123,8 @@ ImageIO::Pointer open_image(const std::string& path) {
   const std::string reader = io->GetNameOfClass();
   if (reader == "PNGImageIO" || reader == "JPEGImageIO" || reader == "BMPImageIO")
     fail(quoted(path) + " is a picture of 2 dimensions; a volume has 3.");
+  if (is_nifti(*io) && !is_nifti_sound(path))
+    fail(quoted(path) + " is damaged: its scanner coordinates are beyond all bounds.");
   io->SetFileName(path);
   io->ReadImageInformation();
   return io;
@@ -140,7 +144,7 @@ std::unique_ptr<std::byte[]> read_voxels(ImageIO& io, const std::string& path, s
       quoted(path) + " is damaged or cut short: it does not hold the voxels that its header speaks of.";
   const size_t bytes = count * file_type_bytes(type);
   if (!can_hold(path, bytes)) fail(cut);
-  if (io.GetNameOfClass() == std::string("NiftiImageIO") && !is_nifti_complete(path)) fail(cut);
+  if (is_nifti(io) && !is_nifti_complete(path)) fail(cut);
   itk::ImageIORegion region(io.GetNumberOfDimensions());
   for (unsigned axis = 0; axis < io.GetNumberOfDimensions(); ++axis) {
     region.SetIndex(axis, 0);
