@@ -32,7 +32,10 @@ class Header {
     Header header;
     const GzFile file = open_gz(path);
     if (!file || gzread(file.get(), header.bytes_.data(), kHeaderBytes) != int{kHeaderBytes}) return {};
-    header.swapped_ = header.number<int32_t>(0) != int32_t{kHeaderBytes};
+    // The number of dimensions tells the byte order, 1 to 7; where there is none, the header's length.
+    const int dimensions = header.number<int16_t>(40);
+    header.swapped_ = dimensions == 0 ? header.number<int32_t>(0) != int32_t{kHeaderBytes}
+                                      : dimensions < 1 || dimensions > 7;
     return header;
   }
 

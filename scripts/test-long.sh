@@ -1,0 +1,24 @@
+#!/usr/bin/env bash
+# What a look of a minute each adds to test.sh: many threads under the thread sanitizer, a soak of random
+# work on all cores, both fuzz targets, coverage. One line per stage; the logs stand in build/logs. About
+# six minutes on two cores. Every change of a rule, a quarter of an hour more: scripts/mutate.sh.
+set -euo pipefail
+cd "$(dirname "$0")/.."
+. scripts/stages.sh
+
+many_threads() {
+  local flags="-fsanitize=thread"
+  cmake --preset debug -B build/tsan -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF \
+    -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1"
+  cmake --build build/tsan --target zox_test_differential
+  build/tsan/zox_test_differential --gtest_filter='*Threads*'
+}
+
+stage "packages" scripts/deps.sh build tools test fuzz coverage
+stage "many threads" many_threads
+stage "soak" scripts/soak.sh 1
+# The same walk each time: what a change breaks, not what luck finds. Free walks: scripts/fuzz.sh.
+stage "fuzz operations" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 operations
+stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
+stage "coverage" scripts/coverage.sh
+summary
