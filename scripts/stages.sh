@@ -1,3 +1,4 @@
+# shellcheck shell=bash
 # Sourced by the scripts that run stage after stage: one line each, the log in build/logs, an end at the
 # first that fails, and a sum at the end.
 mkdir -p build/logs

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# What a look of a minute each adds to test.sh: many threads under the thread sanitizer, a soak of random
-# work on all cores, both fuzz targets, coverage. One line per stage; the logs stand in build/logs. About
-# six minutes on two cores. Every change of a rule, a quarter of an hour more: scripts/mutate.sh.
+# What test.sh has no time for: many threads under the thread sanitizer, a minute of random work on all
+# cores, a minute of each fuzz target, coverage. One line per stage; the logs stand in build/logs. About
+# seven minutes on two cores. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/stages.sh

@@ -45,11 +45,10 @@ class StackView {
 
   // Whether the 32-bit offsets below reach these samples. Looks only at table entries from the first to the
   // last that samples of this call have used so far.
-  bool even_for(Range columns, Range rows, Range slices_used) {
+  bool even_for(Range rows, Range slices_used) {
     if (!even_) return false;
     rows.high += beyond_;
     slices_used.high += beyond_;
-    if (columns.low < -kMostColumns || columns.high > kMostColumns) return false;
     if (rows_.covers(rows) && stack_.covers(slices_used)) return true;
     even_ = extend(rows, slices_used);
     return even_;
@@ -66,8 +65,7 @@ class StackView {
   int slice_pitch = 0;
 
  private:
-  static constexpr int kMostColumns = 1 << 17;
-  static constexpr int64_t kMostColumnBytes = int64_t{4} * kMostColumns;
+  static constexpr int64_t kMostColumnBytes = 1 << 13;  // fixed point has 11 bits for columns
   static constexpr int64_t kLargestOffset = 1 << 30;
 
   bool extend(Range rows, Range slices_used) {
@@ -76,7 +74,6 @@ class StackView {
       return false;
     }
     int64_t first_row = rows_.first < 0 ? -rows_.first : rows_.first;
-    if (stack_.pitch > kLargestOffset || stack_.pitch < -kLargestOffset) return false;
     if (first_row + rows_.span() + stack_.span() + kMostColumnBytes > kLargestOffset) return false;
     origin = static_cast<const char*>(slices[stack_.low]);
     row_pitch = static_cast<int>(rows_.pitch);

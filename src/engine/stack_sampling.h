@@ -129,10 +129,9 @@ bool evenly_apart(StackView& view, StagedSamples& stage) {
   constexpr int bits = rules.trilinear ? 20 : 21;
   stage.pad();
   int n = padded(stage.n);
-  Range x = range_of(stage.x, n), y = range_of(stage.y, n);
-  if (rules.index_in_16_bits && (x.low < 0 || y.low < 0)) return false;
-  return view.even_for({x.low >> bits, x.high >> bits}, {y.low >> bits, y.high >> bits},
-                       range_of(stage.slice, n));
+  Range y = range_of(stage.y, n);
+  if (rules.index_in_16_bits && (y.low < 0 || range_of(stage.x, n).low < 0)) return false;
+  return view.even_for({y.low >> bits, y.high >> bits}, range_of(stage.slice, n));
 }
 
 // Samples all that is staged, in order, and empties the stage.

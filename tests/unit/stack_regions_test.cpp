@@ -163,6 +163,51 @@ TEST_P(StackRegions, SamplesOutsideTheSlicesAreLeftUnwritten) {
   expect_written(Stack(eight).regions({0, 4, 8}, {0, -2000}, {1, 1}), 3.25, 1, {true, false});
 }
 
+// As high as the fixed point reaches, and back down into the stack.
+TEST_P(StackRegions, RaysMayComeFromTheEndOfTheRange) {
+  const double top = trilinear() ? 2046 : 1023;
+  for (const auto& bounds : {std::vector<double>{0, top}, std::vector<double>{0, 4, top}}) {
+    Stack stack = stack_of(8, 6);
+    const bool one_region = bounds.size() == 2;
+    stack.regions(bounds, one_region ? std::vector<int32_t>{0} : std::vector<int32_t>{0, 4},
+                  std::vector<double>(bounds.size() - 1, 1.0));
+    Batch batch(caster().element_size);
+    batch.add({2, 2, top}, {0, 0, (6 - top) / 2}, 3).add({2, 2, 0}, {0, 0, 0}, 0);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    EXPECT_FALSE(batch.written(0, 0));
+    EXPECT_FALSE(batch.written(1, 0));
+    EXPECT_EQ(batch.at(2, 0), caster().bit() ? 1 : 60);
+  }
+}
+
+// Below the stack a falling ray's slices wrap to high ones; those before are sampled all the same.
+TEST_P(StackRegions, RaysMayFallOutOfTheRange) {
+  Stack stack = stack_of(8, 3).regions({0, 4, 8}, {0, 4}, {1, 1});
+  Batch batch(caster().element_size);
+  batch.add({2, 2, 3}, {0, 0, trilinear() ? -1000.0 : -500.0}, 4).add({2, 2, 1000}, {0, 0, 0}, 0);
+  EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+  EXPECT_EQ(batch.at(0, 0), caster().bit() ? 1 : 30);
+  for (int k : {1, 2, 3}) EXPECT_FALSE(batch.written(k, 0)) << k;
+}
+
+// The half slice that rounds carries 1023.75 over the end of 32 bits to -1024, and 1030 on is slice 6.
+TEST_P(StackRegions, TheHalfSliceWraps) {
+  if (trilinear()) return;
+  Stack stack = stack_of(8, 6).regions({0, 1024}, {1030}, {1});
+  Batch batch(caster().element_size);
+  batch.add({2, 2, 1023.75}, {0, 0, -20}, 2).add({2, 2, 0}, {0, 0, 0}, 0);
+  EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+  EXPECT_EQ(batch.at(0, 0), caster().bit() ? 1 : 60);
+  EXPECT_FALSE(batch.written(1, 0));
+}
+
+// Boundaries that go down again: a rising ray passes every one below it, a falling one every one above.
+TEST_P(StackRegions, BoundariesMayDescend) {
+  const std::vector<double> bounds = {0, 8, 4, 16};
+  expect(16, bounds, {0, 9, 6}, {1, 1, 1}, 1, 4, {10, 50, 110, 150});
+  expect(16, bounds, {0, 9, 6}, {1, 1, 1}, 13, -4, {150, 110, 70, 10});
+}
+
 // Steps of 2^30 units come back to the start after four: the samples between, far outside the stack,
 // stay unwritten, and x has come round as well.
 TEST_P(StackRegions, PositionsWrapIn32Bits) {
