@@ -65,7 +65,7 @@ class SliceCursors {
   }
 
  private:
-  static constexpr int kSlack = 1 << rules.bits;  // how far beyond the regions z may be
+  static constexpr int64_t kSlack = 1 << rules.bits;  // how far beyond the regions z may be
   static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
   static constexpr int kHalf = rules.half << (rules.bits - 1);
 
