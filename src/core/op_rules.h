@@ -56,22 +56,24 @@ struct SliceRules {
 };
 constexpr SliceRules slice_rules(GeneralRules r) { return {r.bits, r.slice_half}; }
 
-// What the voxels are read by, once samples are in slice order.
+// What the voxels are read by, once samples are staged.
 struct FetchRules {
   Voxel voxel;
   bool trilinear;
   bool index_in_16_bits;  // nearest nodes keep column and row in 16 bits and read them unsigned
   RowSum row_sum;
+  bool in_slice_order;
 };
 constexpr FetchRules fetch_rules(GeneralRules r) {
   bool nearest = r.slice_half == 1;
-  return {r.voxel, !nearest, nearest, r.row_sum};
+  return {r.voxel, !nearest, nearest, r.row_sum, true};
 }
 
-// Parallel nearest on one region keeps no nodes: indices are signed, sums as wide as addresses.
-constexpr FetchRules kOneRegion8U{Voxel::k8U, false, false, RowSum::k64Bits};
-constexpr FetchRules kOneRegion16S{Voxel::k16S, false, false, RowSum::k64Bits};
-constexpr FetchRules kOneRegionBit{Voxel::kBit, false, false, RowSum::k64Bits};
+// Parallel nearest on one region keeps no nodes: indices are signed, sums as wide as addresses, and
+// samples come as the rays march.
+constexpr FetchRules kOneRegion8U{Voxel::k8U, false, false, RowSum::k64Bits, false};
+constexpr FetchRules kOneRegion16S{Voxel::k16S, false, false, RowSum::k64Bits, false};
+constexpr FetchRules kOneRegionBit{Voxel::kBit, false, false, RowSum::k64Bits, false};
 
 // Blocked volumes.
 enum class Sampling { kNearest, kTrilinear };

@@ -2,23 +2,12 @@
 // ray, turned so that its slices ascend, yields them as the sweep asks for slice after slice.
 #pragma once
 
+#include "core/cursor_lanes.h"
 #include "core/region_walk.h"
 #include "core/stack_view.h"
-#include "core/vectors.h"
 
 namespace zox::ZOX_SET {
 namespace {
-
-constexpr int kNoSlice = INT32_MAX;
-
-// The lanes' next samples, and what leads from one to the next.
-struct CursorLanes {
-  Lanes<int> x, y, position, node;
-  Lanes<int> x_step, y_step, position_step, node_step;
-  Lanes<int> last_node;    // the last in this region
-  Lanes<int> first_slice;  // of this region
-  Lanes<int> slice;        // of the next sample; kNoSlice when the ray is done
-};
 
 template <SliceRules rules>
 class SliceCursors {
@@ -202,43 +191,43 @@ class SliceCursors {
 
 template <SliceRules rules>
 Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, const StageSink& sink) {
-  CursorLanes& c = lanes_;
   const Vector wanted = broadcast(s), none = broadcast(kNoSlice);
-  Vector slice = load_vector(&c.slice[group]);
-  Mask on = equal(slice, wanted);
-  if (bits_of(on) == 0) return slice;
-  Vector x = load_vector(&c.x[group]), y = load_vector(&c.y[group]);
-  Vector position = load_vector(&c.position[group]), node = load_vector(&c.node[group]);
-  for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(slice, wanted)) {
+  Mask on = equal(load_vector(&lanes_.slice[group]), wanted);
+  if (bits_of(on) == 0) return load_vector(&lanes_.slice[group]);
+  CursorGroup c(lanes_, group);
+  int n = stage.n;
+  for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(c.slice, wanted)) {
     Packing packed(bits);
-    packed.append(stage.x + stage.n, x);
-    packed.append(stage.y + stage.n, y);
-    if constexpr (!rules.half) packed.append(stage.position + stage.n, position);
-    packed.append(stage.node + stage.n, node);
-    store_anywhere(stage.slice + stage.n, wanted);
-    stage.n += s >= 0 ? __builtin_popcount(bits) : 0;
-    Mask ended = both(on, equal(node, load_vector(&c.last_node[group])));
-    x = add_where(on, x, load_vector(&c.x_step[group]));
-    y = add_where(on, y, load_vector(&c.y_step[group]));
-    position = add_where(on, position, load_vector(&c.position_step[group]));
-    node = add_where(on, node, load_vector(&c.node_step[group]));
-    Vector rounded = shift_right<rules.bits>(sum(position, broadcast(kHalf)));
-    slice = select(on, sum(rounded, load_vector(&c.first_slice[group])), slice);
-    slice = select(ended, none, slice);
+    packed.append(stage.x + n, c.x);
+    packed.append(stage.y + n, c.y);
+    if constexpr (!rules.half) packed.append(stage.position + n, c.position);
+    packed.append(stage.node + n, c.node);
+    store_anywhere(stage.slice + n, wanted);
+    n += s >= 0 ? __builtin_popcount(bits) : 0;
+    Mask ended = both(on, equal(c.node, load_vector(&lanes_.last_node[group])));
+    c.x = add_where(on, c.x, load_vector(&lanes_.x_step[group]));
+    c.y = add_where(on, c.y, load_vector(&lanes_.y_step[group]));
+    c.position = add_where(on, c.position, load_vector(&lanes_.position_step[group]));
+    c.node = add_where(on, c.node, load_vector(&lanes_.node_step[group]));
+    Vector rounded = shift_right<rules.bits>(sum(c.position, broadcast(kHalf)));
+    c.slice = select(on, sum(rounded, load_vector(&lanes_.first_slice[group])), c.slice);
+    c.slice = select(ended, none, c.slice);
     unsigned lanes_ended = bits_of(ended);
     if (lanes_ended != 0 && regions_.n > 1) {
-      store_vector(&c.x[group], x), store_vector(&c.y[group], y), store_vector(&c.position[group], position);
-      store_vector(&c.node[group], node), store_vector(&c.slice[group], slice);
+      c.put_back(lanes_, group);
       for (; lanes_ended != 0; lanes_ended &= lanes_ended - 1)
         enter_region(group + __builtin_ctz(lanes_ended));
-      x = load_vector(&c.x[group]), y = load_vector(&c.y[group]), position = load_vector(&c.position[group]);
-      node = load_vector(&c.node[group]), slice = load_vector(&c.slice[group]);
+      c = CursorGroup(lanes_, group);
     }
-    if (stage.full()) sink.take(stage);
+    if (StagedSamples::full(n)) {
+      stage.n = n;
+      sink.take(stage);
+      n = 0;
+    }
   }
-  store_vector(&c.x[group], x), store_vector(&c.y[group], y), store_vector(&c.position[group], position);
-  store_vector(&c.node[group], node), store_vector(&c.slice[group], slice);
-  return slice;
+  stage.n = n;
+  c.put_back(lanes_, group);
+  return c.slice;
 }
 
 }  // namespace

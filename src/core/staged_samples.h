@@ -18,7 +18,8 @@ struct StagedSamples {
   alignas(64) int node[kStageRoom];  // r + 64 k
   int n = 0;
 
-  bool full() const { return n > kStage - 16; }
+  // Whether a vector more would find no room.
+  static bool full(int n) { return n > kStage - 16; }
 
   // Moves samples first .. end - 1 to the front.
   void drop_first(int first, int end) {

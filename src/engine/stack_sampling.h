@@ -145,7 +145,9 @@ bool evenly_apart(StackView& view, StagedSamples& stage) {
   int n = padded(stage.n);
   Range y = range_of(stage.y, n);
   if (rules.index_in_16_bits && (y.low < 0 || range_of(stage.x, n).low < 0)) return false;
-  return view.even_for({y.low >> bits, y.high >> bits}, range_of(stage.slice, n));
+  Range slices = {stage.slice[0], stage.slice[stage.n - 1]};
+  if (!rules.in_slice_order) slices = range_of(stage.slice, n);
+  return view.even_for({y.low >> bits, y.high >> bits}, slices);
 }
 
 // Samples all that is staged, in order, and empties the stage.
