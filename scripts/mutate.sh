@@ -141,9 +141,10 @@ table_changes() {
       if ($0 !~ /^#/ && NF > 2) { key = $1 " " $2; $1 = $2 = ""; reason[key] = substr($0, 3) }
       next
     }
-    FNR == 1 { print "@ " FILENAME }
     /^constexpr [A-Za-z]*Rules k[A-Za-z0-9]* *\{.*\};$/ {
       row = $3; sub(/\{.*/, "", row)
+      # The order of samples matters to sets that replace tables by products.
+      print "@ " FILENAME (/FetchRules/ ? " avx2" : "")
       head = $0; sub(/\{.*/, "", head)
       cells = $0; sub(/^[^{]*\{/, "", cells); sub(/\};$/, "", cells)
       count = split(cells, cell, /, */)
