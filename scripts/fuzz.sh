@@ -26,9 +26,14 @@ run cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -
   -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF -DZOX_BUILD_TESTS=OFF
 for name in $only; do
   run cmake --build build/fuzz --target "fuzz_$name" -j "$(nproc)"
-  # New inputs are collected aside from the seeds, and serve the next run.
-  mkdir -p "build/fuzz/corpus-$name"
+  # New inputs are collected aside from the seeds, and serve the next run, but not a walk to be repeated.
+  corpus=build/fuzz/corpus-$name
+  if [ -n "${ZOX_FUZZ_SEED:-}" ]; then
+    corpus=build/fuzz/walk-$name
+    rm -rf "$corpus"
+  fi
+  mkdir -p "$corpus"
   run "build/fuzz/fuzz_$name" -max_total_time="$seconds" -seed="${ZOX_FUZZ_SEED:-0}" -max_len=4096 -timeout=60 \
     -rss_limit_mb=4096 \
-    -artifact_prefix="build/fuzz/found/$name-" "build/fuzz/corpus-$name" "fuzz/seeds/$name"
+    -artifact_prefix="build/fuzz/found/$name-" "$corpus" "fuzz/seeds/$name"
 done

@@ -100,6 +100,22 @@ TEST_F(BadInputTest, TruncatedMetaImage) {
   expect_refusal("v.mha -o p.png", 1, "cut short");
 }
 
+// A name with a % goes to printf: only a number may be asked for.
+TEST_F(BadInputTest, MetaImageNames) {
+  const std::string header =
+      "ObjectType = Image\nNDims = 3\nDimSize = 4 4 4\nElementType = MET_UCHAR\nElementDataFile = ";
+  for (int slice = 1; slice <= 4; ++slice)
+    write_text(path("s0" + std::to_string(slice) + ".raw"), std::string(16, static_cast<char>('a' + slice)));
+  write_text(path("v.mhd"), header + "s%02d.raw 1 4 1\n");
+  EXPECT_EQ(run("v.mhd -o p.png --quiet").status, 0);
+  for (const char* name : {"s%S 1 4 1", "s%n 1 4 1", "s%d%d 1 4 1", "s%12345d 1 4 1", "s% 1 4 1", "s%"}) {
+    write_text(path("w.mhd"), header + name + "\n");
+    expect_refusal("w.mhd -o q.png", 1, "where the voxels are");
+    write_text(path("w.mhd"), "ElementDataFile2 = LOCAL\n" + header + name + "\n");
+    expect_refusal("w.mhd -o q.png", 1, "where the voxels are");
+  }
+}
+
 TEST_F(BadInputTest, TruncatedNrrd) {
   write_nrrd("type: short\ndimension: 3\nsizes: 4 4 4\n", 127);
   refuse_file("cut short");

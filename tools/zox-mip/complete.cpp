@@ -9,8 +9,10 @@
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
+#include <fstream>
 #include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 namespace zox_mip {
@@ -112,6 +114,15 @@ std::optional<std::string> partner(const fs::path& file, const char* extension) 
   return std::nullopt;
 }
 
+// Of the conversions of printf only %d, with up to three digits, and that once.
+bool is_safe_pattern(const std::string& pattern) {
+  const size_t percent = pattern.find('%');
+  if (percent == std::string::npos) return true;
+  const size_t end = pattern.find_first_not_of("0123456789", percent + 1);
+  return end != std::string::npos && end - percent <= 4 && pattern[end] == 'd' &&
+         pattern.find('%', end) == std::string::npos;
+}
+
 }  // namespace
 
 bool can_hold(const std::string& path, uint64_t voxel_bytes) {
@@ -127,6 +138,22 @@ bool is_nifti_sound(const std::string& path) {
   const std::optional<std::string> header_file = is_pair(path) ? partner(path, ".hdr") : path;
   const std::optional<Header> header = header_file ? Header::read(*header_file) : std::nullopt;
   return !header || header->coordinates_are_sound();
+}
+
+bool is_meta_image_sound(const std::string& path) {
+  constexpr size_t kMostHeader = 1 << 20;
+  const std::string key = "ElementDataFile";
+  std::string header(kMostHeader, '\0');
+  std::ifstream file(path, std::ios::binary);
+  file.read(header.data(), static_cast<std::streamsize>(header.size()));
+  header.resize(static_cast<size_t>(file.gcount()));
+  // Which line counts is the reader's to say: every one that could.
+  bool found = false;
+  for (size_t at = header.find(key); at != std::string::npos; at = header.find(key, at + 1)) {
+    found = true;
+    if (!is_safe_pattern(header.substr(at, header.find('\n', at) - at))) return false;
+  }
+  return found;
 }
 
 bool is_nifti_complete(const std::string& path) {

@@ -17,6 +17,10 @@ bool can_hold(const std::string& path, uint64_t voxel_bytes);
 // matrix that it never gets done with, or ends the process.
 bool is_nifti_sound(const std::string& path);
 
+// Whether the header of a MetaImage names its voxels harmlessly: the reader hands a name with a % to
+// printf as it stands.
+bool is_meta_image_sound(const std::string& path);
+
 // Whether a NIfTI (or Analyze) file holds as many bytes as its header promises. ITK fills up what is
 // missing. Reads the whole file, through gzip if it is compressed.
 bool is_nifti_complete(const std::string& path);

@@ -37,8 +37,9 @@ void report_picture(const Options& options, const Volume& volume, const StoredWi
 
 // Some format readers end the process on a damaged file, while stderr is silenced for them: say what
 // it is about all the same. Nothing has been written by then.
+constexpr int kViolentEnds[] = {SIGABRT, SIGSEGV, SIGBUS, SIGFPE};
 int told = -1;
-void answer_abort(int) {
+void answer_violent_end(int) {
   static const char sentence[] = "zox-mip: The file cannot be read: it is damaged.\n";
   const ssize_t ignored = write(told, sentence, sizeof sentence - 1);
   static_cast<void>(ignored);
@@ -47,9 +48,9 @@ void answer_abort(int) {
 
 Volume read_input(const std::string& path) {
   told = dup(STDERR_FILENO);
-  std::signal(SIGABRT, answer_abort);
+  for (const int end : kViolentEnds) std::signal(end, answer_violent_end);
   Volume volume = read_volume(path);
-  std::signal(SIGABRT, SIG_DFL);
+  for (const int end : kViolentEnds) std::signal(end, SIG_DFL);
   close(told);
   return volume;
 }

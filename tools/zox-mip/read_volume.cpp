@@ -125,6 +125,8 @@ ImageIO::Pointer open_image(const std::string& path) {
     fail(quoted(path) + " is a picture of 2 dimensions; a volume has 3.");
   if (is_nifti(*io) && !is_nifti_sound(path))
     fail(quoted(path) + " is damaged: its scanner coordinates are beyond all bounds.");
+  if (reader == "MetaImageIO" && !is_meta_image_sound(path))
+    fail(quoted(path) + " is damaged: its header does not say where the voxels are.");
   io->SetFileName(path);
   io->ReadImageInformation();
   return io;
