@@ -1,11 +1,10 @@
 # What `cmake --install` puts where: the library, its headers, and the files by which CMake
 # (find_package(zox_volume)) and pkg-config find them, wherever the tree is moved to.
-include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zox_volume)
 
-install(TARGETS zox_volume EXPORT zox_volume)
+install(TARGETS zox_volume zox_volume_static EXPORT zox_volume)
 install(FILES include/zox_volume.h include/zox_volume_names.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
 

@@ -1,5 +1,6 @@
-# libzox_volume.so, and the same objects as a static library for tests and benchmarks, which
-# look inside (they run every instruction set by name).
+# libzox_volume.so and libzox_volume.a, and the same objects for tests and benchmarks, which look
+# inside (they run every instruction set by name).
+include(GNUInstallDirs)
 
 add_library(zox_volume_objects OBJECT
   src/zox_GetSetThreads.cpp
@@ -51,8 +52,9 @@ set_source_files_properties(src/isa/operations_avx512.cpp PROPERTIES
   COMPILE_OPTIONS "${kernel_options};-mavx512f;-mavx512vl;-mavx512bw;-mavx512dq;-mtune=icelake-server;-mprefer-vector-width=512")
 
 add_library(zox_volume SHARED $<TARGET_OBJECTS:zox_volume_objects>)
+add_library(zox_volume::zox_volume ALIAS zox_volume)
 target_include_directories(zox_volume PUBLIC
-  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:include>)
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 # Linked by the C driver and only with what is needed, so that no C++ runtime comes in; libm
 # stays though nothing of it is called. No -Bsymbolic: a preloaded allocator must replace
 # __zox_Malloc and __zox_Free.
@@ -62,5 +64,13 @@ target_link_options(zox_volume PRIVATE
 target_link_libraries(zox_volume PRIVATE -Wl,--push-state,--no-as-needed,-lm,--pop-state)
 set_target_properties(zox_volume PROPERTIES LINK_DEPENDS ${PROJECT_SOURCE_DIR}/src/zox_volume.map)
 
+# libzox_volume.a, for programs that want the library within themselves.
+add_library(zox_volume_static STATIC $<TARGET_OBJECTS:zox_volume_objects>)
+add_library(zox_volume::zox_volume_static ALIAS zox_volume_static)
+set_target_properties(zox_volume_static PROPERTIES OUTPUT_NAME zox_volume)
+target_include_directories(zox_volume_static INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include> $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+
 add_library(zox_volume_internal STATIC EXCLUDE_FROM_ALL $<TARGET_OBJECTS:zox_volume_objects>)
-target_include_directories(zox_volume_internal PUBLIC include src)
+target_include_directories(zox_volume_internal PUBLIC
+  ${PROJECT_SOURCE_DIR}/include ${PROJECT_SOURCE_DIR}/src)

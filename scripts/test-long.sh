@@ -8,7 +8,7 @@ cd "$(dirname "$0")/.."
 
 many_threads() {
   local flags="-fsanitize=thread" run=()
-  cmake --preset debug -B build/tsan -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF \
+  cmake --preset debug -B build/tsan -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF \
     -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1"
   cmake --build build/tsan --target zox_test_differential
   # The sanitizer cannot place its shadow where the system scatters mappings widely.

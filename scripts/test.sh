@@ -29,7 +29,7 @@ stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON
 # no access is optimised away before it is checked.
 sanitize() {
   local flags="-fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer"
-  ZOX_TEST_SCALE=0.2 build_and_test debug build/sanitize -DZOX_BUILD_TOOLS=OFF \
+  ZOX_TEST_SCALE=0.2 build_and_test debug build/sanitize -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_PYTHON=OFF \
     -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_CXX_FLAGS_DEBUG=-g1
 }
 stage "sanitizers" sanitize
