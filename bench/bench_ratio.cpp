@@ -17,7 +17,7 @@ namespace {
 
 struct Options {
   std::string filter = ".";
-  std::vector<int> sizes;
+  std::vector<std::string> sizes;
   std::vector<std::string> views, storages, loads;
   std::vector<std::string> sets = {"base", "avx2", "avx512"};
   int rounds = 7;
@@ -27,6 +27,7 @@ struct Options {
 };
 
 double seconds_of(const Workload& workload, const Contender& contender, int passes) {
+  if (workload.evict) workload.evict();
   const double start = cpu_seconds();
   for (int pass = 0; pass < passes; ++pass)
     for (int i = 0; i < workload.batches; ++i) contender.run(i);
@@ -75,7 +76,7 @@ void run_case(benchmark::State& state, const Case& c, const Options& options) {
 
   // Long enough for the clock, and for the caches to be in the state that repetition brings.
   const double once = seconds_of(workload, workload.contenders[0], 1);
-  const int passes = std::clamp(static_cast<int>(2e-3 / once), 1, 10000);
+  const int passes = workload.evict ? 1 : std::clamp(static_cast<int>(2e-3 / once), 1, 10000);
   const std::size_t contenders = workload.contenders.size();
   std::vector<std::vector<double>> seconds(contenders);
   std::size_t first = 0;
@@ -148,9 +149,9 @@ int run(const Options& options, const char* program) {
   const std::regex filter(options.filter);
   int registered = 0;
   for (const Case& c : all_cases()) {
-    if (!wanted(options.sizes, c.size) || !wanted(options.views, c.view) || !wanted(options.loads, c.load) ||
-        !wanted(options.storages, c.storage) || (options.quick && !c.quick) ||
-        !std::regex_search(c.name(), filter))
+    if (!wanted(options.sizes, c.shape()) || !wanted(options.views, c.view) ||
+        !wanted(options.loads, c.load) || !wanted(options.storages, c.storage) ||
+        (options.quick && !c.quick) || !std::regex_search(c.name(), filter))
       continue;
     ++registered;
     if (options.list) std::puts(c.name().c_str());
@@ -182,10 +183,12 @@ int main(int argc, char** argv) {
   bench::Options options;
   CLI::App app("Times the operations of each instruction set beside the scalar reference.");
   app.add_option("--filter", options.filter, "regular expression on operation/size/view/storage/load");
-  app.add_option("--size", options.sizes, "64, 256, 512")->delimiter(',');
+  app.add_option("--size", options.sizes, "64, 256, 512, 512x300")->delimiter(',');
   app.add_option("--view", options.views, "z, x, oblique, falling, perspective")->delimiter(',');
-  app.add_option("--storage", options.storages, "bricks, 1region, 3regions, scattered")->delimiter(',');
-  app.add_option("--load", options.loads, "tiles, ragged, short, rays1, rays7; full")->delimiter(',');
+  app.add_option("--storage", options.storages, "bricks, packed, 1region, 3regions, scattered")
+      ->delimiter(',');
+  app.add_option("--load", options.loads, "cached, warm, cold, ragged, short, rays1 to rays3, rays7; full")
+      ->delimiter(',');
   app.add_option("--sets", options.sets, "base, avx2, avx512")
       ->delimiter(',')
       ->check(CLI::IsMember({"base", "avx2", "avx512"}));

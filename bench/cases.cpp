@@ -7,16 +7,29 @@
 namespace bench {
 namespace {
 
-const std::vector<std::string> kLoads = {"tiles", "ragged", "short", "rays1", "rays7"};
+const std::vector<std::string> kLoads = {"cached", "ragged", "short", "rays1", "rays2", "rays3", "rays7"};
 
-void add_views(std::vector<Case>& cases, const RayCaster& caster, int size, const std::string& storage,
+void add_views(std::vector<Case>& cases, const RayCaster& caster, Shape shape, const std::string& storage,
                const std::string& load) {
-  const bool quick = size == 256 && load == "tiles" && storage != "scattered";
+  const int size = shape.edge, slices = shape.slices == size ? 0 : shape.slices;
+  const bool quick = (size == 256 && load == "cached" && storage != "scattered") ||
+                     (size == 256 && load == "cold" && storage != "1region");
   for (const char* view : {"z", "x", "oblique"})
-    cases.push_back({caster.name, size, view, storage, load, quick});
-  if (caster.divergent) cases.push_back({caster.name, size, "perspective", storage, load, quick});
+    cases.push_back({caster.name, size, view, storage, load, quick, slices});
+  if (caster.divergent) cases.push_back({caster.name, size, "perspective", storage, load, quick, slices});
   // Rays against z start their lists at the far end.
-  if (!caster.blocked && size == 256) cases.push_back({caster.name, size, "falling", storage, load, false});
+  if (!caster.blocked && shape.slices == 256 && load != "warm" && load != "cold")
+    cases.push_back({caster.name, size, "falling", storage, load, false});
+}
+
+// Volumes as files hold them, in the order in which a renderer's tiles meet them.
+void add_real(std::vector<Case>& cases, const RayCaster& caster) {
+  const std::string storage = caster.blocked ? "bricks" : "packed";
+  for (const char* load : {"warm", "cold"})
+    for (const Shape shape : {Shape{256, 256}, Shape{512, 300}, Shape{512, 512}})
+      add_views(cases, caster, shape, storage, load);
+  // What a gap between the slices changes.
+  if (!caster.blocked) add_views(cases, caster, {256, 256}, "1region", "cold");
 }
 
 void add_casts(std::vector<Case>& cases, const RayCaster& caster) {
@@ -25,10 +38,10 @@ void add_casts(std::vector<Case>& cases, const RayCaster& caster) {
   for (const std::string& storage : storages)
     for (const int size : {64, 256, 512})
       for (const std::string& load : kLoads) {
-        if (size == 512 && load != "tiles") continue;  // at 64 and 256 those loads show their cost
-        add_views(cases, caster, size, storage, load);
+        if (size == 512 && load != "cached") continue;  // at 64 and 256 those loads show their cost
+        add_views(cases, caster, {size, size}, storage, load);
       }
-  if (!caster.blocked) add_views(cases, caster, 256, "scattered", "tiles");
+  if (!caster.blocked) add_views(cases, caster, {256, 256}, "scattered", "cached");
 }
 
 void add_maxima(std::vector<Case>& cases, const std::string& operation) {
@@ -53,10 +66,13 @@ int element_of(const Case& c) {
 
 std::vector<Case> all_cases() {
   std::vector<Case> cases;
-  for (const RayCaster& caster : kRayCasters) add_casts(cases, caster);
+  for (const RayCaster& caster : kRayCasters) {
+    add_casts(cases, caster);
+    add_real(cases, caster);
+  }
   std::stable_sort(cases.begin(), cases.end(), [](const Case& a, const Case& b) {
-    return std::make_tuple(a.size, a.storage, element_of(a)) <
-           std::make_tuple(b.size, b.storage, element_of(b));
+    return std::make_tuple(a.shape(), a.storage, element_of(a)) <
+           std::make_tuple(b.shape(), b.storage, element_of(b));
   });
   for (const char* operation : {"find_max_8u", "find_max_16s", "find_max_bmask_8u", "find_max_bmask_16s",
                                 "find_max_cmask_8u", "find_max_cmask_16s"})

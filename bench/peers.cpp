@@ -68,7 +68,7 @@ void compare(const bench::Volume& volume, zox::RayCast function, const char* sam
   const auto image = image_of<Value>(volume);
   const auto interpolator = Interpolator::New();
   interpolator->SetInputImage(image);
-  std::vector<bench::Batch> batches = bench::make_batches(volume, kEdge, "oblique", "tiles");
+  std::vector<bench::Batch> batches = bench::make_batches(volume, "oblique", "cached");
   const std::size_t spacing = 64 * sizeof(Value) + 64;
   bench::Planes ours(2 * kEdge, spacing), theirs(2 * kEdge, spacing);
   int64_t samples = 0;
@@ -99,7 +99,7 @@ void compare(const bench::Volume& volume, zox::RayCast function, const char* sam
 template <class Value>
 void compare_both(bench::Element element, zox::RayCast nearest, zox::RayCast trilinear, const char* type) {
   bench::Volume volume;
-  bench::fill_volume(volume, "1region", element, kEdge);
+  bench::fill_volume(volume, "1region", element, {kEdge, kEdge});
   compare<Value, itk::NearestNeighborInterpolateImageFunction<Image<Value>, double>>(
       volume, nearest, (std::string("nearest ") + type).c_str(), "NearestNeighborInterpolateImageFunction");
   compare<Value, itk::LinearInterpolateImageFunction<Image<Value>, double>>(

@@ -65,7 +65,7 @@ def grouped_rows(cases):
     """One row an operation, size, storage and load, over its views."""
     groups = {}
     for case in cases:
-        groups.setdefault((case.operation, str(case.size), case.storage, case.load), []).append(case)
+        groups.setdefault((case.operation, case.size, case.storage, case.load), []).append(case)
     head = ["operation", "size", "storage", "load", "scalar ns"] + [HEADS[name] for name in SETS]
     rows = [[*key, text(mean(numbers(members, "reference_ns")))] +
             [ratio_cell(members, name) for name in SETS] for key, members in sorted(groups.items())]
@@ -78,7 +78,7 @@ def slower_lines(cases):
         for name in SETS:
             ratio = case.values.get(name + "_ratio")
             if ratio is not None and ratio < 1:
-                path = "/".join((case.operation, str(case.size), case.view, case.storage, case.load))
+                path = "/".join((case.operation, case.size, case.view, case.storage, case.load))
                 lines.append(f"- `{path}`, {HEADS[name]}: {ratio:.2f}")
     return lines
 

@@ -10,7 +10,7 @@ SETS = ("base", "avx2", "avx512")
 @dataclass
 class Case:
     operation: str
-    size: int
+    size: str  # of a volume its edge, and x its slices if these are not as many
     view: str
     storage: str
     load: str
@@ -27,7 +27,7 @@ class Family:
     worst: float = 1.0  # no case below this
 
 
-def family(name, operations, storages, avx512, avx2, worst=1.0, load="tiles"):
+def family(name, operations, storages, avx512, avx2, worst=1.0, load="cached"):
     goals = {"base": 1.3, "avx2": avx2, "avx512": avx512}
     return Family(name, tuple(operations.split()), tuple(storages.split()), load, goals, worst)
 
@@ -68,7 +68,7 @@ def belongs(case, fam):
     """The cases of a family's headline: falling rays and irregular stacks are in the long tables only."""
     if case.operation not in fam.operations or case.storage not in fam.storages or case.load != fam.load:
         return False
-    if case.view == "falling" or case.size != (512 if case.operation.startswith("window") else 256):
+    if case.view == "falling" or case.size != ("512" if case.operation.startswith("window") else "256"):
         return False
     return one_region_path(case) == (fam.name == "parallel nearest and bit, one region")
 
@@ -82,7 +82,7 @@ def read(path):
         operation, size, view, storage, load = run["run_name"].split("/")[:5]
         if run.get("error_occurred"):
             raise SystemExit(f"{run['run_name']}: {run['error_message']}")
-        cases.append(Case(operation, int(size), view, storage, load, run))
+        cases.append(Case(operation, size, view, storage, load, run))
     return document["context"], cases
 
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kImage = 512;
 constexpr int kTile = 8;
-constexpr int kTilesPerSide = 6;
+constexpr int kTiles = kImage / kTile;  // a row of the image
 // Fixed-point steps are off by up to 2^-20 of a voxel each; this covers a thousand of them.
 constexpr double kMargin = 0.01;
 
@@ -44,12 +44,13 @@ struct Ray {
 
 class Scene {
  public:
-  Scene(const Volume& volume, int edge, const std::string& view)
+  Scene(const Volume& volume, const std::string& view)
       : camera_(camera_of(view)),
-        high_{edge - 1 - kMargin, edge - 1 - kMargin, volume.depth - kMargin},
-        middle_{(edge - 1) / 2.0, (edge - 1) / 2.0, volume.depth / 2},
-        pixel_((edge - 1) / static_cast<double>(kImage)),
-        eye_(along(middle_, -2.0 * edge, camera_.forward)) {}
+        last_(volume.shape.edge - 1),
+        high_{last_ - kMargin, last_ - kMargin, volume.depth - kMargin},
+        middle_{last_ / 2, last_ / 2, volume.depth / 2},
+        pixel_(last_ / kImage),
+        eye_(along(middle_, -2.0 * volume.shape.edge, camera_.forward)) {}
 
   Ray ray(int column, int row) const {
     const Point at = along(along(middle_, (column + 0.5 - kImage / 2.0) * pixel_, camera_.right),
@@ -80,10 +81,32 @@ class Scene {
   }
 
   Camera camera_;
+  double last_;
   Point high_, middle_;
   double pixel_;
   Point eye_;
 };
+
+struct Tile {
+  int column, row;
+};
+
+// The image parted into side x side squares: the tile in the middle of each.
+std::vector<Tile> spread_tiles(int side) {
+  std::vector<Tile> tiles;
+  const int apart = kTiles / side;
+  for (int i = 0; i < side * side; ++i)
+    tiles.push_back({i % side * apart + apart / 2, i / side * apart + apart / 2});
+  return tiles;
+}
+
+std::vector<Tile> tiles_of(const std::string& load) {
+  if (load == "cold") return spread_tiles(8);
+  if (load != "warm") return spread_tiles(6);
+  std::vector<Tile> tiles;
+  for (int i = 0; i < 2 * kTiles; ++i) tiles.push_back({i % kTiles, kTiles / 3 + i / kTiles});
+  return tiles;
+}
 
 void shape_counts(Batch& batch, const std::string& load, std::mt19937& random) {
   if (load == "ragged")
@@ -113,19 +136,15 @@ int64_t Batch::samples() const { return std::accumulate(counts.begin(), counts.e
 
 int32_t Batch::longest() const { return *std::max_element(counts.begin(), counts.end()); }
 
-std::vector<Batch> make_batches(const Volume& volume, int edge, const std::string& view,
-                                const std::string& load) {
-  const Scene scene(volume, edge, view);
-  const std::size_t nrays = load == "rays1" ? 1 : load == "rays7" ? 7 : kTile * kTile;
+std::vector<Batch> make_batches(const Volume& volume, const std::string& view, const std::string& load) {
+  const Scene scene(volume, view);
+  const int nrays = load.starts_with("rays") ? std::stoi(load.substr(4)) : kTile * kTile;
   std::mt19937 random(11);
   std::vector<Batch> batches;
-  for (int i = 0; i < kTilesPerSide * kTilesPerSide; ++i) {
-    const int tiles = kImage / kTile, spread = tiles / kTilesPerSide;
-    const int column = (i % kTilesPerSide * spread + spread / 2) * kTile;
-    const int row = (i / kTilesPerSide * spread + spread / 2) * kTile;
+  for (const Tile tile : tiles_of(load)) {
     Batch batch;
-    for (std::size_t r = 0; r < nrays; ++r) {
-      const Ray ray = scene.ray(column + static_cast<int>(r) % kTile, row + static_cast<int>(r) / kTile);
+    for (int r = 0; r < nrays; ++r) {
+      const Ray ray = scene.ray(tile.column * kTile + r % kTile, tile.row * kTile + r / kTile);
       batch.starts.push_back(ray.start);
       batch.steps.push_back(ray.step);
       batch.counts.push_back(ray.count);

@@ -26,10 +26,10 @@ struct Batch {
 };
 
 // view: "z", "x", "oblique", "falling" (against z), "perspective".
-// load: "tiles", "ragged" (counts cut at random), "short" (4 samples), "rays1", "rays7".
-// The tiles spread evenly over the image; every ray is clipped so that all its samples and their
+// load: "cached", "cold", "ragged" (counts cut at random), "short" (4 samples), "rays1" and so on: tiles
+// spread evenly over the image; of "cold" more of them, none near the one before. "warm": two rows of
+// tiles in turn, as a renderer walks them. Every ray is clipped so that all its samples and their
 // neighbours lie inside the volume, one voxel from sample to sample.
-std::vector<Batch> make_batches(const Volume& volume, int edge, const std::string& view,
-                                const std::string& load);
+std::vector<Batch> make_batches(const Volume& volume, const std::string& view, const std::string& load);
 
 }  // namespace bench

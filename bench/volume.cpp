@@ -1,5 +1,7 @@
 #include "volume.h"
 
+#include <immintrin.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -10,7 +12,6 @@ namespace bench {
 namespace {
 
 // Slices lie this many bytes further apart than their rows need, as separately allocated images do.
-// Packed slices of 2^n bytes would share a few cache sets, and every view along z would measure that.
 constexpr std::size_t kSlicePadding = 192;
 
 // Blobs about a sixth of the edge wide, and white noise: neither constant runs nor pure noise.
@@ -53,12 +54,13 @@ std::size_t brick_index(int x, int y, int z, std::size_t bricks) {
          ((z >> 1) & 15) << 13 | brick << 17;
 }
 
-void fill_bricks(Volume& volume, Element element, int edge) {
+void fill_bricks(Volume& volume, Element element) {
+  const auto [edge, slices] = volume.shape;
   const std::size_t bricks = edge / 64;
   const int width = bytes_per_sample(element);
-  volume.voxels.resize(bricks * bricks * ((edge + 31) / 32) * 131072 * width);
-  const Field field(edge);
-  for (int z = 0; z < edge; ++z)
+  volume.voxels.resize(bricks * bricks * ((slices + 31) / 32) * 131072 * width);
+  const Field field(std::max(edge, slices));
+  for (int z = 0; z < slices; ++z)
     for (int y = 0; y < edge; ++y)
       for (int x = 0; x < edge; ++x) {
         std::byte* at = volume.voxels.data() + brick_index(x, y, z, bricks) * width;
@@ -66,7 +68,7 @@ void fill_bricks(Volume& volume, Element element, int edge) {
       }
   volume.record.data = volume.voxels.data();
   volume.record.size = edge;
-  volume.depth = edge - 1;
+  volume.depth = slices - 1;
 }
 
 void fill_row(std::byte* row, const Field& field, Element element, int edge, int y, int z) {
@@ -78,29 +80,31 @@ void fill_row(std::byte* row, const Field& field, Element element, int edge, int
   }
 }
 
-void set_regions(Volume& volume, bool one, int edge) {
+void set_regions(Volume& volume, bool one) {
+  const int slices = volume.shape.slices;
   if (one) {
     volume.region_slices = {0};
     volume.region_scales = {1.0};
   } else {
-    volume.region_slices = {0, edge / 4, edge / 4 * 3};
+    volume.region_slices = {0, slices / 4, slices / 4 * 3};
     volume.region_scales = {1.0, 1.25, 0.8};
   }
   volume.region_bounds = {0.0};
   const std::size_t regions = volume.region_slices.size();
   for (std::size_t j = 0; j < regions; ++j) {
-    const int end = j + 1 < regions ? volume.region_slices[j + 1] : edge;
+    const int end = j + 1 < regions ? volume.region_slices[j + 1] : slices;
     volume.region_bounds.push_back(volume.region_bounds[j] +
                                    (end - volume.region_slices[j]) / volume.region_scales[j]);
   }
   volume.depth = volume.region_bounds.back() - 1.0 / volume.region_scales.back();
 }
 
-void fill_stack(Volume& volume, const std::string& storage, Element element, int edge) {
+void fill_stack(Volume& volume, const std::string& storage, Element element) {
+  const auto [edge, slices] = volume.shape;
   const std::size_t pitch = element == Element::kBit ? edge / 8 : edge * bytes_per_sample(element);
-  const std::size_t slice_bytes = pitch * edge + kSlicePadding;
-  volume.voxels.assign(slice_bytes * edge, std::byte{0});
-  std::vector<int> slice_place(edge), row_place(edge);
+  const std::size_t slice_bytes = pitch * edge + (storage == "packed" ? 0 : kSlicePadding);
+  volume.voxels.assign(slice_bytes * slices, std::byte{0});
+  std::vector<int> slice_place(slices), row_place(edge);
   std::iota(slice_place.begin(), slice_place.end(), 0);
   std::iota(row_place.begin(), row_place.end(), 0);
   if (storage == "scattered") {
@@ -109,20 +113,20 @@ void fill_stack(Volume& volume, const std::string& storage, Element element, int
     std::shuffle(row_place.begin(), row_place.end(), random);
   }
   for (const int place : slice_place) volume.slices.push_back(volume.voxels.data() + place * slice_bytes);
-  volume.slices.push_back(volume.slices.back());  // trilinear casters read the pointer of slice edge
+  volume.slices.push_back(volume.slices.back());  // trilinear casters read one pointer more
   for (const int place : row_place) volume.row_offsets.push_back(static_cast<int32_t>(place * pitch));
 
-  const Field field(edge);
-  for (int z = 0; z < edge; ++z)
+  const Field field(std::max(edge, slices));
+  for (int z = 0; z < slices; ++z)
     for (int y = 0; y < edge; ++y) {
       auto* slice = static_cast<std::byte*>(const_cast<void*>(volume.slices[z]));
       fill_row(slice + volume.row_offsets[y], field, element, edge, y, z);
     }
 
-  set_regions(volume, storage == "1region", edge);
+  set_regions(volume, storage == "1region" || storage == "packed");
   volume.record.slices = volume.slices.data();
   volume.record.rowoffs = volume.row_offsets.data();
-  volume.record.nslices = edge;
+  volume.record.nslices = slices;
   volume.record.nregions = static_cast<int32_t>(volume.region_slices.size());
   volume.record.regslice = volume.region_slices.data();
   volume.record.regbounds = volume.region_bounds.data();
@@ -131,12 +135,19 @@ void fill_stack(Volume& volume, const std::string& storage, Element element, int
 
 }  // namespace
 
-void fill_volume(Volume& volume, const std::string& storage, Element element, int edge) {
+void fill_volume(Volume& volume, const std::string& storage, Element element, Shape shape) {
   volume = {};
+  volume.shape = shape;
   if (storage == "bricks")
-    fill_bricks(volume, element, edge);
+    fill_bricks(volume, element);
   else
-    fill_stack(volume, storage, element, edge);
+    fill_stack(volume, storage, element);
+}
+
+void evict(const Volume& volume) {
+  constexpr std::size_t kLine = 64;
+  for (std::size_t i = 0; i < volume.voxels.size(); i += kLine) _mm_clflush(volume.voxels.data() + i);
+  _mm_mfence();
 }
 
 }  // namespace bench

@@ -34,9 +34,9 @@ void add_contenders(Workload& workload, Function zox::Operations::*member, Funct
 const Volume& volume_of(const RayCaster& caster, const Case& c) {
   static Volume volume;
   static std::string made;
-  const std::string wanted =
-      c.storage + std::to_string(static_cast<int>(caster.element)) + "/" + std::to_string(c.size);
-  if (made != wanted) fill_volume(volume, c.storage, caster.element, c.size);
+  const std::string wanted = c.storage + std::to_string(static_cast<int>(caster.element)) + "/" + c.shape();
+  const Shape shape = {c.size, c.slices > 0 ? c.slices : c.size};
+  if (made != wanted) fill_volume(volume, c.storage, caster.element, shape);
   made = wanted;
   return volume;
 }
@@ -49,7 +49,7 @@ struct Cast {
 Workload cast_workload(const RayCaster& caster, const Case& c, const std::vector<std::string>& sets) {
   const Volume& volume = volume_of(caster, c);
   auto cast = std::make_shared<Cast>();
-  cast->batches = make_batches(volume, c.size, c.view, c.load);
+  cast->batches = make_batches(volume, c.view, c.load);
   Workload workload;
   int32_t longest = 1;
   for (const Batch& batch : cast->batches) {
@@ -60,12 +60,14 @@ Workload cast_workload(const RayCaster& caster, const Case& c, const std::vector
   for (Batch& batch : cast->batches) batch.record.planes = cast->planes.pointers.data();
   workload.batches = static_cast<int>(cast->batches.size());
   workload.output = cast->planes.bytes();
+  if (c.load == "warm" || c.load == "cold") workload.evict = [&volume] { evict(volume); };
 
   const auto call = [&volume, cast](zox::RayCast function) {
     return [&volume, cast, function](int i) { return function(&volume.record, &cast->batches[i].record); };
   };
   add_contenders(workload, caster.member, caster.reference, sets, call);
-  if (caster.lists && !(caster.one_region_path && c.storage == "1region"))
+  const bool one_region = c.storage == "1region" || c.storage == "packed";
+  if (caster.lists && !(caster.one_region_path && one_region))
     workload.contenders.insert(workload.contenders.begin() + 1, {"lists", call(caster.lists)});
   return workload;
 }

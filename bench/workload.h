@@ -10,16 +10,21 @@
 
 namespace bench {
 
-// size is the volume's edge, the number of planes of a maximum, or the edge of a window/level image.
+// size is the volume's edge (its depth too, unless slices are given), the number of planes of a maximum,
+// or the edge of a window/level image.
 struct Case {
   std::string operation;
   int size;
   std::string view, storage, load;
   bool quick;  // part of the short run
+  int slices = 0;
 
-  std::string name() const {
-    return operation + "/" + std::to_string(size) + "/" + view + "/" + storage + "/" + load;
+  std::string shape() const {
+    std::string text = std::to_string(size);
+    if (slices > 0) text.append("x").append(std::to_string(slices));
+    return text;
   }
+  std::string name() const { return operation + "/" + shape() + "/" + view + "/" + storage + "/" + load; }
 };
 
 struct Contender {
@@ -32,6 +37,7 @@ struct Workload {
   int64_t samples = 0;                // of all batches together
   std::span<std::byte> output;        // everything that a run may write
   std::vector<Contender> contenders;  // the reference is first
+  std::function<void()> evict;        // before each timed run; empty where the caches may keep what they have
 };
 
 // Every case, those of one volume side by side.
