@@ -1,29 +1,88 @@
-# What `cmake --install` puts where: the library, its headers, and the files by which CMake
-# (find_package(zox_volume)) and pkg-config find them, wherever the tree is moved to.
+# What `cmake --install` puts where: the libraries, their headers, the files by which CMake
+# (find_package) and pkg-config find them, programs, Python, documents. All of it may be moved as a
+# whole. Components: runtime, development, tools, python, docs; in a tree that is configured for
+# Debian's packages (ZOX_DEBIAN) they are called like the packages.
 include(CMakePackageConfigHelpers)
 
-set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/zox_volume)
+option(ZOX_DEBIAN "Prepare for scripts/packages.sh, which makes Debian packages" OFF)
+mark_as_advanced(ZOX_DEBIAN)
 
-install(TARGETS zox_volume zox_volume_static EXPORT zox_volume)
-install(FILES include/zox_volume.h include/zox_volume_names.h
-  DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
-
-install(EXPORT zox_volume NAMESPACE zox_volume:: FILE zox_volume-config.cmake
-  DESTINATION ${package_dir})
-write_basic_package_version_file(${CMAKE_CURRENT_BINARY_DIR}/zox_volume-config-version.cmake
-  COMPATIBILITY SameMajorVersion)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zox_volume-config-version.cmake
-  DESTINATION ${package_dir})
+# zox_pick_component(VARIABLE component package)
+function(zox_pick_component variable component package)
+  if(ZOX_DEBIAN)
+    set(component ${package})
+  endif()
+  set(${variable} ${component} PARENT_SCOPE)
+endfunction()
 
 file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
-configure_file(cmake/zox_volume.pc.in zox_volume.pc @ONLY)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/zox_volume.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+set(pc_prefix "\${pcfiledir}/${prefix_from_pc}")
+string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
+if(ZOX_DEBIAN)
+  set(pc_prefix ${CMAKE_INSTALL_PREFIX})
+endif()
 
-if(TARGET zox-mip)
-  install(TARGETS zox-mip)
+# A library with its static twin, its headers, its CMake package and its pkg-config file.
+function(zox_install_library library package)
+  cmake_parse_arguments(PARSE_ARGV 2 with "" "" "HEADERS")
+  zox_pick_component(runtime runtime ${package})
+  zox_pick_component(development development ${package}-dev)
+  set(targets ${library})
+  if(TARGET ${library}_static)
+    list(APPEND targets ${library}_static)
+  endif()
+  install(TARGETS ${targets} EXPORT ${library}
+    LIBRARY COMPONENT ${runtime} ARCHIVE COMPONENT ${development})
+  list(TRANSFORM with_HEADERS PREPEND ${PROJECT_SOURCE_DIR}/include/)
+  install(FILES ${with_HEADERS} DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT ${development})
+
+  set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/${library})
+  set(made ${PROJECT_BINARY_DIR}/package)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${library}-config.cmake.in
+    ${made}/${library}-config.cmake @ONLY)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${library}.pc.in ${made}/${library}.pc @ONLY)
+  write_basic_package_version_file(${made}/${library}-config-version.cmake
+    COMPATIBILITY SameMajorVersion)
+  install(EXPORT ${library} NAMESPACE ${library}:: FILE ${library}-targets.cmake
+    DESTINATION ${package_dir} COMPONENT ${development})
+  install(FILES ${made}/${library}-config.cmake ${made}/${library}-config-version.cmake
+    DESTINATION ${package_dir} COMPONENT ${development})
+  install(FILES ${made}/${library}.pc
+    DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${development})
+endfunction()
+
+zox_install_library(zox_volume libzox-volume HEADERS zox_volume.h zox_volume_names.h)
+if(TARGET zox_render)
+  zox_install_library(zox_render libzox-render HEADERS zox_render.h)
+  set_target_properties(zox_render PROPERTIES INSTALL_RPATH "\$ORIGIN")
 endif()
 if(TARGET zox_volume_check)
-  install(TARGETS zox_volume_check)
-  install(FILES include/zox_volume_check.h DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  zox_pick_component(development development libzox-volume-dev)
+  install(TARGETS zox_volume_check LIBRARY COMPONENT ${development})
+  install(FILES include/zox_volume_check.h
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT ${development})
 endif()
+
+# Programs find the libraries beside themselves, wherever the tree is put.
+file(RELATIVE_PATH libraries_from_programs /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
+foreach(program zox-mip zox-view zox-mip-mpi)
+  if(TARGET ${program})
+    zox_pick_component(tools tools ${program})
+    set_target_properties(${program} PROPERTIES
+      INSTALL_RPATH "\$ORIGIN/${libraries_from_programs}")
+    install(TARGETS ${program} RUNTIME COMPONENT ${tools})
+    if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
+      install(FILES docs/man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${tools})
+    endif()
+  endif()
+endforeach()
+
+zox_pick_component(zox_runtime runtime libzox-volume)
+# A directory that the loader does not know needs a word: Debian's knows /usr/local/lib, but keeps a list.
+install(CODE "
+  if(\"\$ENV{DESTDIR}\" STREQUAL \"\" AND \"\${CMAKE_INSTALL_PREFIX}\" MATCHES \"^/usr(/local)?/?$\")
+    message(STATUS \"Run ldconfig as root, so that programs find the libraries\")
+  endif()" COMPONENT ${zox_runtime})
+
+add_custom_target(uninstall
+  COMMAND ${CMAKE_COMMAND} -DBUILD=${PROJECT_BINARY_DIR} -P ${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake)

@@ -53,15 +53,15 @@ overlong() {
 }
 
 script_errors() {
-  sources '*.sh' .ci/run | xargs -r shellcheck --severity=warning --format=gcc || true
+  sources '*.sh' .ci/run | xargs -r shellcheck --external-sources --severity=warning --format=gcc || true
 }
 
 # A promise is worth the test it names.
 promises_without_test() {
   local name
-  grep -oE '\b(abi\.[a-z_]+|[A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+)' docs/guarantees.md | grep -v '\.md$' | sort -u |
+  grep -oE '\b((abi|package)\.[a-z_]+|[A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+)' docs/guarantees.md | grep -v '\.md$' | sort -u |
     while read -r name; do
-      grep -rqE "NAME $name( |\$)|\(\w*${name%%.*}\w*, ${name#*.}\)" tests || echo "$name"
+      grep -rqE "(NAME |zox_package_test\()$name( |\$)|\(\w*${name%%.*}\w*, ${name#*.}\)" tests || echo "$name"
     done
 }
 

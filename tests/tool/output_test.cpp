@@ -91,7 +91,7 @@ TEST_F(OutputTest, HelpAndVersion) {
     EXPECT_NE(help.out.find(word), std::string::npos) << word;
   const Outcome version = run("--version");
   EXPECT_EQ(version.status, 0);
-  EXPECT_TRUE(version.out.starts_with("zox-mip 11.0.0 ")) << version.out;
+  EXPECT_TRUE(version.out.starts_with("zox-mip 11.1.0 ")) << version.out;
 }
 
 // -2.5 becomes 0 and 7.5 becomes 32767, so that 2.5000916 is 5.0000916 * 3276.7 = 16383.8: 16384. The

@@ -160,9 +160,7 @@ Options judge(const Words& words) {
 }
 
 std::string version_text() {
-  return "zox-mip " + std::to_string(ZOX_VOLUME_VERSION / 100) + "." +
-         std::to_string(ZOX_VOLUME_VERSION / 10 % 10) + "." + std::to_string(ZOX_VOLUME_VERSION % 10) +
-         " (library " + zox_GetVersion() + ")";
+  return std::string("zox-mip " ZOX_RELEASE " (library ") + zox_GetVersion() + ")";
 }
 
 }  // namespace
