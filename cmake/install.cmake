@@ -51,7 +51,8 @@ function(zox_install_library library package)
     DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig COMPONENT ${development})
 endfunction()
 
-zox_install_library(zox_volume libzox-volume HEADERS zox_volume.h zox_volume_names.h)
+zox_install_library(zox_volume libzox-volume HEADERS zox_volume.h zox_volume_names.h
+  zox_volume_layout.h)
 if(TARGET zox_render)
   zox_install_library(zox_render libzox-render HEADERS zox_render.h)
   set_target_properties(zox_render PROPERTIES INSTALL_RPATH "\$ORIGIN")

@@ -5,14 +5,14 @@ include=$(cd "$(dirname "$0")/../../include" && pwd)
 failed=0
 
 compile() {  # header compiler language standard
-  if ! echo "#include \"$1\"" | "$2" -x "$3" -std="$4" -Wall -Wextra -Wpedantic -Wconversion -Werror \
+  if ! echo "#include \"$1\"" | "$2" -x "$3" -std="$4" -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Werror \
     -I"$include" -fsyntax-only -; then
     echo "$1 does not compile cleanly: $2 -std=$4"
     failed=1
   fi
 }
 
-for header in zox_volume.h zox_volume_names.h zox_volume_check.h; do
+for header in zox_volume.h zox_volume_layout.h zox_volume_names.h zox_volume_check.h zox_render.h; do
   for standard in c11 c17; do
     for compiler in gcc clang; do compile $header $compiler c $standard; done
   done
