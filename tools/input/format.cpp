@@ -1,0 +1,117 @@
+#include "format.h"
+
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cmath>
+#include <filesystem>
+#include <new>
+
+#include "file.h"
+#include "itk_formats.h"
+#include "meta_image.h"
+#include "nifti.h"
+#include "nrrd.h"
+#include "text.h"
+
+namespace zox::input {
+namespace {
+
+std::vector<std::string> itself(const std::string& path) { return {path}; }
+
+// In the order in which they are asked.
+constexpr Format kFormats[] = {
+    {"NIfTI", is_nifti, nifti_files, read_nifti},
+    {"MetaImage", is_meta_image, meta_image_files, read_meta_image},
+    {"NRRD", is_nrrd, nrrd_files, read_nrrd},
+    {"other", is_itk_format, itself, read_itk_format},
+};
+
+}  // namespace
+
+const Format& format_of(const std::string& path) {
+  const File file(path);
+  for (const Format& format : kFormats)
+    if (format.recognizes(path)) return format;
+  if (file.size() == 0) refuse(quoted(path) + " is empty.");
+  refuse(quoted(path) + " is in no format that can be read; docs/zox-mip.md lists those that can.");
+}
+
+std::byte* SharedMemory::allocate(uint64_t bytes, const std::string& path) {
+  if (bytes > limit_)
+    refuse(quoted(path) + " needs " + std::to_string(bytes) + " bytes of memory, of which " +
+           std::to_string(limit_) + " are available.");
+  if (ftruncate(descriptor_, static_cast<off_t>(bytes)) != 0) throw std::bad_alloc();
+  void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_, 0);
+  if (memory == MAP_FAILED) throw std::bad_alloc();
+  return static_cast<std::byte*>(memory);
+}
+
+zox_render_array empty_array() {
+  zox_render_array array{};
+  array.record_size = sizeof array;
+  for (size_t axis = 0; axis < 3; ++axis) array.axes[axis][axis] = 1;
+  array.slope = 1;
+  return array;
+}
+
+size_t type_bytes(int32_t type) {
+  switch (type) {
+    case ZOX_RENDER_UINT8:
+    case ZOX_RENDER_INT8:
+      return 1;
+    case ZOX_RENDER_INT16:
+    case ZOX_RENDER_UINT16:
+      return 2;
+    case ZOX_RENDER_INT32:
+    case ZOX_RENDER_UINT32:
+    case ZOX_RENDER_FLOAT32:
+      return 4;
+    case ZOX_RENDER_FLOAT64:
+      return 8;
+    default:
+      return 0;
+  }
+}
+
+void refuse_cut(const std::string& path) {
+  refuse(quoted(path) + " is damaged or cut short: it does not hold the voxels that its header speaks of.");
+}
+
+uint64_t chosen_volume(const std::string& path, uint64_t count, int wanted) {
+  if (wanted < 0 && count > 1)
+    refuse(quoted(path) + " holds " + std::to_string(count) + " volumes; choose one of 0 to " +
+           std::to_string(count - 1) + ".");
+  if (wanted >= 0 && static_cast<uint64_t>(wanted) >= count)
+    refuse(quoted(path) + " has no volume " + std::to_string(wanted) + ": it holds " + std::to_string(count) +
+           ", counted from 0.");
+  return wanted < 0 ? 0 : static_cast<uint64_t>(wanted);
+}
+
+uint64_t voxel_count(const zox_render_array& array) {
+  uint64_t count = 1;
+  for (const int32_t size : array.size)
+    if (__builtin_mul_overflow(count, static_cast<uint64_t>(size), &count))
+      refuse("The volume has more voxels than can be counted.");
+  return count;
+}
+
+void check_geometry(const std::string& path, const zox_render_array& array) {
+  for (size_t axis = 0; axis < 3; ++axis)
+    if (array.size[axis] < 2)
+      refuse(quoted(path) + " is " + std::to_string(array.size[axis]) + " voxels long along its axis " +
+             std::to_string(axis) + "; a volume has 2 at least.");
+  const auto& [a, b, c] = array.axes;
+  const double volume = a[0] * (b[1] * c[2] - b[2] * c[1]) + a[1] * (b[2] * c[0] - b[0] * c[2]) +
+                        a[2] * (b[0] * c[1] - b[1] * c[0]);
+  const double box =
+      std::hypot(a[0], a[1], a[2]) * std::hypot(b[0], b[1], b[2]) * std::hypot(c[0], c[1], c[2]);
+  // A share of the volume of a box with edges as long.
+  constexpr double kLeastShare = 0.1;
+  if (!std::isfinite(box) || volume == 0 || !(std::abs(volume) >= kLeastShare * box))
+    refuse(quoted(path) + " has axes or spacings that hardly span a volume.");
+}
+
+}  // namespace zox::input

@@ -1,0 +1,11 @@
+// The less common formats, which ITK reads: VTK, TIFF, LSM, GIPL, MRC, Bio-Rad and Stimulate.
+#pragma once
+
+#include "format.h"
+
+namespace zox::input {
+
+bool is_itk_format(const std::string& path);
+Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+
+}  // namespace zox::input

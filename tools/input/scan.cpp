@@ -1,0 +1,145 @@
+#include "scan.h"
+
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <new>
+#include <system_error>
+
+#include "available_memory.h"
+#include "child_process.h"
+#include "file.h"
+#include "format.h"
+#include "message.h"
+#include "text.h"
+
+namespace zox::input {
+namespace {
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : number_(number) {}
+  ~Descriptor() {
+    if (number_ >= 0) close(number_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  int number() const { return number_; }
+
+ private:
+  int number_;
+};
+
+// In the child: everything that depends on what files hold.
+std::string read_and_tell(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+  try {
+    return pack_found(format_of(path).read(path, options, memory));
+  } catch (const Failure& failure) {
+    return pack_failure(failure.what());
+  } catch (const std::bad_alloc&) {
+    return pack_failure("There is not enough memory to read " + quoted(path) + ": " +
+                        std::to_string(memory.limit()) + " bytes are available.");
+  } catch (const std::exception&) {
+    return pack_failure(quoted(path) +
+                        " cannot be read: it is damaged, cut short or not what its name says.");
+  }
+}
+
+[[noreturn]] void refuse_without_answer(const std::string& path, const ReadOptions& options,
+                                        const Answer& answer) {
+  if (answer.timed_out || answer.signal == SIGXCPU) {
+    std::string seconds = std::to_string(options.seconds);
+    seconds.erase(seconds.find_last_not_of('0') + 1);
+    if (seconds.back() == '.') seconds.pop_back();
+    refuse(quoted(path) + " cannot be read: after " + seconds +
+           " seconds reading it had not come to an end.");
+  }
+  if (answer.signal == SIGINT || answer.signal == SIGTERM)
+    refuse("Reading " + quoted(path) + " was interrupted.");
+  refuse(quoted(path) + " cannot be read: it is damaged, and reading it ended in a crash.");
+}
+
+// The bytes from the lowest to behind the highest voxel; false where 64 bits do not hold them.
+bool find_extent(const zox_render_array& array, int64_t& low, int64_t& high) {
+  low = 0;
+  high = static_cast<int64_t>(type_bytes(array.type));
+  for (size_t axis = 0; axis < 3; ++axis) {
+    int64_t reach = 0;
+    if (__builtin_mul_overflow(array.strides[axis], int64_t{array.size[axis]} - 1, &reach)) return false;
+    int64_t& end = reach < 0 ? low : high;
+    if (__builtin_add_overflow(end, reach, &end)) return false;
+  }
+  return true;
+}
+
+bool is_finite(const double (&vector)[3]) {
+  return std::isfinite(vector[0]) && std::isfinite(vector[1]) && std::isfinite(vector[2]);
+}
+
+// A child that a file has damaged may say anything.
+bool is_sound(const Found& found, uint64_t bytes) {
+  const zox_render_array& array = found.array;
+  const size_t voxel = type_bytes(array.type);
+  if (voxel == 0 || found.offset % voxel != 0 || array.data || array.slices || array.positions) return false;
+  for (size_t axis = 0; axis < 3; ++axis)
+    if (array.size[axis] < 2 || array.strides[axis] % static_cast<int64_t>(voxel) != 0 ||
+        !is_finite(array.axes[axis]))
+      return false;
+  if (!found.positions.empty() && found.positions.size() != static_cast<size_t>(array.size[2])) return false;
+  int64_t low = 0;
+  int64_t high = 0;
+  if (!find_extent(array, low, high) || found.offset > bytes) return false;
+  return static_cast<uint64_t>(-low) <= found.offset && static_cast<uint64_t>(high) <= bytes - found.offset &&
+         is_finite(array.origin) && std::isfinite(array.slope) && array.slope != 0 &&
+         std::isfinite(array.intercept);
+}
+
+Scan scan_of(const std::string& path, Found found, int shared) {
+  Scan scan;
+  if (found.file.empty()) {
+    struct stat status {};
+    if (fstat(shared, &status) != 0 || status.st_size <= 0) refuse_cut(path);
+    scan.memory = map_descriptor(shared, static_cast<size_t>(status.st_size));
+  } else {
+    scan.memory = File(found.file).map();
+  }
+  if (!is_sound(found, scan.memory.get_deleter().bytes)) refuse_cut(path);
+  scan.array = found.array;
+  scan.array.data = static_cast<const std::byte*>(scan.memory.get()) + found.offset;
+  scan.window = found.window;
+  scan.notes = std::move(found.notes);
+  scan.positions = std::move(found.positions);
+  if (!scan.positions.empty()) scan.array.positions = scan.positions.data();
+  return scan;
+}
+
+}  // namespace
+
+Scan read_scan(const std::string& path, const ReadOptions& options) {
+  try {
+    const Descriptor shared(memfd_create("zox-voxels", MFD_CLOEXEC));
+    if (shared.number() < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
+    const uint64_t available = available_memory();
+    const uint64_t limit = options.memory_limit ? std::min(options.memory_limit, available) : available;
+    SharedMemory memory(shared.number(), limit);
+    const Answer answer =
+        run_in_child({limit, options.seconds}, [&] { return read_and_tell(path, options, memory); });
+    if (auto found = unpack(answer.bytes)) return scan_of(path, std::move(*found), shared.number());
+    refuse_without_answer(path, options, answer);
+  } catch (const std::bad_alloc&) {
+    refuse("There is not enough memory to read " + quoted(path) + ".");
+  } catch (const std::system_error& error) {
+    refuse(quoted(path) + " cannot be read: the system refused a process for it (" +
+           std::strerror(error.code().value()) + ").");
+  }
+}
+
+std::vector<std::string> files_of(const std::string& path) { return format_of(path).files(path); }
+
+}  // namespace zox::input

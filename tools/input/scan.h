@@ -1,0 +1,59 @@
+// Volumes from files, read by a process of its own: whatever a file holds, it cannot hurt the caller.
+#pragma once
+
+#include <zox_render.h>
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace zox::input {
+
+// Why an input cannot be had: one sentence that names the file.
+struct Failure : std::runtime_error {
+  using std::runtime_error::runtime_error;
+};
+
+// Values shown from black to white, as a file asks for them.
+struct Window {
+  double center, width;
+};
+
+struct ReadOptions {
+  uint64_t memory_limit = 0;  // bytes that reading may take; 0: what the system has
+  double seconds = 60;        // after which reading is given up
+  int volume = -1;            // of a file that holds several, from 0; -1: there must be one only
+  std::string series;         // of a folder that holds several; empty: there must be one only
+};
+
+// Unmaps memory when its owner goes.
+struct Unmap {
+  size_t bytes = 0;
+  void operator()(void* memory) const;
+};
+using Mapping = std::unique_ptr<void, Unmap>;
+
+// A volume as it was read. `array` points into the other members, so that the scan must live as long as
+// the array is used; moving the scan leaves its array's addresses good.
+struct Scan {
+  zox_render_array array{};
+  std::optional<Window> window;
+  std::vector<std::string> notes;  // sentences for the user, such as what was left out
+  std::vector<double> positions;   // array.positions, where the slices are uneven
+  Mapping memory;
+};
+
+// Reads a file (or a folder of DICOM files). The child process is made by fork: call it before the
+// process has threads. Throws Failure.
+Scan read_scan(const std::string& path, const ReadOptions& options);
+
+// The built-in head: ellipsoids and two vessels, in signed 16-bit; docs/zox-mip.md lists the shapes.
+Scan make_phantom();
+
+// Every file that belongs to an input: a header's voxel files too. Nothing may be written over them.
+std::vector<std::string> files_of(const std::string& path);
+
+}  // namespace zox::input
