@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <new>
 
+#include "dicom.h"
 #include "file.h"
 #include "itk_formats.h"
 #include "meta_image.h"
@@ -21,10 +22,13 @@ namespace {
 
 std::vector<std::string> itself(const std::string& path) { return {path}; }
 
+constexpr Format kDicom = {"DICOM", is_dicom, dicom_files, read_dicom};
+
 // In the order in which they are asked.
 constexpr Format kFormats[] = {
     {"NIfTI", is_nifti, nifti_files, read_nifti},
     {"MetaImage", is_meta_image, meta_image_files, read_meta_image},
+    kDicom,
     {"NRRD", is_nrrd, nrrd_files, read_nrrd},
     {"other", is_itk_format, itself, read_itk_format},
 };
@@ -32,6 +36,7 @@ constexpr Format kFormats[] = {
 }  // namespace
 
 const Format& format_of(const std::string& path) {
+  if (std::filesystem::is_directory(path)) return kDicom;
   const File file(path);
   for (const Format& format : kFormats)
     if (format.recognizes(path)) return format;

@@ -9,11 +9,13 @@
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <functional>
 #include <new>
 #include <system_error>
 
 #include "available_memory.h"
 #include "child_process.h"
+#include "dicom.h"
 #include "file.h"
 #include "format.h"
 #include "message.h"
@@ -36,10 +38,12 @@ class Descriptor {
   int number_;
 };
 
+using Reading = std::function<Found(SharedMemory&)>;
+
 // In the child: everything that depends on what files hold.
-std::string read_and_tell(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+std::string read_and_tell(const std::string& path, const Reading& read, SharedMemory& memory) {
   try {
-    return pack_found(format_of(path).read(path, options, memory));
+    return pack_found(read(memory));
   } catch (const Failure& failure) {
     return pack_failure(failure.what());
   } catch (const std::bad_alloc&) {
@@ -119,25 +123,42 @@ Scan scan_of(const std::string& path, Found found, int shared) {
   return scan;
 }
 
+// Reads in a child; what came of it goes to `take`, with the descriptor of the voxels.
+template <class Take>
+auto with_child(const std::string& path, const ReadOptions& options, const Reading& read, Take take) try {
+  const Descriptor shared(memfd_create("zox-voxels", MFD_CLOEXEC));
+  if (shared.number() < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
+  const uint64_t available = available_memory();
+  const uint64_t limit = options.memory_limit ? std::min(options.memory_limit, available) : available;
+  SharedMemory memory(shared.number(), limit);
+  const Answer answer =
+      run_in_child({limit, options.seconds}, [&] { return read_and_tell(path, read, memory); });
+  auto found = unpack(answer.bytes);
+  if (!found) refuse_without_answer(path, options, answer);
+  return take(std::move(*found), shared.number());
+} catch (const std::bad_alloc&) {
+  refuse("There is not enough memory to read " + quoted(path) + ".");
+} catch (const std::system_error& error) {
+  refuse(quoted(path) + " cannot be read: the system refused a process for it (" +
+         std::strerror(error.code().value()) + ").");
+}
+
 }  // namespace
 
 Scan read_scan(const std::string& path, const ReadOptions& options) {
-  try {
-    const Descriptor shared(memfd_create("zox-voxels", MFD_CLOEXEC));
-    if (shared.number() < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
-    const uint64_t available = available_memory();
-    const uint64_t limit = options.memory_limit ? std::min(options.memory_limit, available) : available;
-    SharedMemory memory(shared.number(), limit);
-    const Answer answer =
-        run_in_child({limit, options.seconds}, [&] { return read_and_tell(path, options, memory); });
-    if (auto found = unpack(answer.bytes)) return scan_of(path, std::move(*found), shared.number());
-    refuse_without_answer(path, options, answer);
-  } catch (const std::bad_alloc&) {
-    refuse("There is not enough memory to read " + quoted(path) + ".");
-  } catch (const std::system_error& error) {
-    refuse(quoted(path) + " cannot be read: the system refused a process for it (" +
-           std::strerror(error.code().value()) + ").");
-  }
+  const auto read = [&](SharedMemory& memory) { return format_of(path).read(path, options, memory); };
+  return with_child(path, options, read,
+                    [&](Found found, int shared) { return scan_of(path, std::move(found), shared); });
+}
+
+std::vector<std::string> list_series(const std::string& path, const ReadOptions& options) {
+  const auto read = [&](SharedMemory&) {
+    if (!is_dicom(path)) refuse(quoted(path) + " is no DICOM file or folder, which alone hold series.");
+    Found found;
+    found.notes = dicom_series(path);
+    return found;
+  };
+  return with_child(path, options, read, [](Found found, int) { return std::move(found.notes); });
 }
 
 std::vector<std::string> files_of(const std::string& path) { return format_of(path).files(path); }

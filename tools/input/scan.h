@@ -26,7 +26,7 @@ struct ReadOptions {
   uint64_t memory_limit = 0;  // bytes that reading may take; 0: what the system has
   double seconds = 60;        // after which reading is given up
   int volume = -1;            // of a file that holds several, from 0; -1: there must be one only
-  std::string series;         // of a folder that holds several; empty: there must be one only
+  std::string series;         // of a DICOM folder, its number in the list; empty: the largest
 };
 
 // Unmaps memory when its owner goes.
@@ -49,6 +49,10 @@ struct Scan {
 // Reads a file (or a folder of DICOM files). The child process is made by fork: call it before the
 // process has threads. Throws Failure.
 Scan read_scan(const std::string& path, const ReadOptions& options);
+
+// The series of a folder of DICOM files, a line each: number, modality, slices, spacing, description.
+// By a child process, as read_scan. Throws Failure.
+std::vector<std::string> list_series(const std::string& path, const ReadOptions& options);
 
 // The built-in head: ellipsoids and two vessels, in signed 16-bit; docs/zox-mip.md lists the shapes.
 Scan make_phantom();

@@ -1,0 +1,16 @@
+// DICOM: folders of slices, single files of a series, files of many frames.
+#pragma once
+
+#include "format.h"
+
+namespace zox::input {
+
+// Folders too: what else is in one is passed over.
+bool is_dicom(const std::string& path);
+std::vector<std::string> dicom_files(const std::string& path);
+Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+
+// A line for each series. Throws Failure.
+std::vector<std::string> dicom_series(const std::string& path);
+
+}  // namespace zox::input

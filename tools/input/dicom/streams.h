@@ -1,0 +1,13 @@
+// Whether the compressed streams of a file are whole. The decoders fill up in silence what is missing.
+#pragma once
+
+#include <gdcmFile.h>
+
+#include "frame.h"
+
+namespace zox::input::dicom {
+
+// Throws std::runtime_error: the end of a sentence that begins with the file's name.
+void check_streams(const gdcm::File& file, const Frame& frame);
+
+}  // namespace zox::input::dicom
