@@ -7,7 +7,17 @@
 #   scripts/bench.sh --filter general_divergent_trilinear --view oblique
 #                                       the rows of some cases only; see bench_ratio --help
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+help_if_asked "$@"
 cd "$(dirname "$0")/.."
+# Options that are not this script's own are those of bench_ratio.
+for argument in "$@"; do
+  case $argument in
+    --quick | --write | --peers) ;;
+    --*) grep -qF "\"$argument\"" bench/bench_ratio.cpp || refuse "$argument" ;;
+  esac
+done
 scripts/deps.sh build bench
 command="scripts/bench.sh${*:+ $*}"
 build=build/bench

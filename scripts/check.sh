@@ -2,6 +2,9 @@
 # Checks the source as text and by analysis: format, house rules, both compilers with every warning
 # an error, clang-tidy, shell scripts. Prints nothing when all is well.
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+take_no_arguments "$@"
 cd "$(dirname "$0")/.."
 scripts/deps.sh build check
 failed=0

@@ -3,6 +3,9 @@
 # choice between the sets on emulated narrower processors. Prints the table and what was missed;
 # build/coverage/index.html shows it line by line.
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+take_no_arguments "$@"
 cd "$(dirname "$0")/.."
 scripts/deps.sh build test coverage
 build=build/coverage

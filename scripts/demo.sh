@@ -1,48 +1,49 @@
 #!/usr/bin/env bash
-# Renders a brain from three sides into build/demo/, from a fresh clone on a fresh machine.
-# Usage: demo.sh [--ct]      --ct: also a head in 16 bits, through both layouts, and how far they differ
+# Renders the CT of a skull from four sides into build/demo/, from a fresh clone on a fresh machine: says what
+# packages it wants, then one line a step.
+# Usage: demo.sh [--yes] [--brain] [--compare]
+#   --yes       install what is missing without asking
+#   --brain     also a brain in 8 bits, from three sides
+#   --compare   also the skull through both layouts, and how far their pictures differ
 set -euo pipefail
-
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+help_if_asked "$@"
 cd "$(dirname "$0")/.."
-case ${1-} in
-  '' | --ct) ;;
-  *)
-    echo "Usage: scripts/demo.sh [--ct]" >&2
-    exit 2
-    ;;
-esac
 
-scripts/deps.sh build tools demo
-
-demo=$PWD/build/demo
-mkdir -p "$demo"
-if ! {
-  cmake --preset release && cmake --build --preset release --parallel "$(nproc)" --target zox_volume zox-mip
-} >"$demo/build.log" 2>&1; then
-  tail -n 30 "$demo/build.log" >&2
-  exit 1
-fi
-zox_mip=build/release/zox-mip
-
-pictures=()
-render() { # NAME ARGUMENTS...
-  local picture=$demo/$1.png
-  "$zox_mip" "${@:2}" -o "$picture" --quiet
-  pictures+=("$picture")
-}
-
-brain=/usr/share/mricron/templates/ch2better.nii.gz
-for view in anterior left superior; do
-  render "brain-$view" "$brain" --view "$view"
+ask=--ask brain="" compare=""
+for argument in "$@"; do
+  case $argument in
+    --yes) ask="" ;;
+    --brain) brain=brain ;;
+    --compare) compare=yes ;;
+    *) refuse "$argument" ;;
+  esac
 done
+
+. scripts/stages.sh
+demo=build/demo
+zox_mip=build/release/zox-mip
+mkdir -p "$demo"
+pictures=()
+
+begin=$SECONDS
+# shellcheck disable=SC2086  # --ask or nothing
+scripts/deps.sh $ask build tools demo $brain
+printf 'ok     %-28s %4d s\n' packages $((SECONDS - begin))
+
+build() {
+  cmake --preset release -DZOX_BUILD_TOOLS=ON
+  cmake --build --preset release --target zox-mip ${compare:+zox-picture-difference}
+}
 
 # A raw volume within a compressed tar: 108 slices of 256 x 256 voxels from the feet upwards, whose rows
 # run from the back to the front.
-unpack_ct() {
+unpack_skull() {
   tar -xzf /usr/share/doc/invesalius-examples/examples/Cranium.inv3 -C "$demo" --wildcards \
     --transform 's,.*/,,' '*/matrix.dat'
-  mv "$demo/matrix.dat" "$demo/head.raw"
-  cat >"$demo/head.mhd" <<'HEADER'
+  mv "$demo/matrix.dat" "$demo/skull.raw"
+  cat >"$demo/skull.mhd" <<'HEADER'
 ObjectType = Image
 NDims = 3
 DimSize = 256 256 108
@@ -50,23 +51,35 @@ ElementType = MET_SHORT
 ElementByteOrderMSB = False
 ElementSpacing = 0.957 0.957 1.5
 TransformMatrix = 1 0 0 0 -1 0 0 0 1
-ElementDataFile = head.raw
+ElementDataFile = skull.raw
 HEADER
 }
 
-if [ "${1-}" = --ct ]; then
-  unpack_ct
-  for view in anterior left; do
-    render "head-$view" "$demo/head.mhd" --view "$view"
+render() {  # NAME ARGUMENTS...
+  local picture=$demo/$1.png
+  step "picture $1" "$zox_mip" "${@:2}" -o "$picture" --quiet
+  pictures+=("$picture")
+}
+
+step "build" build || exit 1
+step "unpack the skull" unpack_skull || exit 1
+for view in anterior left superior; do
+  render "skull-$view" "$demo/skull.mhd" --view "$view" || exit 1
+done
+render skull-oblique "$demo/skull.mhd" --view 30,15 || exit 1
+if [ -n "$brain" ]; then
+  for view in anterior left superior; do
+    render "brain-$view" /usr/share/mricron/templates/ch2better.nii.gz --view "$view" || exit 1
   done
+fi
+if [ -n "$compare" ]; then
   for layout in blocked stack; do
-    render "head-$layout" "$demo/head.mhd" --view 30,10 --projection orthographic --layout "$layout"
+    render "skull-$layout" "$demo/skull.mhd" --view 30,10 --projection orthographic --layout "$layout" || exit 1
   done
 fi
 
 echo "The pictures are:"
 printf '  %s\n' "${pictures[@]}"
-if [ "${1-}" = --ct ]; then
-  cmake --build --preset release --target zox-picture-difference >>"$demo/build.log" 2>&1
-  build/release/zox-picture-difference "$demo/head-blocked.png" "$demo/head-stack.png"
+if [ -n "$compare" ]; then
+  build/release/zox-picture-difference "$demo/skull-blocked.png" "$demo/skull-stack.png"
 fi

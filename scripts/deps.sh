@@ -1,8 +1,12 @@
 #!/usr/bin/env bash
 # Installs the Debian 12 packages that a job needs, only those that are missing; docs/dependencies.md
 # says what each is for.
-# Usage: deps.sh GROUP...      groups: build tools test check fuzz demo bench peers coverage
+# Usage: deps.sh [--ask] GROUP...
+#   --ask    on a terminal, ask before anything is installed
+# The groups:
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
 
 packages_of() {
   case $1 in
@@ -11,7 +15,8 @@ packages_of() {
     test) echo libgtest-dev binutils pkg-config clang abigail-tools qemu-user valgrind libc6-dbg ;;
     check) echo clang clang-format clang-tidy shellcheck ;;
     fuzz) echo clang libclang-rt-14-dev ;;
-    demo) echo mricron-data invesalius-examples ;;
+    demo) echo invesalius-examples ;;
+    brain) echo mricron-data ;;
     bench) echo libbenchmark-dev libcli11-dev python3 ;;
     peers) echo python3-scipy ;;
     coverage) echo gcovr ;;
@@ -22,9 +27,21 @@ packages_of() {
   esac
 }
 
+case ${1-} in -h | --help)
+  print_usage
+  sed -n 's/^    \([a-z]*\)) echo.*/  \1/p' "$0" | sort
+  exit
+  ;;
+esac
+ask=no
+if [ "${1-}" = --ask ]; then
+  ask=yes
+  shift
+fi
 missing=()
 for group in "$@"; do
-  packages=$(packages_of "$group")
+  [[ $group != -* ]] || refuse "$group"
+  packages=$(packages_of "$group") || exit 2
   for package in $packages; do
     [ "$(dpkg-query -W -f '${db:Status-Status}' "$package" 2>/dev/null)" = installed ] ||
       missing+=("$package")
@@ -32,19 +49,37 @@ for group in "$@"; do
 done
 [ ${#missing[@]} = 0 ] && exit
 
+install=(apt-get install --yes --no-install-recommends "${missing[@]}")
 as_root=()
 if [ "$(id -u)" != 0 ]; then
-  command -v sudo >/dev/null || { echo "deps.sh: install as root: ${missing[*]}" >&2; exit 1; }
+  if ! sudo -n true 2>/dev/null; then
+    echo "deps.sh: packages are missing; install them as root, then start again:" >&2
+    echo "  apt-get update && ${install[*]}" >&2
+    exit 1
+  fi
   as_root=(sudo)
 fi
+
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-if ! {
-  "${as_root[@]}" apt-get update &&
-    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install --yes --no-install-recommends \
-      "${missing[@]}"
-} >"$log" 2>&1 </dev/null; then
-  tail -n 20 "$log" >&2
-  echo "deps.sh: could not install: ${missing[*]}" >&2
-  exit 1
+run() {
+  if ! "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive LC_ALL=C "$@" >"$log" 2>&1 </dev/null; then
+    tail -n 20 "$log" >&2
+    echo "deps.sh: could not install: ${missing[*]}" >&2
+    exit 1
+  fi
+}
+
+run apt-get update
+run "${install[@]}" --simulate
+count=$(grep -c '^Inst ' "$log")
+LC_ALL=C apt-get install --assume-no --no-install-recommends -o Debug::NoLocking=1 "${missing[@]}" >"$log" 2>&1 || true
+fetch=$(sed -n 's/^Need to get \([^/]*B\).*/\1/p' "$log")
+disk=$(sed -n 's/^After this operation, \(.*B\) of.*/\1/p' "$log")
+echo "To be installed by apt-get: $count packages, ${fetch:-nothing} to fetch, ${disk:-nothing} on disk:" \
+  "${missing[*]} and what they need"
+if [ $ask = yes ] && [ -t 0 ]; then
+  read -r -p "Go on? [Y/n] " answer
+  case $answer in '' | [Yy]*) ;; *) exit 1 ;; esac
 fi
+run "${install[@]}"

@@ -5,6 +5,10 @@
 # ZOX_FUZZ_SEED repeats a walk; without it every run takes another.
 #   scripts/fuzz.sh SECONDS [operations|renderer]
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+help_if_asked "$@"
+[[ ${1-} != -* ]] || refuse "$1"
 cd "$(dirname "$0")/.."
 seconds=${1:-}
 only=${2:-operations renderer}

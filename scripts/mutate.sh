@@ -4,6 +4,9 @@
 # line when every change is noticed but those proven to change nothing; otherwise the others, and fails.
 #   scripts/mutate.sh [-j JOBS] [PATTERN]    PATTERN: only changes whose file or text match it
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+help_if_asked "$@"
 cd "$(dirname "$0")/.."
 root=$PWD
 work=$root/build/mutate

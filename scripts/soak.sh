@@ -3,6 +3,10 @@
 # starts at a seed that no earlier round used; a failure prints its seed and how to see it again.
 # Usage: soak.sh MINUTES
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+help_if_asked "$@"
+[[ ${1-} != -* ]] || refuse "$1"
 cd "$(dirname "$0")/.."
 if [[ ! ${1-} =~ ^[0-9]+$ ]] || [ "$1" = 0 ]; then
   echo "Usage: soak.sh MINUTES" >&2

@@ -1,48 +1,122 @@
 # shellcheck shell=bash
-# Sourced by the scripts that run stage after stage: one line each, the log in build/logs, an end at the
-# first that fails, and a sum at the end.
+# Sourced by the scripts that run stage after stage: one line each, with the time that has gone by while it
+# runs on a terminal; the log in build/logs; an end at the first that fails, and a sum at the end.
 mkdir -p build/logs
 export CTEST_OUTPUT_ON_FAILURE=1 CMAKE_BUILD_PARALLEL_LEVEL=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 passed=0
 failed=0
-skipped=0
+skipped=()
+ticker=
 
 # Counts what ctest and GoogleTest report in a log; a stage without either counts as one test.
 count() {  # log status
   local tests lost left
-  read -r tests lost left < <(awk '
+  read -r tests lost < <(awk '
     /% tests passed, .* tests failed out of/ { lost += $4; tests += $NF }
-    /Test.*\*\*\*Skipped/ { left++ }
     /^\[  PASSED  \]/ { inner += $4 }
-    END { print (tests ? tests : inner) + 0, lost + 0, left + 0 }' "$1")
+    END { print (tests ? tests : inner) + 0, lost + 0 }' "$1")
+  mapfile -t left < <(sed -n 's/.*Test *#[0-9]*: \(.*[^ .]\) *\.*\*\*\*Skipped.*/\1/p' "$1")
   if [ "$tests" = 0 ]; then tests=1; fi
   if [ "$2" != 0 ] && [ "$lost" = 0 ]; then lost=1; fi
   failed=$((failed + lost))
-  skipped=$((skipped + left))
-  passed=$((passed + tests - lost - left))
+  skipped+=("${left[@]}")
+  passed=$((passed + tests - lost - ${#left[@]}))
 }
 
-stage() {  # name command...
-  local name=$1 log status=0 begin=$SECONDS
+# What is wrong, out of a log: each failed test with its own message, else the errors of a build.
+failures() {  # log
+  awk '
+    function show(name) {
+      if (shown++ < 5) printf "  %s\n%s", name, message
+      message = ""
+      lines = 0
+      told = 1
+    }
+    function end_test() {
+      if (test != "" && !told) show(test)
+      test = message = ""
+      told = lines = 0
+    }
+    # By ctest: a test that failed, then its output till the next test.
+    /Test +#[0-9]+: / {
+      end_test()
+      if ($0 ~ /\*\*\*/ && $0 !~ /\*\*\*Skipped/) {
+        test = $0
+        sub(/.*Test +#[0-9]+: /, "", test)
+        sub(/ *\.*\*\*\*.*/, "", test)
+      }
+      next
+    }
+    /% tests passed/ { end_test() }
+    # By GoogleTest: the message comes before the name, which comes once more at the end.
+    /^\[  FAILED  \] [^ ]*\.[^ ]/ {
+      name = $4
+      sub(/,$/, "", name)
+      if (message != "") show(index(test, name) || test == "" ? (test != "" ? test : name) : test ": " name)
+      next
+    }
+    /^ +Start +[0-9]+:|^\[|^Running main|^Note: |FAILED TEST|: Skipped$/ { next }
+    test != "" || /: Failure$/ || lines > 0 { if ($0 != "" && lines++ < 12) message = message "    " $0 "\n" }
+    END {
+      end_test()
+      if (shown > 5) print "  and " shown - 5 " more"
+      exit !shown
+    }
+  ' "$1" || grep -m 5 -A 6 -iE '(^|[ :])(fatal )?error[: ]|CMake Error|undefined reference' "$1" || tail -n 30 "$1"
+}
+
+start_ticker() {  # name begin
+  [ -t 1 ] || return 0
+  (while true; do
+    printf '\r       %-28s %4d s' "$1" $((SECONDS - $2))
+    sleep 1
+  done) &
+  ticker=$!
+}
+
+stop_ticker() {
+  [ -n "$ticker" ] || return 0
+  kill "$ticker" 2>/dev/null
+  wait "$ticker" 2>/dev/null
+  ticker=
+  printf '\r\033[K'
+}
+trap stop_ticker EXIT
+
+# A step is what a stage is, but no test.
+step() {  # name command...
+  local name=$1 begin=$SECONDS
   shift
   log=build/logs/${name// /-}.log
+  status=0
+  start_ticker "$name" "$begin"
   set +e
   (set -e; "$@") >"$log" 2>&1 </dev/null
   status=$?
+  stop_ticker
   set -e
-  count "$log" $status
   if [ $status != 0 ]; then
-    echo "FAILED $name ($((SECONDS - begin)) s), the end of $log:"
-    tail -n 40 "$log"
-    summary
-    exit 1
+    echo "FAILED $name ($((SECONDS - begin)) s)"
+    failures "$log"
+    echo "The whole log is $log."
+    return 1
   fi
   printf 'ok     %-28s %4d s\n' "$name" $((SECONDS - begin))
 }
 
+stage() {  # name command...
+  local result=0
+  step "$@" || result=1
+  count "$log" "$status"
+  if [ $result != 0 ]; then
+    summary
+    exit 1
+  fi
+}
+
 summary() {
   local rest=""
-  [ $skipped = 0 ] || rest=", $skipped skipped"
+  [ ${#skipped[@]} = 0 ] || rest=", ${#skipped[@]} skipped: ${skipped[*]}"
   echo "$passed passed, $failed failed$rest"
 }
 

@@ -3,6 +3,9 @@
 # cores, a minute of each fuzz target, coverage. One line per stage; the logs stand in build/logs. About
 # seven minutes on two cores. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+take_no_arguments "$@"
 cd "$(dirname "$0")/.."
 . scripts/stages.sh
 
@@ -16,7 +19,7 @@ many_threads() {
   "${run[@]}" build/tsan/zox_test_differential --gtest_filter='*Threads*'
 }
 
-stage "packages" scripts/deps.sh build tools test fuzz coverage
+step "packages" scripts/deps.sh build tools test fuzz coverage
 stage "many threads" many_threads
 stage "soak" scripts/soak.sh 1
 # The same walk each time: what a change breaks, not what luck finds. Free walks: scripts/fuzz.sh.

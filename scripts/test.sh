@@ -3,6 +3,9 @@
 # sanitizers, clang, source checks, emulated older processors, valgrind, a short fuzz. One line per
 # stage; the logs stand in build/logs. Under ten minutes on two cores.
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+take_no_arguments "$@"
 cd "$(dirname "$0")/.."
 . scripts/stages.sh
 
@@ -23,8 +26,10 @@ emulate() {  # processor, sets that it lacks
   done
 }
 
-stage "packages" scripts/deps.sh build tools test check fuzz
-stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON
+step "packages" scripts/deps.sh build tools test check fuzz
+# Whatever has a place in the tree is demanded: nothing is left out unseen.
+stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON -DZOX_BUILD_CHECKER=ON \
+  -DZOX_BUILD_RENDER=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_PYTHON=ON
 # Both sanitizers in one build without optimisation: a fifth of the compile time of two at -O2, and
 # no access is optimised away before it is checked.
 sanitize() {

@@ -4,6 +4,10 @@
 # avx2 kernels run and the exported functions pick avx2.
 # Usage: valgrind.sh [BUILD_DIRECTORY]     a tree with tests that is built already; else builds its own
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+help_if_asked "$@"
+[[ ${1-} != -* ]] || refuse "$1"
 cd "$(dirname "$0")/.."
 scripts/deps.sh build test
 
