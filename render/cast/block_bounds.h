@@ -1,0 +1,23 @@
+// What the samples of a bundle of rays can be at most, over a range of their numbers.
+#pragma once
+
+#include "view/clip.h"
+
+namespace render {
+
+// A box around samples first .. last of several lines. The lowest position of a set of lines is a concave
+// function of the sample number, the highest a convex one: both lie within the chords between two numbers,
+// where these are taken once over all lines.
+class Bundle {
+ public:
+  void reset(double first, double last);
+  void add(const Line& line);
+  // Cells (or voxels, for nearest samples) of a volume's array that hold samples first .. last of any line.
+  void cells(double first, double last, const Volume& volume, bool nearest, Size3& low, Size3& high) const;
+
+ private:
+  double first_ = 0, last_ = 0;
+  std::array<double, 3> low_at_first_{}, low_at_last_{}, high_at_first_{}, high_at_last_{};
+};
+
+}  // namespace render

@@ -1,0 +1,83 @@
+#include "view/clip.h"
+
+#include <algorithm>
+
+namespace render {
+namespace {
+
+// Positions are whole numbers below 2^52, steps whole numbers. A quotient that is not whole lies at least
+// 1 / |step| from any whole number, and is rounded by less than half of that: hence floor and ceiling of the
+// rounded quotient are those of the quotient.
+Stretch along(double low, double high, double middle, double step, Stretch samples) {
+  if (step == 0) return middle < low || middle > high ? Stretch{} : samples;
+  const double a = (low - middle) / step, b = (high - middle) / step;
+  samples.first = std::max(samples.first, std::ceil(std::min(a, b)));
+  samples.last = std::min(samples.last, std::floor(std::max(a, b)));
+  return samples;
+}
+
+// The ends of a region in units of the grid. Neighbouring regions share no sample: each has its lower end.
+struct Ends {
+  double low, high;
+};
+
+Ends region_ends(const Frame& frame, size_t j, bool nearest) {
+  const Region& region = frame.regions[j];
+  const bool is_first = j == 0, is_last = j + 1 == frame.regions.size();
+  const double low = to_whole((is_first && nearest ? frame.outer_low() : region.low) * kGrid);
+  const double high = to_whole((is_last && nearest ? frame.outer_high() : region.high) * kGrid);
+  return {low, is_last && !nearest ? high : high - 1};
+}
+
+}  // namespace
+
+SampleBox owned_box(const Volume& volume, bool nearest) {
+  SampleBox box;
+  for (size_t a = 0; a < 3; ++a) {
+    const int low = volume.owned_first[a], end = low + volume.owned_size[a];
+    require(nearest || end == volume.frame.size[a] || end < volume.first[a] + volume.size[a],
+            "Trilinear samples need the voxels after the last owned ones, which the part does not hold.");
+    box.low[a] = (low - (nearest ? 0.5 : 0)) * kGrid;
+    box.high[a] = (end - (nearest ? 0.5 : 0)) * kGrid - 1;
+    if (!nearest && end == volume.frame.size[a]) box.high[a] = (end - 1) * kGrid;
+  }
+  return box;
+}
+
+SampleBox readable_box(const Volume& volume, bool nearest) {
+  SampleBox box = owned_box(volume, nearest);
+  if (nearest) return box;
+  for (size_t a = 0; a < 3; ++a) {
+    const double last = (volume.first[a] + volume.size[a] - 1) * kGrid;
+    if (!volume.has_next[a]) box.high[a] = std::min(box.high[a], last - 1);
+  }
+  return box;
+}
+
+Stretch clip(const SampleBox& box, const Line& line, const Stretch& within) {
+  Stretch samples = within;
+  for (size_t a = 0; a < 3 && !samples.empty(); ++a)
+    samples = along(box.low[a], box.high[a], line.middle[a], line.step[a], samples);
+  return samples;
+}
+
+Piece piece_in_region(const Frame& frame, size_t j, bool nearest, const Line& line, const Stretch& within) {
+  Piece piece{line, within};
+  const Ends ends = region_ends(frame, j, nearest);
+  piece.samples = along(ends.low, ends.high, line.middle[2], line.step[2], within);
+  if (piece.samples.empty()) return piece;
+  const Region& region = frame.regions[j];
+  const auto slice_at = [&](double n) {
+    const double units = line.middle[2] + n * line.step[2] - region.low * kGrid;
+    const double slices = to_whole(units * region.slices_per_unit());
+    return std::clamp(slices, -kGrid / 2, (region.last - region.first + 0.5) * kGrid - 1) +
+           region.first * kGrid;
+  };
+  const double first = piece.samples.first, count = piece.samples.last - first;
+  const double from = slice_at(first), to = slice_at(piece.samples.last);
+  piece.line.step[2] = count > 0 ? std::trunc((to - from) / count) : 0;
+  piece.line.middle[2] = from - first * piece.line.step[2];
+  return piece;
+}
+
+}  // namespace render

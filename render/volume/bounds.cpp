@@ -1,0 +1,87 @@
+#include "volume/bounds.h"
+
+#include <algorithm>
+
+namespace render {
+namespace {
+
+constexpr int kLargestShift = 2, kCoarsestShift = 5;
+
+Size3 block_counts(const Size3& size, int shift) {
+  Size3 counts;
+  for (size_t a = 0; a < 3; ++a) counts[a] = (size[a] + (1 << shift) - 1) >> shift;
+  return counts;
+}
+
+void merge_rows(const int16_t* row, int count, bool largest, int16_t* into) {
+  if (largest)
+    for (int x = 0; x < count; ++x) into[x] = std::max(into[x], row[x]);
+  else
+    for (int x = 0; x < count; ++x) into[x] = std::min(into[x], row[x]);
+}
+
+}  // namespace
+
+uint64_t BlockTable::bytes(const Size3& size, int shift) {
+  const Size3 counts = block_counts(size, shift);
+  return static_cast<uint64_t>(counts[0]) * static_cast<uint64_t>(counts[1]) *
+         static_cast<uint64_t>(counts[2]) * sizeof(int16_t);
+}
+
+void BlockTable::build_layer(const Size3& size, int layer, const RowReader& read_row) {
+  const int edge = 1 << shift_;
+  const int16_t nothing = largest_ ? INT16_MIN : INT16_MAX;
+  std::vector<int16_t> merged(static_cast<size_t>(size[0])), row(static_cast<size_t>(size[0]));
+  int16_t* value = values_.data() + int64_t{layer} * blocks_[1] * blocks_[0];
+  for (int by = 0; by < blocks_[1]; ++by) {
+    std::fill(merged.begin(), merged.end(), nothing);
+    for (int z = layer * edge; z <= std::min(layer * edge + edge, size[2] - 1); ++z)
+      for (int y = by * edge; y <= std::min(by * edge + edge, size[1] - 1); ++y) {
+        read_row(y, z, row.data());
+        merge_rows(row.data(), size[0], largest_, merged.data());
+      }
+    for (int x = 0; x < size[0]; x += edge) {
+      const auto begin = merged.begin() + x, end = merged.begin() + std::min(x + edge + 1, size[0]);
+      *value++ = largest_ ? *std::max_element(begin, end) : *std::min_element(begin, end);
+    }
+  }
+}
+
+void BlockTable::build(const Size3& size, int shift, bool largest, const RowReader& read_row, Work& work,
+                       double share) {
+  shift_ = shift;
+  largest_ = largest;
+  blocks_ = block_counts(size, shift);
+  values_.resize(bytes(size, shift) / sizeof(int16_t));
+  work.spread(blocks_[2], share, [&](int layer) { build_layer(size, layer, read_row); });
+}
+
+int BlockTable::over(const Size3& low, const Size3& high) const {
+  const int x0 = low[0] >> shift_, x1 = high[0] >> shift_;
+  int best = largest_ ? INT16_MIN : INT16_MAX;
+  for (int z = low[2] >> shift_; z <= high[2] >> shift_; ++z)
+    for (int y = low[1] >> shift_; y <= high[1] >> shift_; ++y) {
+      const int16_t* row = values_.data() + (int64_t{z} * blocks_[1] + y) * blocks_[0];
+      if (largest_)
+        for (int x = x0; x <= x1; ++x) best = std::max<int>(best, row[x]);
+      else
+        for (int x = x0; x <= x1; ++x) best = std::min<int>(best, row[x]);
+    }
+  return best;
+}
+
+Bounds make_bounds(const Size3& size, const BlockTable::RowReader& read_row, Work& work) {
+  Bounds bounds;
+  const uint64_t voxels =
+      static_cast<uint64_t>(size[0]) * static_cast<uint64_t>(size[1]) * static_cast<uint64_t>(size[2]);
+  const uint64_t limit = voxels * sizeof(int16_t) * 3 / 100;
+  for (int shift = kLargestShift; shift <= kCoarsestShift; ++shift) {
+    if (BlockTable::bytes(size, shift) + BlockTable::bytes(size, shift + 1) > limit) continue;
+    bounds.largest.build(size, shift, true, read_row, work, 0.93);
+    bounds.smallest.build(size, shift + 1, false, read_row, work, 1);
+    break;
+  }
+  return bounds;
+}
+
+}  // namespace render
