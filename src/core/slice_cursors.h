@@ -16,14 +16,18 @@ class SliceCursors {
     for (int i = 0; i < kLanes; ++i) lanes_.slice[i] = kNoSlice;
   }
 
-  // Whether region after region leads to higher slices only, and no position can overflow.
+  // Whether region after region leads to higher slices only, and neither a distance in a region nor
+  // a position nor a slice can overflow.
   static bool regions_ascend(const Regions& regions) {
+    if (!has_plain_slices(regions)) return false;
     if (regions.n == 1) return true;
     for (int j = 0; j < regions.n; ++j) {
-      double depth = static_cast<double>(regions.Zb[j + 1]) - regions.Zb[j];
-      if (!(depth >= 0 && regions.scale[j] >= 0 && (depth + kSlack) * regions.scale[j] < kLargestPosition))
-        return false;
-      int last = slice_of<rules>(truncate(depth * regions.scale[j]), regions.first_slice[j]);
+      int64_t depth = int64_t{regions.Zb[j + 1]} - regions.Zb[j];
+      if (depth < 0 || depth + kSlack > INT32_MAX) return false;
+      if (!(regions.scale[j] >= 0 && regions.scale[j] < kLargestPosition)) return false;
+      if (static_cast<double>(depth + kSlack) * regions.scale[j] >= kLargestPosition) return false;
+      int last =
+          slice_of<rules>(truncate(static_cast<double>(depth) * regions.scale[j]), regions.first_slice[j]);
       if (j + 1 < regions.n && last > regions.first_slice[j + 1]) return false;
     }
     return true;
@@ -58,6 +62,14 @@ class SliceCursors {
   static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
   static constexpr int kHalf = rules.half << (rules.bits - 1);
 
+  // A position reaches 2^11 slices from its region's first; these leave room for that.
+  static bool has_plain_slices(const Regions& regions) {
+    for (int j = 0; j < regions.n; ++j) {
+      if (regions.first_slice[j] < -(1 << 30) || regions.first_slice[j] > 1 << 30) return false;
+    }
+    return true;
+  }
+
   int lowest_slice() const {
     int lowest = kNoSlice;
     for (int i = 0; i < padded(n_); ++i) lowest = lanes_.slice[i] < lowest ? lanes_.slice[i] : lowest;
@@ -77,6 +89,7 @@ class SliceCursors {
     int64_t last = t.z + int64_t{t.sz} * (t.n - 1);
     int64_t low = last < t.z ? last : t.z, high = last < t.z ? t.z : last;
     if (low < regions_.Zb[0] - kSlack || high > regions_.Zb[regions_.n] + kSlack) return false;
+    if (low < INT32_MIN || high > INT32_MAX) return false;
     int j = 0;
     if (t.sz >= 1) {
       while (j + 1 < regions_.n && regions_.Zb[j + 1] < low) ++j;

@@ -22,9 +22,25 @@ double draw_scale(Random& random) {
   return random.pick({1.0, 1.0, 0.5, 2.0, random.real(0.05, 0.5), random.real(0.5, 3), random.real(0.5, 3)});
 }
 
+// Regions deeper than the fixed point counts: distances in them wrap.
+Regions draw_deep_regions(const Caster& caster, Random& random) {
+  const double limit = caster.trilinear() ? 2047 : 1023;
+  Regions regions;
+  regions.bounds = {-limit * random.real(0.6, 1), -limit * random.real(0, 0.55), limit * random.real(0.6, 1)};
+  if (random.chance(0.3)) regions.bounds.push_back(limit);
+  int32_t slice = random.whole(0, 120);
+  for (size_t j = 0; j + 1 < regions.bounds.size(); ++j) {
+    regions.scales.push_back(random.real(0.002, 0.05));
+    regions.slices.push_back(slice);
+    slice += static_cast<int32_t>((regions.bounds[j + 1] - regions.bounds[j]) * regions.scales[j] + 1);
+  }
+  return regions;
+}
+
 }  // namespace
 
 Regions draw_regions(const Caster& caster, bool strict, Random& random) {
+  if (!strict && random.chance(0.04)) return draw_deep_regions(caster, random);
   Regions regions;
   const int count = draw_region_count(caster, random);
   // In order, as the slices of one scan; or any slice after any other.

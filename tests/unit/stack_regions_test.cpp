@@ -57,6 +57,23 @@ TEST_P(StackRegions, OneRegionMapsZToSlices) {
 // 0.7 * (7 - 2) is 3.5 slices, to the bit; 0.7 * 7 - 0.7 * 2 is less.
 TEST_P(StackRegions, TheBoundaryIsTakenOffBeforeScaling) { expect(8, {2, 52}, {0}, {0.7}, 7, 0, {35}); }
 
+// Every z is in range, but the distance from a boundary is not: it wraps in 32 bits, as every sum
+// does. 1400 of 2048 units becomes -648 in nearest, 2800 of 4096 becomes -1296 in trilinear.
+TEST_P(StackRegions, DistancesInARegionWrap) {
+  const double wide = trilinear() ? 2 : 1;
+  for (int marked : {75, 90, 101}) {
+    Stack stack(caster(), 9, 9, 140);
+    for (int s = 0; s <= 140; ++s) stack.fill_slice(s, caster().bit() ? s == marked : s);
+    stack.regions({-800 * wide, -500 * wide, 1000 * wide}, {100, 103}, {.004 / wide, .02 / wide});
+    Batch batch(caster().element_size);
+    for (double z : {900, 901}) batch.add({2, 2, z * wide}, {0, 0, -750 * wide}, 3);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    Ints expected = {90, 75, trilinear() ? 100 : 101};
+    for (int& value : expected) value = caster().bit() ? value == marked : value;
+    for (int r : {0, 1}) EXPECT_EQ(batch.samples(r), expected) << "ray " << r;
+  }
+}
+
 // z = 15 lies in the second region, at slice 10 + 5 / 2.
 TEST_P(StackRegions, EveryRegionHasItsScale) {
   expect(16, {0, 10, 20}, {0, 10}, {1, 0.5}, 15, 0, {125});
