@@ -8,7 +8,11 @@ namespace {
 
 inline double magnitude(double v) { return v < 0 ? -v : v; }
 inline double distance(double a, double b) { return magnitude(a - b); }
-inline double distance(int a, int b) { return magnitude(wrap_sub(a, b)); }
+// In 32 bits, where -2^31 has no opposite and stays.
+inline double distance(int a, int b) {
+  int apart = wrap_sub(a, b);
+  return apart < 0 ? wrap_sub(0, apart) : apart;
+}
 
 // The longest of the three lengths, x counted at 1 / x_weight, y at 1/6, z at 1. Lengths are
 // 0 or more.

@@ -23,6 +23,9 @@ inline int32_t wrap_subtract(int32_t a, int32_t b) {
   return static_cast<int32_t>(static_cast<uint32_t>(a) - static_cast<uint32_t>(b));
 }
 
+// The absolute value as a 32-bit integer: the smallest has no opposite and stays as it is.
+inline int32_t absolute(int32_t a) { return a < 0 ? wrap_subtract(0, a) : a; }
+
 template <typename Element>
 void write_sample(const zox_Rays& rays, int32_t k, int32_t r, Element value) {
   static_cast<Element*>(rays.planes[k])[r] = value;

@@ -13,7 +13,8 @@ namespace {
 
 constexpr int32_t kMaxSharedRays = 64;  // larger batches always go ray by ray
 
-double larger(double a, double b) { return a > b ? a : b; }
+// What is not a number takes the place of nothing.
+double larger(double largest, double next) { return next > largest ? next : largest; }
 
 // The largest component, where a move of x_weight voxels in x or of 6 in y counts as one in z.
 double measure(double x, double y, double z, double x_weight) {
@@ -172,9 +173,8 @@ int cast_in_fixed_point(const zox_Volume& volume, const zox_Rays& rays, double x
     for (int axis = 0; axis < 3; ++axis) {
       offsets[r][axis] = truncate(rays.starts[r][axis] * kScale - base[axis]);
       if (r == 0) continue;
-      const double distance =
-          std::fabs(static_cast<double>(wrap_subtract(offsets[r][axis], offsets[r - 1][axis])));
-      distance_sums[axis] += distance * (1.0 / kScale);
+      const int32_t distance = absolute(wrap_subtract(offsets[r][axis], offsets[r - 1][axis]));
+      distance_sums[axis] += static_cast<double>(distance) * (1.0 / kScale);
     }
   }
   if (goes_sample_by_sample(rays, distance_sums, x_weight)) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "ray_spread.h"
 
@@ -164,6 +165,20 @@ void draw_unread_steps(const Caster& caster, DrawnRays& rays, Random& random) {
   }
 }
 
+// The start of a ray without samples may be anything too, but it counts where rays are compared.
+void draw_missed_starts(DrawnRays& rays, Random& random) {
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  for (size_t r = random.chance(0.1) ? 0 : 1; r < rays.starts.size(); ++r) {
+    if (rays.counts[r] > 0 || random.chance(0.5)) continue;
+    const bool everywhere = random.chance(0.3);
+    const double far = random.pick({kNaN, kInfinity, -kInfinity, 1e9, -1e9, -1e300, random.real(-9999, 9999)});
+    for (double& s : rays.starts[r]) {
+      if (everywhere || random.chance(0.4)) s = far;
+    }
+  }
+}
+
 }  // namespace
 
 DrawnRays draw_rays(const Caster& caster, const Room& room, Random& random) {
@@ -191,6 +206,7 @@ DrawnRays draw_rays(const Caster& caster, const Room& room, Random& random) {
   if (caster.blocked() && caster.parallel() && random.chance(0.1))
     spread_around_weights(caster, room, rays, random);
   if (!room.strict && random.chance(0.05)) draw_unread_steps(caster, rays, random);
+  if (!room.strict && random.chance(0.2)) draw_missed_starts(rays, random);
   return rays;
 }
 

@@ -2,6 +2,7 @@
 // differ in the last bit of the positions of all rays but the first, so a start that sits on the
 // brink of two results tells the way from the value of a sample.
 #include <cmath>
+#include <limits>
 
 #include "batch.h"
 #include "implementations.h"
@@ -61,6 +62,30 @@ const std::vector<Point> kApartInX = {{2, 0, 2}, {3, 0, 2}};
 const std::vector<Point> kApartInZ = {{2, 0, 2}, {2, 0, 3}};
 
 TEST_P(Traversal, AZeroStepGoesRayByRay) { EXPECT_EQ(way(kTogether, {0, 0, 0}), kRayByRay); }
+
+// The middle ray has no samples, but its distances count: in doubles they make the rays lie far apart;
+// in fixed point it lies at -2^31, which has no opposite: the rays lie less than nothing apart.
+TEST_P(Traversal, ARayFarAwayCounts) {
+  for (double far : {-1e9, 1e9}) {
+    Blocked blocked(caster().element_size, 64, 32);
+    const Brink b = brink();
+    blocked.fill([&](int, int y, int) { return y < 1 ? b.below : b.above; });
+    Batch batch(caster().element_size);
+    batch.add({20, b.first_y, 5}, {0, 0, .25}, 1).add({far, b.first_y, 5}, {0, 0, 0}, 0);
+    batch.add({5, b.other_y, 5}, {0, 0, 0}, 1);
+    EXPECT_EQ(batch.run(cast(), blocked.volume()), ZOX_STS_NO_ERROR);
+    const bool fixed = caster().trilinear() && is_8u();
+    EXPECT_EQ(batch.at(0, 2), fixed ? b.by_sample : b.by_ray) << far;
+  }
+}
+
+// Starts that are not numbers, of rays without samples, keep nothing apart.
+TEST_P(Traversal, ARayNowhereDoesNotCount) {
+  if (caster().trilinear() && is_8u()) return;  // in integers there is nothing else than numbers
+  constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+  EXPECT_EQ(way({{2, 0, 2}, {2, 0, 2}, {kNaN, 0, kNaN}}, {0, 0, 1}, 2), kSampleBySample);
+  EXPECT_EQ(way({{2, 0, 2}, {2, 0, 2}, {2, 0, kNaN}}, {0, 0, 1}, 2), kSampleBySample);
+}
 
 TEST_P(Traversal, AStepShorterThanTheSpacingGoesRayByRay) {
   EXPECT_EQ(way(kApartInZ, {0, 0, 0.5}), kRayByRay);
