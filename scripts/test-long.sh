@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# What test.sh has no time for: many threads under the thread sanitizer, a minute of random work on all
+# What test.sh has no time for: many threads under the thread sanitizer, counts of 2^31 - 1, a minute of random work on all
 # cores, a minute of each fuzz target, coverage. One line per stage; the logs stand in build/logs. About
 # seven minutes on two cores. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
@@ -19,8 +19,15 @@ many_threads() {
   "${run[@]}" build/tsan/zox_test_differential --gtest_filter='*Threads*'
 }
 
+largest_counts() {
+  cmake --preset release -B build/long -DZOX_BUILD_TESTS=ON -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF
+  cmake --build build/long --target zox_test_largest_counts
+  build/long/zox_test_largest_counts --gtest_brief=1
+}
+
 step "packages" scripts/deps.sh build tools test fuzz coverage
 stage "many threads" many_threads
+stage "largest counts" largest_counts
 stage "soak" scripts/soak.sh 1
 # The same walk each time: what a change breaks, not what luck finds. Free walks: scripts/fuzz.sh.
 stage "fuzz operations" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 operations

@@ -33,10 +33,11 @@ using WalkOf = OwnWalk<decltype(walk_step<rules>(0.0))>;
 // Each ray walks from its own start, by the step at steps[r] or, parallel, by that of ray 0.
 template <BlockedRules rules, StepOf step_of, class Element>
 void cast_ray_by_ray(const BlockedVolume<Element>& volume, const zox_Rays& batch) {
-  for (int first = 0; first < batch.nrays; first += kLanes) {
+  for (int first = 0, end; first < batch.nrays; first = end) {
     WalkOf<rules> walk;
     Marchers rays;
-    for (int r = first; r < batch.nrays && r - first < kLanes; ++r) {
+    end = batch.nrays - first < kLanes ? batch.nrays : first + kLanes;
+    for (int r = first; r < end; ++r) {
       if (batch.nsamples[r] < 1) continue;
       const double* step = batch.steps[step_of == StepOf::kRay0 ? 0 : r];
       for (int axis = 0; axis < 3; ++axis) {

@@ -61,6 +61,7 @@ struct SharedPosition {
     base[0] = x;
     base[1] = y;
     base[2] = z;
+    pad_lanes(scaled, n);
     for (int axis = 0; axis < 3; ++axis) truncate_lanes(scaled[axis].at, at[axis].at, n);
   }
 };
@@ -110,6 +111,10 @@ inline void place_rays(const zox_Rays& batch, int nrays, double slices_per_z, Ra
   }
 }
 
+// Ray and plane together make a 32-bit number, so planes are counted anew after so many: a ray may
+// have any number of samples.
+constexpr int kNumberedPlanes = 1 << 24;
+
 template <FetchRules rules>
 int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox_Volume& volume) {
   const double *start = batch.starts[0], *step = batch.steps[0];
@@ -121,20 +126,25 @@ int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox
   place_rays(batch, nrays, slices_per_z, offsets, rays);
   StackView view(volume, 0);
   StagedSamples stage;
+  int first_plane = 0;
   for (int k = 0; k < max_samples; rays.drop_ended(k, offsets)) {
     for (int end = rays.first_end(); k < end;) {
+      if (k - first_plane >= kNumberedPlanes) {
+        flush_stage<rules>(view, stage, batch.planes + first_plane);
+        first_plane = k;
+      }
       Axes<int> at;
       int n = end - k < kLanes ? end - k : kLanes;
       position.run(n, at);
-      if (rays.n == 1) append_run(offsets, at, k, n, stage);
+      if (rays.n == 1) append_run(offsets, at, k - first_plane, n, stage);
       for (int i = 0; i < n; ++i) {
-        if (rays.n > 1) append_rays(offsets, at, i, k + i, rays.n, stage);
-        if (stage.n > kStage - kLanes) flush_stage<rules>(view, stage, batch.planes);
+        if (rays.n > 1) append_rays(offsets, at, i, k - first_plane + i, rays.n, stage);
+        if (stage.n > kStage - kLanes) flush_stage<rules>(view, stage, batch.planes + first_plane);
       }
       k += n;
     }
   }
-  flush_stage<rules>(view, stage, batch.planes);
+  flush_stage<rules>(view, stage, batch.planes + first_plane);
   return ZOX_STS_NO_ERROR;
 }
 

@@ -55,9 +55,10 @@ class MaximumBlock {
       longest = nsamples[i] > longest ? nsamples[i] : longest;
     }
     add_planes(0, shortest, selection);
-    for (int k = shortest < 0 ? 0 : shortest; k < longest; k += kMostPlanes<Element>) {
+    for (int k = shortest < 0 ? 0 : shortest, n; k < longest; k += n) {
       int left = longest - k;
-      add_ragged_planes(k, left < kMostPlanes<Element> ? left : kMostPlanes<Element>, selection);
+      n = left < kMostPlanes<Element> ? left : kMostPlanes<Element>;
+      add_ragged_planes(k, n, selection);
     }
   }
 

@@ -35,7 +35,7 @@ inline int window_level(const int16_t* src, uint8_t* dst, int len, int center, i
   int i = 0;
   // Buffers that overlap are converted in order, one by one, which makes conversion in place work.
   if (len >= 16 && !overlap(src, dst, len)) {
-    for (; i + 16 <= len; i += 16) map_16(window, src + i, dst + i);
+    for (; len - i >= 16; i += 16) map_16(window, src + i, dst + i);
   }
   for (; i < len; ++i) dst[i] = static_cast<uint8_t>(window.map(src[i]));
   return ZOX_STS_NO_ERROR;

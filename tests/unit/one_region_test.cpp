@@ -1,8 +1,10 @@
 // Slice stacks, parallel nearest casters: when they take the one-region path, and its arithmetic.
+#include <array>
 #include <limits>
 
 #include "batch.h"
 #include "implementations.h"
+#include "repeated_pages.h"
 #include "volumes.h"
 
 namespace zox_unit {
@@ -88,6 +90,8 @@ bool parallel_nearest(const Caster& c) { return !c.blocked() && c.parallel() && 
 INSTANTIATE_FOR_CASTERS(OneRegionChoice, parallel_nearest);
 
 // Is the coordinate of a sample at least `edge`? Voxels below it are 0, the others 1.
+class OneRegionCount : public OperationsTest {};
+
 class OneRegionPath : public CasterTest {
  protected:
   Stack stack(int axis, int edge) const {
@@ -226,6 +230,31 @@ TEST_P(OneRegionPath, RowsAreSigned) {
 }
 
 INSTANTIATE_FOR_CASTERS(OneRegionPath, parallel_nearest);
+
+// More samples than ray and plane together could number in 32 bits. The planes are the same few over
+// and over; what the last samples wrote stands in them.
+TEST_P(OneRegionCount, HasNoLimit) {
+  constexpr int32_t kCount = (1 << 25) + 4;
+  const zox_test::RepeatedPages table(kCount * sizeof(void*));
+  constexpr size_t kPlanes = zox_test::RepeatedPages::period<void*>();
+  std::vector<std::array<uint8_t, 2>> planes(kPlanes);
+  for (size_t k = 0; k < kPlanes; ++k) table.as<void*>()[k] = planes[k].data();
+  Stack stack(Stack::Voxel::kByte, 10, 2, 2);
+  stack.fill([](int x, int, int) { return x; });
+  const double start[3] = {0.5, 0, 0}, step[3] = {0x1p-22, 0, 0};  // voxel 9 after 2^25 samples
+  const double* starts[] = {start, start};
+  const double* steps[] = {step, step};
+  for (int32_t second : {3, kCount - 1}) {
+    const int32_t counts[] = {kCount, second};
+    const zox_Rays rays = {table.as<void*>(), 2, starts, steps, counts};
+    EXPECT_EQ(operations().general_parallel_nearest_8u(&stack.volume(), &rays), ZOX_STS_NO_ERROR);
+    EXPECT_EQ(planes[3][0], 9);
+    EXPECT_EQ(planes[4][0], 8);
+    EXPECT_EQ(planes[2][1], second == 3 ? 1 : 9);
+  }
+}
+
+INSTANTIATE_FOR_OPERATIONS(OneRegionCount);
 
 }  // namespace
 }  // namespace zox_unit
