@@ -12,7 +12,7 @@ namespace {
 constexpr int kLanes = 64;
 
 // Arithmetic stages run over whole vectors: lanes from n up to padded(n) hold leftovers, which
-// may be computed with but never loaded through.
+// may be computed with, as integers, but never loaded through.
 constexpr int padded(int n) { return (n + 15) & -16; }
 
 template <class T>
@@ -25,6 +25,15 @@ struct alignas(64) Lanes {
 // One array an axis: x, y, z.
 template <class T>
 using Axes = Lanes<T>[3];
+
+// Repeats lane 0 behind the last of n lanes. What doubles are computed or converted from must be
+// padded: leftovers could raise floating-point exceptions that no sample raises.
+template <class T>
+void pad_lanes(Axes<T>& axes, int n) {
+  for (auto& lanes : axes) {
+    for (int i = n; i < padded(n); ++i) lanes[i] = lanes[0];
+  }
+}
 
 // The compiler neither moves loads across this nor gathers from both sides at once. Between
 // samples it keeps voxels being read slice after slice.

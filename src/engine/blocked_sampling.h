@@ -42,13 +42,13 @@ void fetch_corners(const BlockedVolume<Element>& volume, const Axes<int>& voxel,
   for (int i = 0; i < padded(n); ++i) {
     int x = voxel[0][i], y = voxel[1][i], z = voxel[2][i];
     uint32_t x0 = volume.x_term(x), y0 = volume.y_term(y), z0 = volume.z_term(z);
-    uint32_t y_exchange = y0 ^ volume.y_term(y + 1), z_exchange = z0 ^ volume.z_term(z + 1);
+    uint32_t y_exchange = y0 ^ volume.y_term(wrap_add(y, 1)), z_exchange = z0 ^ volume.z_term(wrap_add(z, 1));
     uint32_t first = x0 | y0 | z0;
     number[0][i] = first;
     number[1][i] = first ^ y_exchange;
     number[2][i] = first ^ z_exchange;
     number[3][i] = first ^ y_exchange ^ z_exchange;
-    to_right[i] = x0 ^ volume.x_term(x + 1);
+    to_right[i] = x0 ^ volume.x_term(wrap_add(x, 1));
     at_cell_end[i] = (x & 3) == 3;
   }
   for (int row = 0; row < 4; ++row) {

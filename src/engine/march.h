@@ -35,6 +35,7 @@ struct RayWalk {
     base[0] = x;
     base[1] = y;
     base[2] = z;
+    pad_lanes(positions, n);
   }
 };
 
@@ -53,6 +54,11 @@ struct OwnWalk {
         position[axis][i] = advanced(position[axis][i], step[axis][i]);
       }
     }
+  }
+
+  void pad(int n) {
+    pad_lanes(position, n);
+    pad_lanes(step, n);
   }
 
   void move_lane(int from, int to) {
@@ -85,6 +91,8 @@ struct SharedWalk {
   void advance(int) {
     for (int axis = 0; axis < 3; ++axis) base[axis] += step[axis];
   }
+
+  void pad(int n) { pad_lanes(offset, n); }
 
   void move_lane(int from, int to) {
     for (int axis = 0; axis < 3; ++axis) offset[axis][to] = offset[axis][from];
@@ -154,6 +162,7 @@ void march(Marchers& rays, Walk& walk, void* const* planes, Sample sample) {
   alignas(64) Lanes<Element> values;
   while (rays.n >= kFewRays) {
     bool side_by_side = rays.side_by_side();
+    walk.pad(rays.n);
     for (int end = rays.first_end(); k < end; ++k) {
       sample(walk.positions(rays.n), rays.n, values.at);
       store_lanes(values, rays, side_by_side, static_cast<Element*>(planes[k]));
@@ -163,9 +172,9 @@ void march(Marchers& rays, Walk& walk, void* const* planes, Sample sample) {
   }
   for (int lane = 0; lane < rays.n; ++lane) {
     RayWalk<typename Walk::Position> ray = walk.lane(lane);
-    for (int first = k; first < rays.nsamples[lane]; first += kLanes) {
+    for (int first = k, n; first < rays.nsamples[lane]; first += n) {
       int left = rays.nsamples[lane] - first;
-      int n = left < kLanes ? left : kLanes;
+      n = left < kLanes ? left : kLanes;
       Axes<typename Walk::Position> positions;
       ray.run(n, positions);
       sample(positions, n, values.at);

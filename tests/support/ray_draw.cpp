@@ -172,7 +172,8 @@ void draw_missed_starts(DrawnRays& rays, Random& random) {
   for (size_t r = random.chance(0.1) ? 0 : 1; r < rays.starts.size(); ++r) {
     if (rays.counts[r] > 0 || random.chance(0.5)) continue;
     const bool everywhere = random.chance(0.3);
-    const double far = random.pick({kNaN, kInfinity, -kInfinity, 1e9, -1e9, -1e300, random.real(-9999, 9999)});
+    const double far =
+        random.pick({kNaN, kInfinity, -kInfinity, 1e9, -1e9, -1e300, random.real(-9999, 9999)});
     for (double& s : rays.starts[r]) {
       if (everywhere || random.chance(0.4)) s = far;
     }

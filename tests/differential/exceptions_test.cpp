@@ -1,0 +1,77 @@
+// Floating-point exceptions: no operation raises any that the plain reference does not, whatever the
+// stack holds. Some programs unmask them and would die. Inexact is left out: nearly all arithmetic
+// raises it, and nobody unmasks it.
+#include <alloca.h>
+#include <fenv.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "batch.h"
+#include "crash_note.h"
+#include "effort.h"
+#include "targets.h"
+
+namespace zox_test {
+namespace {
+
+constexpr int kBatches = 300;
+constexpr int kExceptions = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW;
+
+// A signalling NaN, the largest doubles, one that no integer holds, the smallest.
+constexpr uint64_t kPoisons[] = {0x7FF0000000000001, 0x7FEFFFFFFFFFFFFF, 0xFFEFFFFFFFFFFFFF,
+                                 0x41F0000000000000, 0x0000000000000001};
+
+// Fills the stack below with what a call might find there.
+[[gnu::noinline]] void poison_stack(uint64_t pattern) {
+  constexpr size_t kWords = ZOX_STACK_GENERAL_TRILINEAR / 8 + 8192;
+  volatile uint64_t* words = static_cast<volatile uint64_t*>(alloca(kWords * 8));
+  for (size_t i = 0; i < kWords; ++i) words[i] = pattern;
+}
+
+int raised_by(Batch& batch, zox::RayCast cast) {
+  feclearexcept(FE_ALL_EXCEPT);
+  batch.run(cast);
+  return fetestexcept(kExceptions);
+}
+
+using Parameter = std::tuple<int, int>;
+
+class Exceptions : public testing::TestWithParam<Parameter> {};
+
+TEST_P(Exceptions, AreThoseOfTheReference) {
+  const Caster& caster = kCasters[std::get<0>(GetParam())];
+  const int target_index = std::get<1>(GetParam());
+  const Target target = all_targets()[static_cast<size_t>(target_index)];
+  if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
+  const zox::RayCast cast = target.cast(caster);
+  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), kBatches);
+  for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
+    Batch batch(caster, seed);
+    const std::string what = std::string(target.name) + ", " + batch.describe();
+    const int allowed = raised_by(batch, caster.reference);
+    const uint64_t poison = kPoisons[seed % (sizeof kPoisons / sizeof *kPoisons)];
+    poison_stack(poison);
+    const int raised = raised_by(batch, cast);
+    ASSERT_EQ(0, raised & ~allowed) << what;
+    set_crash_note("exceptions unmasked, " + what);
+    poison_stack(poison);
+    feclearexcept(FE_ALL_EXCEPT);
+    feenableexcept(kExceptions & ~allowed);
+    batch.run(cast);
+    fedisableexcept(FE_ALL_EXCEPT);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Differential, Exceptions,
+                         testing::Combine(testing::Range(0, kCasterCount),
+                                          testing::Range(0, static_cast<int>(all_targets().size()))),
+                         [](const testing::TestParamInfo<Parameter>& info) {
+                           return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
+                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))].name;
+                         });
+
+}  // namespace
+}  // namespace zox_test
