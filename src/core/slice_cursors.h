@@ -17,15 +17,14 @@ class SliceCursors {
   }
 
   // Whether region after region leads to higher slices only, and neither a distance in a region nor
-  // a position nor a slice can overflow.
+  // a position can overflow.
   static bool regions_ascend(const Regions& regions) {
-    if (!has_plain_slices(regions)) return false;
     if (regions.n == 1) return true;
     for (int j = 0; j < regions.n; ++j) {
       int64_t depth = int64_t{regions.Zb[j + 1]} - regions.Zb[j];
       if (depth < 0 || depth + kSlack > INT32_MAX) return false;
-      if (!(regions.scale[j] >= 0 && regions.scale[j] < kLargestPosition)) return false;
-      if (static_cast<double>(depth + kSlack) * regions.scale[j] >= kLargestPosition) return false;
+      double last_position = static_cast<double>(depth + kSlack) * regions.scale[j];
+      if (!(regions.scale[j] >= 0 && last_position < kLargestPosition)) return false;
       int last =
           slice_of<rules>(truncate(static_cast<double>(depth) * regions.scale[j]), regions.first_slice[j]);
       if (j + 1 < regions.n && last > regions.first_slice[j + 1]) return false;
@@ -61,14 +60,6 @@ class SliceCursors {
   static constexpr int64_t kSlack = 1 << rules.bits;  // how far beyond the regions z may be
   static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
   static constexpr int kHalf = rules.half << (rules.bits - 1);
-
-  // A position reaches 2^11 slices from its region's first; these leave room for that.
-  static bool has_plain_slices(const Regions& regions) {
-    for (int j = 0; j < regions.n; ++j) {
-      if (regions.first_slice[j] < -(1 << 30) || regions.first_slice[j] > 1 << 30) return false;
-    }
-    return true;
-  }
 
   int lowest_slice() const {
     int lowest = kNoSlice;

@@ -105,12 +105,11 @@ SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std:
     bytes.low = std::min(bytes.low, first);
     bytes.high = std::max(bytes.high, first + span);
   }
-  // The record does not say how many rows there are: entries that no sample uses mean nothing.
-  if (random.chance(0.5)) {
-    for (int y = 0; y < low.y; ++y) offsets[static_cast<size_t>(y)] = static_cast<int32_t>(random.bits());
-  }
-  rowoffs_ = GuardedBuffer(offsets.size() * sizeof(int32_t), random);
-  std::copy(offsets.begin(), offsets.end(), rowoffs_.as<int32_t>());
+  // The record does not say how many rows there are: entries below the first that a sample touches need
+  // not exist, no more than those behind the last.
+  first_row_ = low.y;
+  rowoffs_ = GuardedBuffer((offsets.size() - static_cast<size_t>(low.y)) * sizeof(int32_t), random);
+  std::copy(offsets.begin() + low.y, offsets.end(), rowoffs_.as<int32_t>());
   rowoffs_.seal();
   return bytes;
 }

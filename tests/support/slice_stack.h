@@ -22,7 +22,7 @@ class SliceStack {
              bool strict, Random& random);
 
   const void* const* slices() const { return table_.as<const void*>(); }
-  const int32_t* rowoffs() const { return rowoffs_.as<int32_t>(); }
+  const int32_t* rowoffs() const { return rowoffs_.as<int32_t>() - first_row_; }
 
   // The pages of slice s when no other slice is on them and samples read it; null otherwise.
   struct Pages {
@@ -41,6 +41,7 @@ class SliceStack {
 
   GuardedBuffer table_;
   GuardedBuffer rowoffs_;
+  int first_row_ = 0;
   std::vector<GuardedBuffer> buffers_;
   std::vector<Pages> pages_;
 };

@@ -74,6 +74,13 @@ TEST_P(StackRegions, DistancesInARegionWrap) {
   }
 }
 
+// A z beyond the last number of fixed point wraps to the lowest: a rising ray then climbs no more. In
+// the second region the sample would be in slice 22.
+TEST_P(StackRegions, AZThatWrapsChangesNoRegion) {
+  const double limit = trilinear() ? 2048 : 1024;
+  expect(23, {limit - 124, limit - 24, limit - .1}, {0, 20}, {.1, .1}, limit - 34, 34.05, {90, 124});
+}
+
 // z = 15 lies in the second region, at slice 10 + 5 / 2.
 TEST_P(StackRegions, EveryRegionHasItsScale) {
   expect(16, {0, 10, 20}, {0, 10}, {1, 0.5}, 15, 0, {125});
