@@ -46,7 +46,21 @@ class BlockedWalk {
   double offset(int ray, int axis) const {
     const double start = rays_.starts[ray][axis];
     const double start0 = rays_.starts[0][axis];
-    return fixed_ ? std::trunc(start * kScale - std::trunc(start0 * kScale)) : start - start0;
+    return fixed_ ? converted(start * kScale - converted(start0 * kScale)) : start - start0;
+  }
+
+  // As the processor converts to 32 bits: what does not fit becomes the smallest integer.
+  static double converted(double value) {
+    const double whole = std::trunc(value);
+    return fits_fixed(whole) ? whole : INT32_MIN;
+  }
+
+  // In fixed point a difference wraps in 32 bits, and the smallest integer has no opposite.
+  double distance(int ray, int axis) const {
+    const double apart = offset(ray, axis) - offset(ray - 1, axis);
+    if (!fixed_) return std::fabs(apart);
+    const double wrapped = apart - 4294967296.0 * std::floor((apart + 2147483648.0) / 4294967296.0);
+    return wrapped == INT32_MIN ? wrapped : std::fabs(wrapped);
   }
 
   // Is one step longer than the mean spacing of the rays? x counts less than y, y less than z.
@@ -59,7 +73,7 @@ class BlockedWalk {
       if (rays_.nrays < 2) continue;
       double sum = 0;
       for (int r = 1; r < rays_.nrays; ++r) {
-        sum += std::fabs(offset(r, axis) - offset(r - 1, axis)) * (1.0 / unit());
+        sum += distance(r, axis) * (1.0 / unit());
       }
       widest_spacing = std::max(widest_spacing, sum / (rays_.nrays - 1) / weight[axis]);
     }

@@ -46,12 +46,26 @@ void check_depth(Report& report, const StackWalk& walk, Where where, double z) {
              last / scale);
 }
 
+// A step that does not fit becomes the smallest integer, and the samples after the first lie anywhere.
+bool check_step(Report& report, const StackWalk& walk, const double* step, Where where) {
+  const StackRules& rules = walk.rules();
+  for (int axis = 0; axis < 3; ++axis) {
+    const double fixed = rules.fixed(step[axis], axis == 2 ? rules.round_position : rules.round_step);
+    if (fits_fixed(fixed)) continue;
+    report.say(where, "the step in %c is %g, outside the fixed point's range of %g", "xyz"[axis], step[axis],
+               2147483648.0 / rules.scale);
+    return false;
+  }
+  return true;
+}
+
 void check_ray(Report& report, const Caster& caster, const zox_Volume& volume, const zox_Rays& rays,
                const StackWalk& walk, int ray) {
   const StackSampleCheck check(report, caster, volume);
   const double scale = walk.rules().scale;
   const double half = caster.trilinear() ? 0.0 : scale / 2;
   const double* step = rays.steps[caster.parallel() ? 0 : ray];
+  if (rays.nsamples[ray] > 1 && !check_step(report, walk, step, {ray, 1})) return;
   walk.walk(rays.starts[ray], step, rays.nsamples[ray], [&](int k, const StackSample& s) {
     const Where where = {ray, k};
     const double distance = s.z - walk.bounds()[s.region];

@@ -15,7 +15,12 @@
  * Results       The same bits on every processor, whichever instruction set runs, for every number
  *               of threads. Every double-precision operation is rounded on its own (no fused
  *               multiply-add, no wider precision), in the order stated. The floating-point control
- *               word must stand as the system sets it: rounding to nearest, denormals kept.
+ *               word must stand as the system sets it: rounding to nearest, denormals kept; which
+ *               exceptions are masked does not matter.
+ * Exceptions    No floating-point exception is raised, nor a flag left, but those that the stated
+ *               arithmetic raises for the given rays, and inexact: NaN and numbers that do not fit
+ *               32 bits raise invalid where they are converted, also in the start of a General or
+ *               parallel ray without samples.
  * Threads       Operations run to completion on the calling thread, create no threads and take no
  *               locks. But for the thread-count setting there is no shared state: any operations
  *               may run at the same time on one volume if their outputs do not overlap.
@@ -64,6 +69,9 @@ enum {
 enum {
   /* Blocked volumes: largest size, hence x and y below 2048. */
   ZOX_MAX_BLOCKED_SIZE = 2048,
+  /* Blocked Divergent Nearest and Blocked Parallel Trilinear 8U, whose positions are fixed point: z
+   * stays below this too (in Nearest with the 0.5 of rounding added), and so do steps in magnitude. */
+  ZOX_MAX_BLOCKED_FIXED_COORDINATE = 2048,
   /* General operations: rays in a batch. Blocked and FindMax operations have no limit. */
   ZOX_MAX_GENERAL_RAYS = 64,
   /* The largest nslices and nregions of all Bit operations, and of the parallel Nearest ones
@@ -80,7 +88,10 @@ enum {
   /* General operations: x, y, z, the boundaries, and the distance of a sample from the first boundary
    * of its region, in z and in slices, stay below this in magnitude; in Nearest (and Bit) x, y and
    * slices do so with the 0.5 of rounding added. Hence at most so many columns, rows and slices in a
-   * region can be reached. */
+   * region can be reached. So do steps, in z and in slices too, of rays with more than one sample.
+   * What does not fit is still the same on every processor: -2147483648 where it is converted,
+   * wrapped where it is a sum or a difference. A sample may then lie in a slice that the stack lacks
+   * and stay unwritten. */
   ZOX_MAX_GENERAL_NEAREST_COORDINATE = 1024,
   ZOX_MAX_GENERAL_TRILINEAR_COORDINATE = 2048
 };
@@ -132,8 +143,8 @@ typedef struct zox_Volume {
    * 64). Must not be negative. */
   int32_t size;
   /* Slice stack: offset of row y from the slice's base, in bytes, of any sign and in any order; one
-   * entry per row, only those of rows that samples touch are read. int16_t voxels must be aligned to
-   * 2 bytes. */
+   * entry per row. Entries from the lowest to the highest row that samples of the call touch may be
+   * read, no others. int16_t voxels must be aligned to 2 bytes. */
   const int32_t* rowoffs;
   /* Slice stack: number of slices. In operations with slice lists, a sample whose slice is outside
    * 0 .. nslices - 1 is left unwritten. The one-region path (see General parallel) reads no
@@ -171,6 +182,11 @@ ZOX_VOLUME_ASSERT(offsetof(zox_Volume, regscale) == 48, "offset of regscale");
  * Planes a power of two apart (4096 bytes and multiples above all) fall into the same few lines of
  * the cache, and an operation that walks many planes slows down several times. Pad the distance
  * from one plane to the next: for example an odd number of 64-byte lines.
+ *
+ * Declare the pointer arrays with the types below, whatever they point into, and neither C nor C++
+ * needs a cast:
+ *     uint8_t image[DEPTH][64];     void* planes[DEPTH];         planes[k] = image[k];
+ *     double start[64][3];          const double* starts[64];    starts[r] = start[r];
  */
 typedef struct zox_Rays {
   /* planes[k]: array of at least R elements, one per ray: uint8_t for operations in 8U (Bit_8U too),
@@ -185,8 +201,9 @@ typedef struct zox_Rays {
   /* steps[r]: 3 doubles, the displacement from one sample to the next. Parallel operations read
    * steps[0] only and use it for every ray. */
   const double* const* steps;
-  /* nsamples[r]: number of samples N_r. 0 writes nothing for that ray. Negative counts are as 0 in
-   * divergent, parallel Trilinear General and FindMax operations, and not allowed in others. */
+  /* nsamples[r]: number of samples N_r, up to 2147483647 but where ZOX_MAX_... says less. 0 writes
+   * nothing for that ray. Negative counts are as 0 in divergent, parallel Trilinear General and
+   * FindMax operations, and not allowed in others. */
   const int32_t* nsamples;
 } zox_Rays;
 
@@ -241,8 +258,9 @@ void* zox_AlignPointer(void* pointer, int alignment);
  *
  * Nearest copies the voxel unchanged. Trilinear reads the voxel at floor(position) and its
  * neighbours at + 1 along every axis, also where the weight is zero: all eight must be valid.
- * No sample may leave the volume; in Nearest a coordinate p picks voxel floor(p + 0.5), so
- * -0.5 <= p < 64 * B - 0.5 for x and y; in Trilinear 0 <= p < 64 * B - 1.
+ * No sample may leave the volume, nor z the fixed point where positions are such. In Nearest a
+ * coordinate p picks voxel floor(p + 0.5), so -0.5 <= p < 64 * B - 0.5 for x and y; in Trilinear
+ * 0 <= p < 64 * B - 1.
  */
 
 /*
@@ -271,7 +289,8 @@ int zox_Volume_RayCast_Blocked_Divergent_Trilinear_16S(const zox_Volume* volume,
  *   sample by sample when Ms > Mr, where
  *     Ms = max(0, |Dx| / w, |Dy| / 6, |Dz|), w being 12 for 8U and 6 for 16S,
  *     Mr = max(0, mean x / w, mean y / 6, mean z), the means being those of |O_r - O_(r-1)| over
- *          r = 1 .. R - 1 per axis, summed in ray order (0 when R is 1), rays without samples too,
+ *          r = 1 .. R - 1 per axis, summed in ray order (0 when R is 1), rays without samples too:
+ *          their starts matter, so give them one near the others; a mean that is NaN is passed over,
  *     O_r = the offset of start r from start 0, as below;
  *   ray by ray otherwise, and always for more than 64 rays.
  */
@@ -289,7 +308,8 @@ int zox_Volume_RayCast_Blocked_Parallel_Nearest_16S(const zox_Volume* volume, co
  * Parallel Trilinear 8U: integers throughout, 20 fraction bits. Q = trunc(D * 2^20). Ray by ray:
  * trunc(start * 2^20), plus Q after every sample. Sample by sample: B + O_r with
  * B = trunc(start 0 * 2^20), plus Q after every sample, and O_r = trunc(start r * 2^20 - B), the
- * difference formed in double; in the measure Mr offsets count in voxels, |difference| * 2^-20. The
+ * difference formed in double; in the measure Mr offsets count in voxels, |difference| * 2^-20, where
+ * difference and absolute value are 32-bit integers, so that -2147483648 stays negative. The
  * weights are fx = the 20 fraction bits of x, fy and fz = the upper 10 fraction bits of y and z. With
  * signed 32-bit arithmetic:
  *     row(b,c)  = (V(0,b,c) << 20) + (V(1,b,c) - V(0,b,c)) * fx
@@ -386,6 +406,8 @@ int zox_Volume_RayCast_General_Divergent_Trilinear_16S(const zox_Volume* volume,
  *     S = regscale[0] * (z0 - regbounds[0]), then += dz * regscale[0];
  * and the voxel of ray i is, per axis, (o_i + trunc(position * 2^21)) >> 21 with
  *     o_i = trunc(d * 2^21) + 2^20, d being xi - x0, yi - y0, (zi - z0) * regscale[0].
+ * X, Y and S stay below ZOX_MAX_GENERAL_NEAREST_COORDINATE in magnitude for as long as any ray has
+ * samples, also where those of ray 0 have ended.
  * It reads neither regslice nor nslices, allocates nothing, does not order its reads by slice and
  * always succeeds.
  */

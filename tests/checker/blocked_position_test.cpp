@@ -62,6 +62,19 @@ TEST(Blocked, NotANumber) {
                   [&] { zox_Volume_RayCast_Blocked_Parallel_Trilinear_16S(&s.volume, &s.rays); });
 }
 
+// In fixed point a ray far away makes the others seem close, so that they go sample by sample: then an
+// offset from ray 0 is cut toward zero, and ray 2 comes to lie one unit higher, on 63.
+TEST(Blocked, ARayFarAwayChoosesTheWay) {
+  BlockedScene s;
+  s.starts = {Point{20, 63.25, 5}, Point{-1e9, 63.25, 5}, Point{5, 63 - 0x1p-21, 5}};
+  s.counts = {0, 0, 1};
+  s.steps[0] = {0, 0, 0.25};
+  expect_sentence(kBlocked +
+                      "Parallel_Trilinear_8U: ray 2, sample 0: y = 63, but this operation samples the "
+                      "volume at 0 <= y < 63",
+                  [&] { zox_Volume_RayCast_Blocked_Parallel_Trilinear_8U(&s.volume, &s.rays); });
+}
+
 TEST(Blocked, DepthIsCheckedOnceRegistered) {
   BlockedScene s;
   zox_check_blocked(s.volume.data, 12);

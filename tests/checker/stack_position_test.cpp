@@ -142,6 +142,25 @@ TEST(Stack, FixedPointRange) {
                   [&] { zox_Volume_RayCast_General_Parallel_Trilinear_8U(&s.volume, &s.rays); });
 }
 
+// Both samples are in range, but the step between them is not, which only the second takes.
+TEST(Stack, FixedPointRangeOfTheStep) {
+  StackScene s(2);
+  s.regbounds = {-700, 0, 800};
+  s.regslice = {0, 1};
+  s.regscale = {0.001, 0.001};
+  s.starts[1][2] = -699;
+  s.steps[1][2] = 1490;
+  s.counts = {0, 1, 0};
+  const auto call = [&] { zox_Volume_RayCast_General_Divergent_Nearest_8U(&s.volume, &s.rays); };
+  EXPECT_EQ(said(call), "");
+  s.counts[1] = 2;
+  expect_sentence(kGeneral +
+                      "Divergent_Nearest_8U: ray 1, sample 1: the step in z is 1490, outside the fixed "
+                      "point's range of 1024",
+                  call);
+  EXPECT_EQ(said([&] { zox_Volume_RayCast_General_Divergent_Trilinear_8U(&s.volume, &s.rays); }), "");
+}
+
 TEST(Stack, FixedPointRangeOfTheSlicePosition) {
   StackScene s(1);
   s.regscale[0] = 600;
