@@ -36,7 +36,7 @@ constexpr Format kFormats[] = {
 }  // namespace
 
 const Format& format_of(const std::string& path) {
-  if (std::filesystem::is_directory(path)) return kDicom;
+  if (std::error_code error; std::filesystem::is_directory(path, error)) return kDicom;
   const File file(path);
   for (const Format& format : kFormats)
     if (format.recognizes(path)) return format;

@@ -12,6 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr size_t kLeastHeaderBytes = 348;
 constexpr uint64_t kMostPacked = 1032;  // deflate packs at most so many bytes to one
 
 // The name without .gz, and the extension of what is left, in small letters.
@@ -27,7 +28,9 @@ std::string head_of(const std::string& path, size_t bytes) {
   const File file(path);
   if (!is_packed(file)) return file.read(0, bytes);
   const Mapping mapping = file.map();
-  return inflate_head(bytes_of(mapping), bytes);
+  const std::string head = inflate_head(bytes_of(mapping), bytes);
+  if (head.size() < kLeastHeaderBytes) refuse_cut(path);
+  return head;
 }
 
 // The other file of a pair, in letters as large as those of this one, packed or not.

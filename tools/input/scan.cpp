@@ -128,11 +128,13 @@ template <class Take>
 auto with_child(const std::string& path, const ReadOptions& options, const Reading& read, Take take) try {
   const Descriptor shared(memfd_create("zox-voxels", MFD_CLOEXEC));
   if (shared.number() < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
-  const uint64_t available = available_memory();
+  const uint64_t available = std::min(available_memory(), uint64_t{1} << 60);
   const uint64_t limit = options.memory_limit ? std::min(options.memory_limit, available) : available;
   SharedMemory memory(shared.number(), limit);
+  // Voxels may take all of the limit; what the readers work with comes on top.
+  constexpr uint64_t kReaders = uint64_t{256} << 20;
   const Answer answer =
-      run_in_child({limit, options.seconds}, [&] { return read_and_tell(path, read, memory); });
+      run_in_child({limit + kReaders, options.seconds}, [&] { return read_and_tell(path, read, memory); });
   auto found = unpack(answer.bytes);
   if (!found) refuse_without_answer(path, options, answer);
   return take(std::move(*found), shared.number());
