@@ -203,6 +203,14 @@ int zox_render_percentile(const zox_render_volume* volume, double share, double*
  * value and white the largest one. */
 int zox_render_default_window(const zox_render_volume* volume, double* center, double* width);
 
+/* How often each sample occurs: counts[s + 32768] for sample s. Of a part: in the voxels that it owns, so
+ * that the counts of parts add up to those of the whole. The other three functions count likewise. */
+int zox_render_sample_counts(const zox_render_volume* volume, uint64_t counts[65536]);
+
+/* The default window of counted samples, as zox_render_default_window chooses it. */
+int zox_render_window_of_counts(double sample_slope, double sample_intercept, const uint64_t counts[65536],
+                                double* center, double* width);
+
 /* The value of the voxel (column, row, slice), exact but for info.exact; outside: BAD_ARGUMENT. */
 int zox_render_voxel(const zox_render_volume* volume, const int32_t voxel[3], double* value);
 

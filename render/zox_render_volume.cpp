@@ -135,6 +135,29 @@ int zox_render_default_window(const zox_render_volume* handle, double* center, d
   });
 }
 
+int zox_render_sample_counts(const zox_render_volume* handle, uint64_t counts[65536]) {
+  return guarded([&] {
+    const Volume& volume = volume_of(handle);
+    require(counts != nullptr, "counts is null.");
+    render::Work work(nullptr);
+    const std::vector<uint64_t>& all = volume.counted(work).counts();
+    std::copy(all.begin(), all.end(), counts);
+  });
+}
+
+int zox_render_window_of_counts(double sample_slope, double sample_intercept, const uint64_t counts[65536],
+                                double* center, double* width) {
+  return guarded([&] {
+    require(std::isfinite(sample_slope) && sample_slope > 0 && std::isfinite(sample_intercept),
+            "sample_slope must be finite and above 0, and sample_intercept finite.");
+    require(counts && center && width, "counts, center or width is null.");
+    const render::Window window =
+        render::default_window(render::Statistics(counts), sample_slope, sample_intercept);
+    *center = window.center;
+    *width = window.width;
+  });
+}
+
 int zox_render_voxel(const zox_render_volume* handle, const int32_t voxel[3], double* value) {
   return guarded([&] {
     const Volume& volume = volume_of(handle);

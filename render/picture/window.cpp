@@ -44,14 +44,17 @@ void Shades::apply(const int16_t* samples, int64_t count, uint8_t* pixels) const
 int Shades::last_black() const { return first_of_shade(*this, 1) - 1; }
 int Shades::first_white() const { return first_of_shade(*this, 255); }
 
-Window default_window(const Volume& volume, Work& work) {
-  const Statistics& statistics = volume.counted(work);
+Window default_window(const Statistics& statistics, double slope, double intercept) {
   const int black = statistics.percentile(kBlackShare);
   int white = statistics.percentile(kWhiteShare);
   if (white == black) white = statistics.percentile(1);
-  const double low = volume.storage.value(black);
-  const double width = white > black ? volume.storage.value(white) - low : volume.storage.slope;
+  const double low = black * slope + intercept;
+  const double width = white > black ? white * slope + intercept - low : slope;
   return {low + width / 2, width};
+}
+
+Window default_window(const Volume& volume, Work& work) {
+  return default_window(volume.counted(work), volume.storage.slope, volume.storage.intercept);
 }
 
 }  // namespace render

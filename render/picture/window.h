@@ -29,5 +29,6 @@ class Shades {
 };
 
 Window default_window(const Volume& volume, Work& work);
+Window default_window(const Statistics& statistics, double slope, double intercept);
 
 }  // namespace render

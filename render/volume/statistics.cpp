@@ -1,37 +1,42 @@
 #include "volume/statistics.h"
 
 #include <algorithm>
+#include <numeric>
 
 namespace render {
 namespace {
 
 constexpr size_t kSamples = 65536;
 
-void count_slice(const Size3& size, int z, const Statistics::RowReader& read_row,
+void count_slice(int columns, const Statistics::Box& box, int z, const Statistics::RowReader& read_row,
                  std::vector<uint32_t>& counts) {
-  std::vector<int16_t> row(static_cast<size_t>(size[0]));
-  for (int y = 0; y < size[1]; ++y) {
+  std::vector<int16_t> row(static_cast<size_t>(columns));
+  for (int y = box.first[1]; y < box.first[1] + box.size[1]; ++y) {
     read_row(y, z, row.data());
-    for (const int16_t sample : row) ++counts[static_cast<size_t>(sample - INT16_MIN)];
+    for (int x = box.first[0]; x < box.first[0] + box.size[0]; ++x)
+      ++counts[static_cast<size_t>(row[static_cast<size_t>(x)] - INT16_MIN)];
   }
 }
 
 }  // namespace
 
-void Statistics::count(const Size3& size, const RowReader& read_row, Work& work) {
+Statistics::Statistics(const uint64_t* counts)
+    : counts_(counts, counts + kSamples), total_(std::accumulate(counts, counts + kSamples, uint64_t{0})) {}
+
+void Statistics::count(int columns, const Box& box, const RowReader& read_row, Work& work) {
   // A failure leaves it to the next call.
   std::call_once(once_, [&] {
     std::vector<uint64_t> all(kSamples);
     std::mutex mutex;
     constexpr int kSlices = 64;  // of at most 2048 * 2048 voxels: the sums fit 32 bits
-    work.spread((size[2] + kSlices - 1) / kSlices, 0, [&](int part) {
+    work.spread((box.size[2] + kSlices - 1) / kSlices, 0, [&](int part) {
       std::vector<uint32_t> counts(kSamples);
-      for (int z = part * kSlices; z < std::min(part * kSlices + kSlices, size[2]); ++z)
-        count_slice(size, z, read_row, counts);
+      for (int z = part * kSlices; z < std::min(part * kSlices + kSlices, box.size[2]); ++z)
+        count_slice(columns, box, box.first[2] + z, read_row, counts);
       const std::lock_guard lock(mutex);
       for (size_t i = 0; i < kSamples; ++i) all[i] += counts[i];
     });
-    total_ = static_cast<uint64_t>(size[0]) * static_cast<uint64_t>(size[1]) * static_cast<uint64_t>(size[2]);
+    total_ = std::accumulate(all.begin(), all.end(), uint64_t{0});
     counts_ = std::move(all);
   });
 }

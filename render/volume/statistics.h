@@ -14,8 +14,17 @@ namespace render {
 class Statistics {
  public:
   using RowReader = std::function<void(int y, int z, int16_t* samples)>;
-  void count(const Size3& size, const RowReader& read_row, Work& work);
+  Statistics() = default;
+  // As counted elsewhere: 65536 numbers, from sample -32768 on.
+  explicit Statistics(const uint64_t* counts);
 
+  // The voxels of a box within an array's rows.
+  struct Box {
+    Size3 first, size;
+  };
+  void count(int columns, const Box& box, const RowReader& read_row, Work& work);
+
+  const std::vector<uint64_t>& counts() const { return counts_; }
   uint64_t of(int sample) const { return counts_[static_cast<size_t>(sample - INT16_MIN)]; }
   // The smallest sample that at least this share of the voxels does not exceed.
   int percentile(double share) const;

@@ -61,8 +61,10 @@ void Volume::read_row(int y, int z, int16_t* samples) const {
 }
 
 const Statistics& Volume::counted(Work& work) const {
+  Statistics::Box owned{{}, owned_size};
+  for (size_t a = 0; a < 3; ++a) owned.first[a] = owned_first[a] - first[a];
   statistics.count(
-      size, [this](int y, int z, int16_t* samples) { read_row(y, z, samples); }, work);
+      size[0], owned, [this](int y, int z, int16_t* samples) { read_row(y, z, samples); }, work);
   return statistics;
 }
 

@@ -104,18 +104,25 @@ bool is_sound(const Found& found, uint64_t bytes) {
          std::isfinite(array.intercept);
 }
 
-Scan scan_of(const std::string& path, Found found, int shared) {
+uint64_t size_of(const std::string& path, int shared) {
+  struct stat status {};
+  if (fstat(shared, &status) != 0 || status.st_size <= 0) refuse_cut(path);
+  return static_cast<uint64_t>(status.st_size);
+}
+
+Scan scan_of(const std::string& path, Found found, const ReadOptions& options, int shared) {
   Scan scan;
-  if (found.file.empty()) {
-    struct stat status {};
-    if (fstat(shared, &status) != 0 || status.st_size <= 0) refuse_cut(path);
-    scan.memory = map_descriptor(shared, static_cast<size_t>(status.st_size));
-  } else {
-    scan.memory = File(found.file).map();
-  }
-  if (!is_sound(found, scan.memory.get_deleter().bytes)) refuse_cut(path);
+  const bool left = options.leave_in_file && !found.file.empty();
+  const uint64_t bytes = found.file.empty() ? size_of(path, shared) : File(found.file).size();
+  if (!is_sound(found, bytes)) refuse_cut(path);
   scan.array = found.array;
-  scan.array.data = static_cast<const std::byte*>(scan.memory.get()) + found.offset;
+  if (left) {
+    scan.file = found.file;
+    scan.offset = found.offset;
+  } else {
+    scan.memory = found.file.empty() ? map_descriptor(shared, bytes) : File(found.file).map();
+    scan.array.data = static_cast<const std::byte*>(scan.memory.get()) + found.offset;
+  }
   scan.window = found.window;
   scan.notes = std::move(found.notes);
   scan.positions = std::move(found.positions);
@@ -149,8 +156,9 @@ auto with_child(const std::string& path, const ReadOptions& options, const Readi
 
 Scan read_scan(const std::string& path, const ReadOptions& options) {
   const auto read = [&](SharedMemory& memory) { return format_of(path).read(path, options, memory); };
-  return with_child(path, options, read,
-                    [&](Found found, int shared) { return scan_of(path, std::move(found), shared); });
+  return with_child(path, options, read, [&](Found found, int shared) {
+    return scan_of(path, std::move(found), options, shared);
+  });
 }
 
 std::vector<std::string> list_series(const std::string& path, const ReadOptions& options) {

@@ -23,10 +23,11 @@ struct Window {
 };
 
 struct ReadOptions {
-  uint64_t memory_limit = 0;  // bytes that reading may take; 0: what the system has
-  double seconds = 60;        // after which reading is given up
-  int volume = -1;            // of a file that holds several, from 0; -1: there must be one only
-  std::string series;         // of a DICOM folder, its number in the list; empty: the largest
+  uint64_t memory_limit = 0;   // bytes that reading may take; 0: what the system has
+  double seconds = 60;         // after which reading is given up
+  int volume = -1;             // of a file that holds several, from 0; -1: there must be one only
+  bool leave_in_file = false;  // voxels that lie in a file as they are: only told where (Scan::file)
+  std::string series;          // of a DICOM folder, its number in the list; empty: the largest
 };
 
 // Unmaps memory when its owner goes.
@@ -44,6 +45,10 @@ struct Scan {
   std::vector<std::string> notes;  // sentences for the user, such as what was left out
   std::vector<double> positions;   // array.positions, where the slices are uneven
   Mapping memory;
+  // With ReadOptions::leave_in_file, where the voxels lie so: the file, and the byte of voxel (0, 0, 0);
+  // array.data is null then.
+  std::string file;
+  uint64_t offset = 0;
 };
 
 // Reads a file (or a folder of DICOM files). The child process is made by fork: call it before the

@@ -1,0 +1,23 @@
+// What must be known of a whole volume before its parts can be rendered alike.
+#pragma once
+
+#include <limits>
+#include <vector>
+
+#include "source.h"
+
+namespace zox::parts {
+
+struct Measure {
+  // The smallest and largest stored voxel; infinite where there is no finite one.
+  double lowest = std::numeric_limits<double>::infinity();
+  double highest = -std::numeric_limits<double>::infinity();
+  // Of every slice: how many of its tiles of 16 x 16 voxels reach into the upper half of the slice's own
+  // range and of the ranges seen so far. It stands for the samples that skipping will not leave out.
+  std::vector<double> slice_weights;
+};
+
+// Slices first .. first + count - 1; the weights of all others are 0.
+Measure measure(const Source& source, int32_t first, int32_t count);
+
+}  // namespace zox::parts

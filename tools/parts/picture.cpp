@@ -1,0 +1,110 @@
+#include "picture.h"
+
+#include <algorithm>
+#include <memory>
+
+namespace zox::parts {
+namespace {
+
+constexpr size_t kCounts = 65536;
+
+struct Destroy {
+  void operator()(zox_render_volume* volume) const { zox_render_volume_destroy(volume); }
+};
+using Volume = std::unique_ptr<zox_render_volume, Destroy>;
+
+// Of a library's sentence about a call for a source.
+void check(int status, const std::string& name) {
+  if (status == ZOX_RENDER_OK) return;
+  throw input::Failure("'" + name + "' cannot be rendered: " + zox_render_last_error());
+}
+
+Volume make_volume(const Source& source, const Measure& whole, const Part& part, const Settings& settings,
+                   PartArray& taken) {
+  taken = source.take(part);
+  taken.array.lowest = whole.lowest;
+  taken.array.highest = whole.highest;
+  zox_render_volume* volume = nullptr;
+  check(zox_render_volume_create(&taken.array, &settings.options, &settings.run, &volume), source.name());
+  return Volume(volume);
+}
+
+void count_samples(const zox_render_volume* volume, const std::string& name, Picture& picture) {
+  std::vector<uint64_t> counts(kCounts);
+  check(zox_render_sample_counts(volume, counts.data()), name);
+  for (size_t i = 0; i < kCounts; ++i) picture.counts[i] += counts[i];
+}
+
+void take_scale(const zox_render_volume* volume, const std::string& name, Picture& picture) {
+  zox_render_volume_info info;
+  zox_render_volume_info_init(&info);
+  check(zox_render_volume_get_info(volume, &info), name);
+  picture.sample_slope = info.sample_slope;
+  picture.sample_intercept = info.sample_intercept;
+  picture.most_part_bytes = std::max(picture.most_part_bytes, info.voxel_bytes + info.bounds_bytes);
+}
+
+}  // namespace
+
+Picture empty_picture(const Settings& settings) {
+  Picture picture;
+  const size_t pixels = static_cast<size_t>(settings.view.width) * static_cast<size_t>(settings.view.height);
+  picture.samples.assign(pixels, ZOX_RENDER_NOTHING);
+  if (settings.depths) picture.depths.assign(pixels, ZOX_RENDER_NO_DEPTH);
+  picture.counts.resize(kCounts);
+  return picture;
+}
+
+void add_part(const Source& source, const Measure& whole, const Part& part, const Settings& settings,
+              Picture& picture) {
+  PartArray taken;
+  const Volume volume = make_volume(source, whole, part, settings, taken);
+  take_scale(volume.get(), source.name(), picture);
+  count_samples(volume.get(), source.name(), picture);
+  Picture own = empty_picture(settings);
+  zox_render_picture planes;
+  zox_render_picture_init(&planes);
+  planes.samples = own.samples.data();
+  if (settings.depths) planes.depths = own.depths.data();
+  zox_render_stats stats;
+  zox_render_stats_init(&stats);
+  const int status = zox_render(volume.get(), &settings.view, &settings.run, &planes, &stats);
+  if (status == ZOX_RENDER_EMPTY) return;
+  check(status, source.name());
+  own.sample_slope = picture.sample_slope;
+  own.sample_intercept = picture.sample_intercept;
+  own.samples_asked = stats.samples;
+  own.samples_cast = stats.samples_cast;
+  own.counts.clear();
+  add_picture(settings, own, picture);
+}
+
+void add_picture(const Settings& settings, const Picture& other, Picture& picture) {
+  if (other.sample_slope == 0) return;
+  picture.sample_slope = other.sample_slope;
+  picture.sample_intercept = other.sample_intercept;
+  check(zox_render_merge(settings.view.reduction, other.sample_slope, other.sample_intercept,
+                         static_cast<int64_t>(picture.samples.size()), picture.samples.data(),
+                         settings.depths ? picture.depths.data() : nullptr, other.samples.data(),
+                         settings.depths ? other.depths.data() : nullptr),
+        "a part");
+  for (size_t i = 0; i < other.counts.size(); ++i) picture.counts[i] += other.counts[i];
+  picture.samples_asked += other.samples_asked;
+  picture.samples_cast += other.samples_cast;
+  picture.most_part_bytes = std::max(picture.most_part_bytes, other.most_part_bytes);
+}
+
+std::vector<uint8_t> display(const Settings& settings, const Picture& picture) {
+  double center = settings.view.window_center, width = settings.view.window_width;
+  if (width == 0)
+    check(zox_render_window_of_counts(picture.sample_slope, picture.sample_intercept, picture.counts.data(),
+                                      &center, &width),
+          "the picture");
+  std::vector<uint8_t> pixels(picture.samples.size());
+  check(zox_render_window(picture.sample_slope, picture.sample_intercept, center, width,
+                          static_cast<int64_t>(pixels.size()), picture.samples.data(), pixels.data()),
+        "the picture");
+  return pixels;
+}
+
+}  // namespace zox::parts

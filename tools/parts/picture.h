@@ -1,0 +1,40 @@
+// The picture of a volume, part by part: the same bytes as the whole gives.
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "measure.h"
+
+namespace zox::parts {
+
+struct Settings {
+  zox_render_view view;
+  zox_render_volume_options options;
+  zox_render_run run;
+  bool depths = false;
+};
+
+// What parts add up to. All of it can be added in any order.
+struct Picture {
+  std::vector<int16_t> samples;
+  std::vector<int32_t> depths;                    // empty where they are not wanted
+  std::vector<uint64_t> counts;                   // 65536, of samples -32768 on
+  double sample_slope = 0, sample_intercept = 0;  // 0: no part has been added
+  int64_t samples_asked = 0, samples_cast = 0;
+  uint64_t most_part_bytes = 0;
+};
+
+Picture empty_picture(const Settings& settings);
+
+// Renders a part into a picture. Throws input::Failure with a sentence that names the source.
+void add_part(const Source& source, const Measure& whole, const Part& part, const Settings& settings,
+              Picture& picture);
+
+// Adds another worker's picture. One to which no part was added changes nothing.
+void add_picture(const Settings& settings, const Picture& other, Picture& picture);
+
+// Display bytes; the view's window, or the default one of the counts where it has none.
+std::vector<uint8_t> display(const Settings& settings, const Picture& picture);
+
+}  // namespace zox::parts
