@@ -1,5 +1,7 @@
 """Every ray caster against the description, on random volumes and rays."""
 
+import functools
+
 import numpy as np
 import pytest
 import reference
@@ -36,12 +38,16 @@ def compare(values, out, fresh, counts):
     assert len(values) == sum(counts)
 
 
+@functools.cache
+def packed(size, voxel_type, kind):
+    array = voxels(size, (32, size, size), DTYPES[voxel_type], kind)
+    return array, kernels.BlockedVolume.pack(array)
+
+
 @pytest.mark.parametrize("name", BLOCKED)
-@given(data=st.data(), seed=SEEDS, kind=KINDS, wide=st.booleans())
-def test_blocked(name, data, seed, kind, wide):
-    size = 128 if wide else 64
-    array = voxels(seed, (32, size, size), DTYPES[name.split("_")[-1]], kind)
-    volume = kernels.BlockedVolume.pack(array)
+@given(data=st.data(), kind=KINDS, size=st.sampled_from([64, 128]))
+def test_blocked(name, data, kind, size):
+    array, volume = packed(size, name.split("_")[-1], kind)
     low, cut = (-0.5, 0.5) if "Nearest" in name else (0.0, 1.0)
     highs = [size - cut, size - cut, 32 - cut]
     starts, steps, counts = data.draw(rays([low] * 3, highs, "Parallel" in name))

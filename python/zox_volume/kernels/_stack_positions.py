@@ -69,6 +69,9 @@ def _check_depth(operation: Operation, batch: Batch, volume: SliceStack) -> None
         raise ValueError(
             f"the bounds of the volume must stay below {operation.coordinates:g}, in z and in slices"
         )
+    step = np.abs(np.atleast_2d(batch.steps)[:, 2]) * (batch.nsamples > 1)
+    if (step * max(1.0, scale.max()) >= operation.coordinates).any():
+        raise ValueError(f"steps must stay below {operation.coordinates:g}, in z and in slices")
     first, last = batch.starts[:, 2], batch.ends()[:, 2]
     limits = ["", "", f"{bounds[0]} to {bounds[-1]}"]
     for z, what in ((first, "first"), (last, "last")):

@@ -41,7 +41,7 @@ from typing import Any
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from . import _stack_room
+from .. import _stack_room
 from ._batch import Batch
 from ._records import NO_MEMORY, library
 from ._stack_positions import Operation, check

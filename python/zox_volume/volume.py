@@ -1,0 +1,305 @@
+"""Volumes, and pictures of them."""
+
+from __future__ import annotations
+
+import ctypes
+import os
+import weakref
+from collections.abc import Sequence
+from typing import Any, Literal
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+from . import _run, _views, _voxels
+from ._render import NO_DEPTH, NOTHING, PictureRecord, View, VolumeInfo, VolumeOptions, check, library
+from ._render import Stats as _StatsRecord
+from ._run import Progress
+from ._views import Interpolation, Projection, Reduction
+from .kernels.frame import c_integer
+from .picture import Picture, Scene, Stats
+
+Layout = Literal["auto", "bricks", "stack"]
+Precision = Literal["auto", "voxel", "fine"]
+
+
+class Volume:
+    """A volume of scalars, ready to be rendered.
+
+    array: voxels [slice, row, column], of up to 2048 along each axis: integers of up to 32 bits, floats, or
+    bool; in any memory order. spacing: millimetres from voxel to voxel along columns, rows and slices (x,
+    y, z, the reverse of the array's axes). direction: 3 x 3, column a being the direction of axis x, y or z
+    in the patient's frame, where x grows to the patient's left, y to the back and z to the head; left out,
+    that frame's own axes. Axes may be skewed and left-handed. origin: the centre of voxel (0, 0, 0).
+    positions: for uneven slices, the place of each along the third axis in millimetres, ascending, instead
+    of the third spacing. A value is voxel * slope + intercept. layout, precision: how the library keeps the
+    voxels. copy=False lets it refer to the array where it can; the array must then stay unchanged. threads:
+    None for all processors. progress: called with the share done, 0 to 1; what it raises cancels.
+
+    >>> ball = np.fromfunction(lambda z, y, x: 100 - np.hypot(np.hypot(x - 20, y - 20), z - 15), (30, 40, 40))
+    >>> volume = Volume(ball.astype(np.int16), spacing=(0.7, 0.7, 1.5))
+    >>> volume
+    <Volume of 40 x 40 x 30 voxels, values 67 to 100>
+    >>> picture = volume.render(view="left", size=64)
+    >>> picture.shape, int(picture.max())
+    ((64, 64), 255)
+    """
+
+    def __init__(
+        self,
+        array: ArrayLike,
+        *,
+        spacing: ArrayLike = (1.0, 1.0, 1.0),
+        direction: ArrayLike | None = None,
+        origin: ArrayLike = (0.0, 0.0, 0.0),
+        positions: ArrayLike | None = None,
+        slope: float = 1.0,
+        intercept: float = 0.0,
+        layout: Layout = "auto",
+        precision: Precision = "auto",
+        copy: bool = True,
+        threads: int | None = None,
+        progress: Progress | None = None,
+    ) -> None:
+        voxels = _voxels.plain_voxels(array)
+        record, kept = _voxels.build(voxels, spacing, direction, origin, positions, slope, intercept)
+        options = VolumeOptions()
+        library.zox_render_volume_options_init(ctypes.byref(options))
+        options.layout = _views.choice(layout, "layout", ("auto", "bricks", "stack"))
+        options.precision = _views.choice(precision, "precision", ("auto", "voxel", "fine"))
+        options.copy = bool(copy)
+        self._handle = ctypes.c_void_p()
+
+        def create(run: Any) -> int:
+            pointers = [ctypes.byref(one) for one in (record, options, run, self._handle)]
+            status: int = library.zox_render_volume_create(*pointers)
+            if status == 0:
+                # Arrays of voxels that are referred to stay as long as the volume.
+                weakref.finalize(self, _destroy, self._handle, None if copy else kept).atexit = False
+            return status
+
+        _run.call(create, threads, progress)
+        self._info = VolumeInfo()
+        library.zox_render_volume_info_init(ctypes.byref(self._info))
+        check(library.zox_render_volume_get_info(self._handle, ctypes.byref(self._info)))
+
+    @staticmethod
+    def from_file(path: str | os.PathLike[str], **options: Any) -> Volume:
+        """A volume of a file: DICOM (a folder with one series, or a file) by pydicom; NIfTI and what else
+        nibabel reads by nibabel. options: layout, precision, threads and progress, as above. ImportError if
+        the package that is needed is not installed; ValueError if the file holds no volume."""
+        from . import files
+
+        voxels, geometry = files.read(os.fspath(path))
+        return Volume(voxels, **geometry, **options)
+
+    def __repr__(self) -> str:
+        columns, rows, slices = self._info.size
+        low, high = self.lowest, self.highest
+        return f"<Volume of {columns} x {rows} x {slices} voxels, values {low:g} to {high:g}>"
+
+    @property
+    def shape(self) -> tuple[int, int, int]:
+        """Of the array: slices, rows, columns."""
+        columns, rows, slices = self._info.size
+        return slices, rows, columns
+
+    @property
+    def lowest(self) -> float:
+        """The smallest value."""
+        return float(self._info.lowest)
+
+    @property
+    def highest(self) -> float:
+        """The largest value."""
+        return float(self._info.highest)
+
+    @property
+    def center(self) -> tuple[float, float, float]:
+        """The middle of the volume, in millimetres."""
+        x, y, z = self._info.center
+        return x, y, z
+
+    @property
+    def corners(self) -> NDArray[np.float64]:
+        """[8, 3]: the corner voxels' centres in millimetres, x fastest."""
+        return np.array([list(corner) for corner in self._info.corners])
+
+    @property
+    def exact(self) -> bool:
+        """Whether samples are kept without loss: values that do not fit 16 bits are kept in even steps."""
+        return bool(self._info.exact)
+
+    @property
+    def layout(self) -> str:
+        """How the voxels are kept: bricks or stack."""
+        return ("auto", "bricks", "stack")[self._info.layout]
+
+    @property
+    def nbytes(self) -> int:
+        """Memory that the volume takes, in bytes."""
+        return int(self._info.voxel_bytes + self._info.bounds_bytes)
+
+    def value_at(self, column: int, row: int, slice: int) -> float:
+        """The value of a voxel.
+
+        >>> array = np.arange(60, dtype=np.uint8).reshape(3, 4, 5)
+        >>> Volume(array, slope=2, intercept=-10).value_at(4, 0, 1)
+        38.0
+        """
+        names = ("column", "row", "slice")
+        voxel = [c_integer(place, name) for place, name in zip((column, row, slice), names)]
+        value = ctypes.c_double()
+        check(library.zox_render_voxel(self._handle, (ctypes.c_int32 * 3)(*voxel), ctypes.byref(value)))
+        return value.value
+
+    def histogram(self, bins: int = 256) -> tuple[NDArray[np.uint64], NDArray[np.float64]]:
+        """Counts of the voxels in bins of equal width, and the bins' edges, as numpy.histogram gives them.
+
+        >>> counts, edges = Volume(np.arange(8).reshape(2, 2, 2)).histogram(4)
+        >>> counts.tolist(), edges.tolist()
+        ([2, 2, 2, 2], [0.0, 1.75, 3.5, 5.25, 7.0])
+        """
+        counts = np.zeros(c_integer(bins, "bins", 1, 65536), np.uint64)
+        check(library.zox_render_histogram(self._handle, len(counts), counts.ctypes.data))
+        return counts, np.linspace(self.lowest, self.highest, len(counts) + 1)
+
+    def percentile(self, percent: float) -> float:
+        """The smallest value that at least so many percent of the voxels do not exceed.
+
+        >>> Volume(np.arange(8).reshape(2, 2, 2)).percentile(50)
+        3.0
+        """
+        value = ctypes.c_double()
+        share = _views.number(percent, "percent") / 100
+        check(library.zox_render_percentile(self._handle, share, ctypes.byref(value)))
+        return value.value
+
+    def default_window(self) -> tuple[float, float]:
+        """Centre and width of a window for maxima, in values: black is what three quarters of the voxels do
+        not exceed, white what all but one in ten thousand do not exceed."""
+        center, width = ctypes.c_double(), ctypes.c_double()
+        check(library.zox_render_default_window(self._handle, ctypes.byref(center), ctypes.byref(width)))
+        return center.value, width.value
+
+    def render(
+        self,
+        view: _views.Direction = "anterior",
+        *,
+        size: int | Sequence[int] = 512,
+        slab: float | Sequence[float] | None = None,
+        window: Sequence[float] | None = None,
+        projection: Projection = "perspective",
+        reduction: Reduction = "maximum",
+        interpolation: Interpolation = "trilinear",
+        roll: float = 0.0,
+        zoom: float = 1.0,
+        pixel_size: float | None = None,
+        field_of_view: float = 30.0,
+        center: Sequence[float] | None = None,
+        step: float = 1.0,
+        depth: bool = False,
+        values: bool = False,
+        threads: int | None = None,
+        progress: Progress | None = None,
+    ) -> Picture:
+        """A picture of the volume: an array of display bytes [row, column] that a notebook shows.
+
+        view: anterior, posterior, left, right, superior or inferior; or (azimuth, elevation) in degrees:
+        where the viewer stands, (0, 0) before the face, (90, 0) at the patient's left, (0, 90) above the
+        head; or three unit vectors: to the right of the picture, up in it, and into it. roll turns the
+        picture's up clockwise. size: pixels, one number or (width, height), up to 8192. slab: (near, far),
+        only what lies so many millimetres behind the centre counts (negative: before it); one number: the
+        slice at that depth. window: (centre, width) in values; left out, `default_window`. reduction: what
+        becomes of the samples of a ray. zoom: 1 lets the volume just fit; or pixel_size: millimetres a
+        pixel. field_of_view: degrees, of perspective views. center: millimetres, what stands in the middle;
+        left out, the middle of the volume. step: from sample to sample, in the smallest spacing. depth,
+        values: give the picture its depth and values. threads: None for all processors. progress: called
+        with the share done; what it raises cancels the rendering, as the interrupt key does.
+
+        ValueError tells what is wrong with an argument, also if the view holds no sample at all.
+
+        >>> array = np.zeros((20, 20, 20), np.uint8)
+        >>> array[5, 10, 15] = 200
+        >>> picture = Volume(array).render("anterior", projection="orthographic", size=20, pixel_size=1,
+        ...                                center=(10, 10, 10), window=(100, 200), depth=True, values=True)
+        >>> row, column = np.unravel_index(picture.argmax(), picture.shape)
+        >>> picture.values[row, column] <= 200
+        True
+        """
+        names = {"projection": projection, "interpolation": interpolation, "reduction": reduction}
+        numeric = {"zoom": zoom, "pixel_size": pixel_size, "field_of_view": field_of_view, "step": step}
+        record = _views.build(view, roll, size, slab, window, center, names, numeric)
+        return self._render(record, bool(depth), bool(values), threads, progress)
+
+    def spin(
+        self,
+        frames: int = 36,
+        view: _views.Direction = "anterior",
+        *,
+        threads: int | None = None,
+        progress: Progress | None = None,
+        **options: Any,
+    ) -> Picture:
+        """Pictures [frame, row, column] of a whole turn about the patient's axis, beginning with view, a
+        name or (azimuth, elevation); a notebook shows them as an animation. options: as in `render`, but
+        depth and values.
+
+        >>> Volume(np.arange(1000.0).reshape(10, 10, 10)).spin(4, size=(30, 20)).shape
+        (4, 20, 30)
+        """
+        count = c_integer(frames, "frames", 1, 65535)
+        named = View()
+        library.zox_render_view_init(ctypes.byref(named))
+        _views._set_direction(named, view)
+        if named.use_orientation:
+            raise ValueError("a spin begins with the name of a view or (azimuth, elevation)")
+        if {"depth", "values"} & options.keys():
+            raise TypeError("a spin gives neither depth nor values")
+        pictures: list[Picture] = []
+
+        def tell(share: float) -> None:
+            if progress is not None:
+                progress((len(pictures) + share) / count)
+
+        for index in range(count):
+            angles = (named.azimuth + 360.0 * index / count, named.elevation)
+            pictures.append(self.render(angles, threads=threads, progress=progress and tell, **options))
+        spin = np.stack([np.asarray(picture) for picture in pictures]).view(Picture)
+        spin.window = pictures[0].window
+        return spin
+
+    def _render(
+        self, view: View, depth: bool, values: bool, threads: int | None, progress: Progress | None
+    ) -> Picture:
+        shape = view.height, view.width
+        scene = Scene(self, view)
+        picture = np.empty(shape, np.uint8).view(Picture)
+        samples = np.empty(shape, np.int16) if values else None
+        depths = np.empty(shape, np.int32) if depth else None
+        record, stats = PictureRecord(), _StatsRecord()
+        library.zox_render_picture_init(ctypes.byref(record))
+        library.zox_render_stats_init(ctypes.byref(stats))
+        record.pixels = picture.ctypes.data
+        record.samples = None if samples is None else samples.ctypes.data
+        record.depths = None if depths is None else depths.ctypes.data
+        pointers = [ctypes.byref(one) for one in (record, stats)]
+
+        def render(run: Any) -> int:
+            status: int = library.zox_render(self._handle, ctypes.byref(view), ctypes.byref(run), *pointers)
+            return status
+
+        _run.call(render, threads, progress)
+        picture.scene, picture.geometry = scene, scene.geometry
+        picture.window = stats.window_center, stats.window_width
+        picture.stats = Stats(stats.samples, stats.samples_cast, stats.rays, stats.seconds, stats.threads)
+        if depths is not None:
+            picture.depth = np.where(depths == NO_DEPTH, np.nan, depths * scene.geometry.step)
+        if samples is not None:
+            of_values = samples * self._info.sample_slope + self._info.sample_intercept
+            picture.values = np.where(samples == NOTHING, np.nan, of_values)
+        return picture
+
+
+def _destroy(handle: ctypes.c_void_p, _kept: object) -> None:
+    library.zox_render_volume_destroy(handle)
