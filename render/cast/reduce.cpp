@@ -35,13 +35,22 @@ void find_smallest(const zox_Rays& rays, const Counts& counts, Lanes& smallest) 
   }
 }
 
+// wanted holds samples, guarded planes do not: several of their values are one sample.
+template <bool kGuarded>
 void find_first(const zox_Rays& rays, const Counts& counts, const Lanes& wanted, Lanes& places) {
   for (int k = counts.most - 1; k >= 0; --k) {
     const int16_t* samples = plane(rays, k);
     const int16_t number = static_cast<int16_t>(k);
-    for (size_t r = 0; r < kBatchRays; ++r)
-      places[r] = (number < counts.of[r]) & (samples[r] == wanted[r]) ? number : places[r];
+    for (size_t r = 0; r < kBatchRays; ++r) {
+      const int16_t sample = kGuarded ? from_guarded(samples[r]) : samples[r];
+      places[r] = (number < counts.of[r]) & (sample == wanted[r]) ? number : places[r];
+    }
   }
+}
+
+void find_places(const zox_Rays& rays, const Counts& counts, bool guarded, const Lanes& wanted,
+                 Lanes& places) {
+  guarded ? find_first<true>(rays, counts, wanted, places) : find_first<false>(rays, counts, wanted, places);
 }
 
 void add(const zox_Rays& rays, const Counts& counts, const int* middle,
@@ -51,28 +60,42 @@ void add(const zox_Rays& rays, const Counts& counts, const int* middle,
   for (int k = 0; k < counts.most; ++k) {
     const int16_t* samples = plane(rays, k);
     for (size_t r = 0; r < kBatchRays; ++r) {
-      const int sample = middle ? from_guarded(samples[r], 0) : samples[r];
+      const int sample = middle ? from_guarded(samples[r]) : samples[r];
       part[r] += k < counts.of[r] ? sample : 0;
     }
   }
   for (size_t r = 0; r < kBatchRays; ++r) sum[r] = part[r] + (middle ? int64_t{*middle} * counts.of[r] : 0);
 }
 
-void unguard(int middle, Lanes& lanes) {
-  for (int16_t& lane : lanes) lane = static_cast<int16_t>(from_guarded(lane, middle));
+void unguard(Lanes& lanes) {
+  for (int16_t& lane : lanes) lane = from_guarded(lane);
+}
+
+void shift(int by, Lanes& lanes) {
+  for (int16_t& lane : lanes) lane = static_cast<int16_t>(lane + by);
+}
+
+// One of the two extremes, first as the planes hold it.
+void finish(const zox_Rays& rays, const Counts& counts, bool with_places, const int* middle, Lanes& extreme,
+            Lanes& places) {
+  if (middle) unguard(extreme);
+  if (with_places) find_places(rays, counts, middle != nullptr, extreme, places);
+  if (middle) shift(*middle, extreme);
 }
 
 }  // namespace
 
 void reduce(const zox_Rays& rays, const Wanted& wanted, const int* middle, Reduced& reduced) {
   const Counts counts(rays);
-  if (wanted.largest) zox_Volume_FindMax_16S(&rays, reduced.largest.data());
-  if (wanted.smallest) find_smallest(rays, counts, reduced.smallest);
-  if (wanted.places && wanted.largest) find_first(rays, counts, reduced.largest, reduced.largest_at);
-  if (wanted.places && wanted.smallest) find_first(rays, counts, reduced.smallest, reduced.smallest_at);
+  if (wanted.largest) {
+    zox_Volume_FindMax_16S(&rays, reduced.largest.data());
+    finish(rays, counts, wanted.places, middle, reduced.largest, reduced.largest_at);
+  }
+  if (wanted.smallest) {
+    find_smallest(rays, counts, reduced.smallest);
+    finish(rays, counts, wanted.places, middle, reduced.smallest, reduced.smallest_at);
+  }
   if (wanted.sum) add(rays, counts, middle, reduced.sum);
-  if (middle && wanted.largest) unguard(*middle, reduced.largest);
-  if (middle && wanted.smallest) unguard(*middle, reduced.smallest);
 }
 
 }  // namespace render

@@ -36,7 +36,7 @@ Storage choose_storage(const Array& array, double lowest, double highest, bool f
                             std::floor(low / s.step) * s.step == low;
   if (!as_it_stands) {
     s.base = low == high ? low : std::floor(low / s.step) * s.step;
-    s.first = fits_by_one ? kLowestSample - 1 : kLowestSample;
+    s.first = low == high ? 0 : fits_by_one ? kLowestSample - 1 : kLowestSample;
   }
   s.lowest = s.sample(lowest);
   s.highest = s.sample(highest);

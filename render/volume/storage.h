@@ -25,14 +25,13 @@ struct Storage {
   double value(int sample) const { return sample * slope + intercept; }
 };
 
-// Bricks keep 2 * (sample - middle) + 1: their operations may come out one too small in magnitude, since
-// eight weights in doubles can sum to a little less than 1. Halving swallows that, and rounds to the
-// nearest. With x = sample - middle, a constant 2x + 1 gives 2x + 1 or the number next to it toward zero;
-// both become x again. The range must not pass 15 bits.
-inline int16_t to_guarded(int sample, int middle) { return static_cast<int16_t>(2 * (sample - middle) + 1); }
-inline int from_guarded(int stored, int middle) {
-  return ((stored >= 0 ? stored : stored - 1) >> 1) + middle;
-}
+// Bricks keep 2 * (sample - middle). Their operations sum eight products in doubles, whose weights may sum to
+// a little less or more than 1, and cut the sum toward zero: eight voxels of 2x can give 2x or the number
+// next to it toward zero. Halving away from zero makes x of both; and since samples between unlike voxels are
+// off by as little, none leaves the range of its voxels. All are so rounded to the nearest. The range must
+// not pass 15 bits.
+inline int16_t to_guarded(int sample, int middle) { return static_cast<int16_t>(2 * (sample - middle)); }
+inline int16_t from_guarded(int16_t stored) { return static_cast<int16_t>((stored + (stored > 0)) >> 1); }
 inline constexpr int kGuardedRange = 32767;
 inline int guard_middle(const Storage& storage) { return storage.lowest + 16384; }
 

@@ -46,7 +46,7 @@ void check_options(const zox_render_volume_options& options) {
 
 int Volume::sample(int x, int y, int z) const {
   if (layout == Layout::kStack) return stack.row(y, z)[x];
-  return from_guarded(bricks.data[bricks.x_term(x) | bricks.y_term(y) | bricks.z_term(z)], bricks.middle);
+  return from_guarded(bricks.data[bricks.x_term(x) | bricks.y_term(y) | bricks.z_term(z)]) + bricks.middle;
 }
 
 void Volume::read_row(int y, int z, int16_t* samples) const {
@@ -57,7 +57,7 @@ void Volume::read_row(int y, int z, int16_t* samples) const {
   }
   const int16_t* row = bricks.data + (bricks.y_term(y) | bricks.z_term(z));
   for (int x = 0; x < size[0]; ++x)
-    samples[x] = static_cast<int16_t>(from_guarded(row[bricks.x_term(x)], bricks.middle));
+    samples[x] = static_cast<int16_t>(from_guarded(row[bricks.x_term(x)]) + bricks.middle);
 }
 
 const Statistics& Volume::counted(Work& work) const {
