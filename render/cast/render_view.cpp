@@ -15,13 +15,6 @@ constexpr double kStretchVoxels = 8;
 // Nearest stack operations reach over 1024 voxels, of which a stretch may take half.
 constexpr double kMostVoxels = 500;
 
-void check_view(const zox_render_view& view) {
-  require(view.interpolation == ZOX_RENDER_TRILINEAR || view.interpolation == ZOX_RENDER_NEAREST,
-          "The interpolation is none of the interpolations.");
-  require(view.reduction >= ZOX_RENDER_MAXIMUM && view.reduction <= ZOX_RENDER_LARGEST_MAGNITUDE,
-          "The reduction is none of the reductions.");
-}
-
 // Rows as far apart as told, or packed.
 int64_t pitch(const void* plane, int64_t given, int64_t packed) {
   if (!plane) return 0;
@@ -104,11 +97,9 @@ void render_tiles(const Scene& scene, Work& work, Counts& counts) {
 
 void render_view(const Volume& volume, const zox_render_view& view, const zox_render_picture& record,
                  Work& work, zox_render_stats& stats) {
-  check_view(view);
   const Camera camera = make_camera(view, volume.frame);
   const Rays rays(camera, volume.frame, view);
   const zox_render_picture picture = checked_picture(record, view);
-  require((view.skip | 1) == 1, "skip must be 0 or 1.");
   Window window{view.window_center, view.window_width};
   if (view.window_width == 0) window = default_window(volume, work);
   const Storage& storage = volume.storage;

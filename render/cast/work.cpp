@@ -1,5 +1,7 @@
 #include "cast/work.h"
 
+#include <cstdio>
+
 namespace render {
 
 struct Work::Spread {
@@ -16,11 +18,12 @@ Work::Work(const zox_render_run* run) {
   require(!run_.pool || !run_.parallel_for, "run has both a pool and a parallel_for.");
 }
 
-void Work::stop(int status, const char* sentence) {
+// Takes no memory, since that may be what has run out.
+void Work::stop(int status, const char* sentence) noexcept {
   const std::lock_guard lock(mutex_);
   if (!stopped_) {
     status_ = status;
-    sentence_ = sentence;
+    std::snprintf(sentence_, sizeof sentence_, "%s", sentence);
   }
   stopped_ = true;
 }

@@ -6,7 +6,6 @@
 #include <functional>
 #include <mutex>
 #include <set>
-#include <string>
 #include <thread>
 
 #include "cast/pool.h"
@@ -35,7 +34,7 @@ class Work {
   static void task(void* context, int i);
   void run_one(Spread& spread, int i);
   void tell(Spread& spread);
-  void stop(int status, const char* sentence);
+  void stop(int status, const char* sentence) noexcept;
   void note_thread();
 
   zox_render_run run_{};
@@ -45,7 +44,7 @@ class Work {
   std::mutex mutex_;
   std::set<std::thread::id> seen_;
   int status_ = ZOX_RENDER_OK;
-  std::string sentence_;
+  char sentence_[512] = "";
 };
 
 }  // namespace render

@@ -71,6 +71,20 @@ void check_lens(const zox_render_view& view) {
             "The center must be finite and within 1e12 millimetres.");
 }
 
+// What the camera itself does not need: a view is checked whole, whatever is asked of it.
+void check_samples(const zox_render_view& view) {
+  require(view.interpolation == ZOX_RENDER_TRILINEAR || view.interpolation == ZOX_RENDER_NEAREST,
+          "The interpolation is none of the interpolations.");
+  require(view.reduction >= ZOX_RENDER_MAXIMUM && view.reduction <= ZOX_RENDER_LARGEST_MAGNITUDE,
+          "The reduction is none of the reductions.");
+  require(view.slab_near <= view.slab_far, "slab_near must not be above slab_far.");
+  require(std::isfinite(view.window_center), "window_center must be finite.");
+  require(view.window_width >= 0 && std::isfinite(view.window_width),
+          "window_width must be finite and not below 0.");
+  require((view.skip | 1) == 1 && (view.use_orientation | 1) == 1 && (view.use_center | 1) == 1,
+          "skip, use_orientation and use_center must be 0 or 1.");
+}
+
 }  // namespace
 
 SineCosine sine_cosine(double degrees) {
@@ -97,6 +111,7 @@ SineCosine sine_cosine(double degrees) {
 
 Camera make_camera(const zox_render_view& view, const Frame& frame) {
   check_lens(view);
+  check_samples(view);
   Camera camera;
   camera.perspective = view.projection == ZOX_RENDER_PERSPECTIVE;
   camera.width = view.width;

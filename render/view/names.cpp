@@ -12,10 +12,11 @@ struct Named {
   double azimuth, elevation;
 };
 
-constexpr Named kViews[] = {{"anterior", 0, 0},  {"front", 0, 0}, {"coronal", 0, 0},   {"posterior", 180, 0},
-                            {"back", 180, 0},    {"left", 90, 0}, {"sagittal", 90, 0}, {"right", 270, 0},
-                            {"superior", 0, 90}, {"top", 0, 90},  {"axial", 0, 90},    {"inferior", 0, -90},
-                            {"bottom", 0, -90}};
+// From above and from below the face is at the top of the picture.
+constexpr Named kViews[] = {
+    {"anterior", 0, 0}, {"front", 0, 0},      {"coronal", 0, 0}, {"posterior", 180, 0}, {"back", 180, 0},
+    {"left", 90, 0},    {"sagittal", 90, 0},  {"right", 270, 0}, {"superior", 180, 90}, {"top", 180, 90},
+    {"axial", 180, 90}, {"inferior", 0, -90}, {"bottom", 0, -90}};
 
 }  // namespace
 

@@ -54,7 +54,6 @@ Rays::Rays(const Camera& camera, const Frame& frame, const zox_render_view& view
 }
 
 void Rays::take_slab(const zox_render_view& view, double step) {
-  require(view.slab_near <= view.slab_far, "slab_near must not be above slab_far.");
   if (view.slab_near == view.slab_far && std::isfinite(view.slab_near)) {
     require(std::abs(view.slab_near) <= kFarSample * step, "The slab lies too far from the volume.");
     center_ = center_ + forward_ * (perspective_ ? 0 : view.slab_near);
