@@ -9,7 +9,7 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "isa/operations.h"
+#include "operations/table.h"
 #include "planes.h"
 #include "timing.h"
 #include "views.h"

@@ -1,7 +1,7 @@
 // The ray casters by name: each instruction set's, the reference's, the scalar lists'.
 #pragma once
 
-#include "isa/operations.h"
+#include "operations/table.h"
 #include "reference.h"
 #include "scalar_lists.h"
 #include "volume.h"

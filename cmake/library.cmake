@@ -20,10 +20,10 @@ add_library(zox_volume_objects OBJECT
   src/zox_Volume_RayCast_GPN.cpp
   src/zox_Volume_RayCast_GPT.cpp
   src/zox_Volume_WindowLevel.cpp
-  src/isa/pick.cpp
-  src/isa/operations_base.cpp
-  src/isa/operations_avx2.cpp
-  src/isa/operations_avx512.cpp)
+  src/operations/pick.cpp
+  src/operations/base.cpp
+  src/operations/avx2.cpp
+  src/operations/avx512.cpp)
 target_include_directories(zox_volume_objects PUBLIC include PRIVATE src)
 set_target_properties(zox_volume_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON
@@ -44,11 +44,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # g++ 12 warns of the undefined vectors inside its own AVX-512 intrinsics.
   list(APPEND kernel_options -Wno-maybe-uninitialized -Wno-uninitialized)
 endif()
-set_source_files_properties(src/isa/operations_base.cpp PROPERTIES
+set_source_files_properties(src/operations/base.cpp PROPERTIES
   COMPILE_OPTIONS "${kernel_options}")
-set_source_files_properties(src/isa/operations_avx2.cpp PROPERTIES
+set_source_files_properties(src/operations/avx2.cpp PROPERTIES
   COMPILE_OPTIONS "${kernel_options};-mavx2;-mtune=haswell")
-set_source_files_properties(src/isa/operations_avx512.cpp PROPERTIES
+set_source_files_properties(src/operations/avx512.cpp PROPERTIES
   COMPILE_OPTIONS "${kernel_options};-mavx512f;-mavx512vl;-mavx512bw;-mavx512dq;-mtune=icelake-server;-mprefer-vector-width=512")
 
 add_library(zox_volume SHARED $<TARGET_OBJECTS:zox_volume_objects>)

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Changes one rule of the library at a time, in a copy, and sees whether the tests notice. The changes
-# are those of scripts/mutations/*.list and every cell of the tables in src/core/op_rules.h. Prints one
+# are those of scripts/mutations/*.list and every cell of the tables in src/operations/rules.h. Prints one
 # line when every change is noticed but those proven to change nothing; otherwise the others, and fails.
 #   scripts/mutate.sh [-j JOBS] [PATTERN]    PATTERN: only changes whose file or text match it
 set -euo pipefail
@@ -43,7 +43,7 @@ compile_change() {  # directory
   local unit
   unit=$(<"$1/file")
   case $unit in
-    src/core/* | src/engine/* | *.inl) unit=src/isa/operations_$(<"$1/set").cpp ;;
+    src/*/*.h | *.inl) unit=src/operations/$(<"$1/set").cpp ;;
   esac
   compile "$unit" "$1" "$1/change.o" >"$1/log" 2>&1
 }
@@ -52,7 +52,7 @@ compile_change() {  # directory
 # archive, which then has nothing left to give for them.
 link_test() {  # directory program folder
   local command objects="$1/change.o"
-  [ "$(<"$1/file")" = src/isa/pick.cpp ] || objects="$objects $work/pick/$(<"$1/set").o"
+  [ "$(<"$1/file")" = src/operations/pick.cpp ] || objects="$objects $work/pick/$(<"$1/set").o"
   command=$(sed "s| -o [^ ]*| -o $1/$2 $objects|" "$base/tests/$3/CMakeFiles/$2.dir/link.txt")
   (cd "$base/tests/$3" && bash -c "$command") >>"$1/log" 2>&1
 }
@@ -159,19 +159,19 @@ table_changes() {
         print "+ " line "};"
         if ((row " " c) in reason) print "= " reason[row " " c]
       }
-    }' scripts/mutations/table.equivalent src/core/op_rules.h
+    }' scripts/mutations/table.equivalent src/operations/rules.h
 }
 
-# src/isa/pick.cpp with its choice made.
+# src/operations/pick.cpp with its choice made.
 pick_each_set() {
   local set
   rm -rf "$work/pick"
   mkdir "$work/pick"
   cp -r src "$work/pick"
   for set in base avx2 avx512; do
-    sed -e '/if (.*_supported()) return/d' -e "s/return base::/return $set::/" src/isa/pick.cpp \
-      >"$work/pick/src/isa/pick.cpp"
-    compile src/isa/pick.cpp "$work/pick" "$work/pick/$set.o"
+    sed -e '/if (.*_supported()) return/d' -e "s/return base::/return $set::/" src/operations/pick.cpp \
+      >"$work/pick/src/operations/pick.cpp"
+    compile src/operations/pick.cpp "$work/pick" "$work/pick/$set.o"
   done
 }
 

@@ -1,5 +1,5 @@
 #include "export.h"
-#include "isa/operations.h"
+#include "operations/table.h"
 
 int zox_Volume_FindMax_8U(const zox_Rays* rays, uint8_t* maxima) {
   return zox::pick().find_max_8u(rays, maxima);

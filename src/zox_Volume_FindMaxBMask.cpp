@@ -1,5 +1,5 @@
 #include "export.h"
-#include "isa/operations.h"
+#include "operations/table.h"
 
 int zox_Volume_FindMaxBMask_8U(const zox_Rays* rays, const uint8_t* mask, uint8_t* maxima) {
   return zox::pick().find_max_bmask_8u(rays, mask, maxima);

@@ -1,5 +1,5 @@
 #include "export.h"
-#include "isa/operations.h"
+#include "operations/table.h"
 
 int zox_Volume_RayCast_Blocked_Divergent_Trilinear_8U(const zox_Volume* volume, const zox_Rays* rays) {
   return zox::pick().blocked_divergent_trilinear_8u(volume, rays);

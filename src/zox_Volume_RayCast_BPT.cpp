@@ -1,5 +1,5 @@
 #include "export.h"
-#include "isa/operations.h"
+#include "operations/table.h"
 
 int zox_Volume_RayCast_Blocked_Parallel_Trilinear_8U(const zox_Volume* volume, const zox_Rays* rays) {
   return zox::pick().blocked_parallel_trilinear_8u(volume, rays);

@@ -1,5 +1,5 @@
 #include "export.h"
-#include "isa/operations.h"
+#include "operations/table.h"
 
 int zox_Volume_WindowLevel_16S_8U(const int16_t* src, uint8_t* dst, int len, int center, int width,
                                   int outmin, int outmax) {

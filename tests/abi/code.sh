@@ -38,13 +38,13 @@ sets=0
 for object in "$@"; do
   disassemble "$object" >"$scratch/code"
   case $object in
-    *operations_avx512*) sets=$((sets + 1)) ;;
-    *operations_avx2*)
+    *operations/avx512*) sets=$((sets + 1)) ;;
+    *operations/avx2*)
       sets=$((sets + 1))
       refuse "AVX-512 in $object" '%zmm|%k[0-7]|%[xy]mm(1[6-9]|2[0-9]|3[01])' "$scratch/code"
       ;;
     *)
-      case $object in *operations_base*) sets=$((sets + 1)) ;; esac
+      case $object in *operations/base*) sets=$((sets + 1)) ;; esac
       refuse "AVX in $object" '^v|%[yz]mm|%k[0-7]' "$scratch/code"
       refuse "more than SSE2 in $object" "$after_sse2" "$scratch/code"
       ;;
@@ -52,7 +52,7 @@ for object in "$@"; do
   nm "$object" >"$scratch/names"
   refuse "weak symbols in $object, which another set's copy could replace" ' [VWuvw] ' "$scratch/names"
   case $object in
-    *operations_*)
+    *operations/base* | *operations/avx*)
       if [ "$(awk '$2 ~ /[A-TV-Z]/' "$scratch/names" | grep -vc ' U ')" != 1 ]; then
         echo "$object shows more than its one table of operations:"
         awk '$2 ~ /[A-TV-Z]/' "$scratch/names"

@@ -6,7 +6,7 @@
 #include <cstring>
 #include <vector>
 
-#include "isa/operations.h"
+#include "operations/table.h"
 #include "repeated_pages.h"
 
 namespace zox_test {

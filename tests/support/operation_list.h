@@ -1,7 +1,7 @@
 // The ray casters, once: tests, fault injection, benchmarks and fuzz targets all walk this list.
 #pragma once
 
-#include "isa/operations.h"
+#include "operations/table.h"
 #include "zox_volume.h"
 
 namespace zox_test {

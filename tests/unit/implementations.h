@@ -8,8 +8,8 @@
 #include <tuple>
 #include <vector>
 
-#include "isa/operations.h"
 #include "operation_list.h"
+#include "operations/table.h"
 
 namespace zox_unit {
 

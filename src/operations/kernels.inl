@@ -1,12 +1,12 @@
 // Every kernel of one instruction set: the index of all operations. A set's file defines ZOX_SET
 // and includes this; all that follows is local to that file.
-#include "engine/blocked_divergent.h"
-#include "engine/blocked_parallel.h"
-#include "engine/general_buckets.h"
-#include "engine/general_one_region.h"
-#include "engine/maximum.h"
-#include "engine/window_level.h"
-#include "isa/operations.h"
+#include "blocked/blocked_divergent.h"
+#include "blocked/blocked_parallel.h"
+#include "maximum/maximum.h"
+#include "operations/table.h"
+#include "stack/one_region.h"
+#include "stack/stack_cast.h"
+#include "window/window_level.h"
 
 namespace zox::ZOX_SET {
 namespace {

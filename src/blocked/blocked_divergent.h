@@ -1,8 +1,8 @@
 // Blocked volumes, every ray with its own step.
 #pragma once
 
-#include "engine/blocked_sampling.h"
-#include "engine/march.h"
+#include "blocked/blocked_sampling.h"
+#include "numbers/march.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -1,8 +1,8 @@
 // Rays through a slice stack in fixed point, and the z regions they pass.
 #pragma once
 
-#include "core/fixed_point.h"
-#include "core/op_rules.h"
+#include "numbers/fixed_point.h"
+#include "operations/rules.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {

@@ -2,9 +2,9 @@
 // ray, turned so that its slices ascend, yields them as the sweep asks for slice after slice.
 #pragma once
 
-#include "core/cursor_lanes.h"
-#include "core/region_walk.h"
-#include "core/stack_view.h"
+#include "stack/cursor_lanes.h"
+#include "stack/region_walk.h"
+#include "stack/stack_view.h"
 
 namespace zox::ZOX_SET {
 namespace {

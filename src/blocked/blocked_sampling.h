@@ -1,11 +1,11 @@
 // Samples of a blocked volume at up to 64 positions at once.
 #pragma once
 
-#include "core/blocked_layout.h"
-#include "core/fixed_point.h"
-#include "core/op_rules.h"
-#include "core/value.h"
-#include "core/voxel_pair.h"
+#include "blocked/blocked_layout.h"
+#include "numbers/fixed_point.h"
+#include "numbers/value.h"
+#include "numbers/voxel_pair.h"
+#include "operations/rules.h"
 
 namespace zox::ZOX_SET {
 namespace {

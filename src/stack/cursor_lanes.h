@@ -1,8 +1,8 @@
 // One cursor a ray: where each stands, as lanes in memory and as vectors in registers.
 #pragma once
 
-#include "core/lanes.h"
-#include "core/vectors.h"
+#include "numbers/lanes.h"
+#include "sets/vectors.h"
 
 namespace zox::ZOX_SET {
 namespace {

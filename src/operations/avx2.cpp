@@ -1,4 +1,4 @@
 #define ZOX_SET avx2
 #define ZOX_SET_NAME "avx2"
 #define ZOX_SET_SUPPORTED avx2_supported
-#include "isa/operations.inl"
+#include "operations/kernels.inl"

@@ -2,7 +2,7 @@
 // slices are to be read.
 #pragma once
 
-#include "core/lanes.h"
+#include "numbers/lanes.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -5,7 +5,7 @@
 
 #include <stdint.h>
 
-#include "core/lanes.h"
+#include "numbers/lanes.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {

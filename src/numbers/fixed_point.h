@@ -4,7 +4,7 @@
 #include <immintrin.h>
 #include <stdint.h>
 
-#include "core/lanes.h"
+#include "numbers/lanes.h"
 
 namespace zox::ZOX_SET {
 namespace {

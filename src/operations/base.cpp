@@ -1,4 +1,4 @@
 #define ZOX_SET base
 #define ZOX_SET_NAME "base"
 #define ZOX_SET_SUPPORTED always_supported
-#include "isa/operations.inl"
+#include "operations/kernels.inl"

@@ -3,8 +3,8 @@
 
 #include <string.h>
 
-#include "core/region_walk.h"
-#include "core/value.h"
+#include "numbers/value.h"
+#include "stack/region_walk.h"
 
 namespace zox::ZOX_SET {
 namespace {

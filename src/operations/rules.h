@@ -2,7 +2,7 @@
 // meant as it stands, however odd it looks beside its neighbours.
 #pragma once
 
-#include "core/fixed_point.h"
+#include "numbers/fixed_point.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -1,4 +1,4 @@
-#include "isa/operations.h"
+#include "operations/table.h"
 
 namespace zox {
 

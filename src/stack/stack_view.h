@@ -2,7 +2,7 @@
 // offset, computed in vectors, replaces two table look-ups a sample.
 #pragma once
 
-#include "core/staged_samples.h"
+#include "stack/staged_samples.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {

@@ -3,8 +3,8 @@
 // slices as one.
 #pragma once
 
-#include "engine/march.h"
-#include "engine/stack_sampling.h"
+#include "numbers/march.h"
+#include "stack/stack_sampling.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -1,7 +1,7 @@
 // A window of intensities and what it maps them to.
 #pragma once
 
-#include "core/fixed_point.h"
+#include "numbers/fixed_point.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -3,8 +3,8 @@
 // last bit of a position.
 #pragma once
 
-#include "core/traversal.h"
-#include "engine/blocked_divergent.h"
+#include "blocked/blocked_divergent.h"
+#include "blocked/traversal.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -2,10 +2,10 @@
 // order however the rays cross the stack.
 #pragma once
 
-#include "core/scratch.h"
-#include "core/slice_buckets.h"
-#include "core/slice_cursors.h"
-#include "engine/stack_sampling.h"
+#include "stack/scratch.h"
+#include "stack/slice_cursors.h"
+#include "stack/slice_lists.h"
+#include "stack/stack_sampling.h"
 
 namespace zox::ZOX_SET {
 namespace {

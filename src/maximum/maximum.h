@@ -2,8 +2,8 @@
 // vectors: each plane is read once, in stretches.
 #pragma once
 
-#include "core/lanes.h"
-#include "core/wide.h"
+#include "numbers/lanes.h"
+#include "sets/wide.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {

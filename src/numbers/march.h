@@ -3,8 +3,8 @@
 // others have ended, go ray by ray with a run of samples as the lanes.
 #pragma once
 
-#include "core/fixed_point.h"
-#include "core/lanes.h"
+#include "numbers/fixed_point.h"
+#include "numbers/lanes.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {

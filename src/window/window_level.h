@@ -1,7 +1,7 @@
 // 16-bit intensities to display bytes.
 #pragma once
 
-#include "core/window.h"
+#include "window/window.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {

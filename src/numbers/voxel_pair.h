@@ -1,7 +1,7 @@
 // The corners of a trilinear sample, two neighbours in x at a time.
 #pragma once
 
-#include "core/lanes.h"
+#include "numbers/lanes.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -1,7 +1,7 @@
 // How parallel rays are walked through a blocked volume.
 #pragma once
 
-#include "core/fixed_point.h"
+#include "numbers/fixed_point.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -1,10 +1,10 @@
 // The values of staged samples of a slice stack.
 #pragma once
 
-#include "core/slice_buckets.h"
-#include "core/stack_view.h"
-#include "core/vectors.h"
-#include "core/voxel_pair.h"
+#include "numbers/voxel_pair.h"
+#include "sets/vectors.h"
+#include "stack/slice_lists.h"
+#include "stack/stack_view.h"
 
 namespace zox::ZOX_SET {
 namespace {
