@@ -267,7 +267,8 @@ typedef struct zox_render_view {
 void zox_render_view_init(zox_render_view* view);
 
 /* Sets azimuth and elevation: anterior, front, coronal; posterior, back; left, sagittal; right; superior,
- * top, axial; inferior, bottom; capitals or not. Others: ZOX_RENDER_BAD_ARGUMENT. */
+ * top, axial; inferior, bottom; capitals or not. From above (azimuth 180, elevation 90) and from below
+ * (0, -90) the face is up in the picture. Others: ZOX_RENDER_BAD_ARGUMENT. */
 int zox_render_view_by_name(zox_render_view* view, const char* name);
 
 /* Where a view looks. */

@@ -13,6 +13,7 @@ struct Named {
 };
 
 // From above and from below the face is at the top of the picture.
+// From above and from below the face is up in the picture.
 constexpr Named kViews[] = {
     {"anterior", 0, 0}, {"front", 0, 0},      {"coronal", 0, 0}, {"posterior", 180, 0}, {"back", 180, 0},
     {"left", 90, 0},    {"sagittal", 90, 0},  {"right", 270, 0}, {"superior", 180, 90}, {"top", 180, 90},
