@@ -2,6 +2,17 @@
 # when the packages that it needs are here, ON demands it, OFF leaves it out. As a part of another
 # project only the libraries are built unless more is asked for.
 
+option(ZOX_DEBIAN "Prepare for scripts/packages.sh, which makes Debian packages" OFF)
+mark_as_advanced(ZOX_DEBIAN)
+
+# zox_pick_component(VARIABLE component package)
+function(zox_pick_component variable component package)
+  if(ZOX_DEBIAN)
+    set(component ${package})
+  endif()
+  set(${variable} ${component} PARENT_SCOPE)
+endfunction()
+
 set(ZOX_COMPONENT_TABLE "")
 if(PROJECT_IS_TOP_LEVEL)
   set(zox_default AUTO)
@@ -58,7 +69,6 @@ function(zox_component option what)
     endif()
   endforeach()
   if(NOT folders)
-    set(${option}_BUILT ON PARENT_SCOPE)
     return()
   endif()
   set(value ${${option}})
@@ -103,3 +113,5 @@ zox_component(ZOX_BUILD_MPI "zox-mip-mpi" FOLDERS tools/zox-mip-mpi
   NEEDS ZOX_BUILD_TOOLS "libopenmpi-dev=MPI COMPONENTS CXX")
 zox_component(ZOX_BUILD_PYTHON "Python package" FOLDERS python
   NEEDS ZOX_BUILD_RENDER "python3=Python3 COMPONENTS Interpreter")
+zox_component(ZOX_BUILD_DOCS "API reference" FOLDERS docs
+  NEEDS "doxygen=Doxygen 1.9" "python3=Python3 COMPONENTS Interpreter")

@@ -4,17 +4,6 @@
 # Debian's packages (ZOX_DEBIAN) they are called like the packages.
 include(CMakePackageConfigHelpers)
 
-option(ZOX_DEBIAN "Prepare for scripts/packages.sh, which makes Debian packages" OFF)
-mark_as_advanced(ZOX_DEBIAN)
-
-# zox_pick_component(VARIABLE component package)
-function(zox_pick_component variable component package)
-  if(ZOX_DEBIAN)
-    set(component ${package})
-  endif()
-  set(${variable} ${component} PARENT_SCOPE)
-endfunction()
-
 file(RELATIVE_PATH prefix_from_pc /${CMAKE_INSTALL_LIBDIR}/pkgconfig /)
 set(pc_prefix "\${pcfiledir}/${prefix_from_pc}")
 string(REGEX REPLACE "/$" "" pc_prefix "${pc_prefix}")
@@ -73,10 +62,33 @@ foreach(program zox-mip zox-view zox-mip-mpi)
       INSTALL_RPATH "\$ORIGIN/${libraries_from_programs}")
     install(TARGETS ${program} RUNTIME COMPONENT ${tools})
     if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
-      install(FILES docs/man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${tools})
+      install(FILES ${PROJECT_SOURCE_DIR}/docs/man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${tools})
     endif()
   endif()
 endforeach()
+
+# Documents, examples, and the reference where it was made.
+zox_pick_component(zox_docs docs zox-volume-doc)
+zox_pick_component(zox_man docs libzox-volume-dev)
+set(zox_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/zox_volume)
+if(ZOX_DEBIAN)
+  set(zox_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/zox-volume-doc)
+endif()
+install(DIRECTORY docs/ DESTINATION ${zox_doc_dir}/docs COMPONENT ${zox_docs}
+  FILES_MATCHING PATTERN "*.md" PATTERN "*.png" PATTERN "*.svg" PATTERN man EXCLUDE)
+install(FILES README.md DESTINATION ${zox_doc_dir} COMPONENT ${zox_docs})
+install(FILES CHANGELOG.md DESTINATION ${zox_doc_dir}/docs COMPONENT ${zox_docs})
+if(EXISTS ${PROJECT_SOURCE_DIR}/examples)
+  install(DIRECTORY examples DESTINATION ${zox_doc_dir} COMPONENT ${zox_docs})
+endif()
+if(TARGET zox_reference_pages)
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/docs/html DESTINATION ${zox_doc_dir} COMPONENT ${zox_docs})
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/docs/man/man3/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
+    COMPONENT ${zox_man} FILES_MATCHING PATTERN "zox*" PATTERN "zox_render*" EXCLUDE)
+  zox_pick_component(zox_man docs libzox-render-dev)
+  install(DIRECTORY ${PROJECT_BINARY_DIR}/docs/man/man3/ DESTINATION ${CMAKE_INSTALL_MANDIR}/man3
+    COMPONENT ${zox_man} FILES_MATCHING PATTERN "zox_render*")
+endif()
 
 zox_pick_component(zox_runtime runtime libzox-volume)
 # A directory that the loader does not know needs a word: Debian's knows /usr/local/lib, but keeps a list.
@@ -87,3 +99,7 @@ install(CODE "
 
 add_custom_target(uninstall
   COMMAND ${CMAKE_COMMAND} -DBUILD=${PROJECT_BINARY_DIR} -P ${PROJECT_SOURCE_DIR}/cmake/uninstall.cmake)
+
+if(ZOX_DEBIAN)
+  include(cmake/packages.cmake)
+endif()

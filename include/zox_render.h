@@ -83,6 +83,7 @@ typedef struct zox_render_run {
   void* progress_user;
 } zox_render_run;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_run_init(zox_render_run* run);
 
 /*
@@ -134,6 +135,7 @@ typedef struct zox_render_array {
   double lowest, highest;
 } zox_render_array;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_array_init(zox_render_array* array);
 
 /* How the library keeps a volume. */
@@ -150,6 +152,7 @@ enum {
   ZOX_RENDER_PRECISION_FINE = 2   /* samples keep 7 more bits: smooth in narrow windows, twice the memory */
 };
 
+/* How a volume is to be kept. */
 typedef struct zox_render_volume_options {
   uint32_t record_size;
   int32_t layout;    /* ZOX_RENDER_AUTO ... */
@@ -161,6 +164,7 @@ typedef struct zox_render_volume_options {
   uint64_t memory_limit; /* refuse with ZOX_RENDER_NO_MEMORY what needs more bytes; 0: what the system has */
 } zox_render_volume_options;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_volume_options_init(zox_render_volume_options* options);
 
 typedef struct zox_render_volume zox_render_volume;
@@ -188,7 +192,10 @@ typedef struct zox_render_volume_info {
   uint64_t voxel_bytes, bounds_bytes; /* memory the volume takes */
 } zox_render_volume_info;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_volume_info_init(zox_render_volume_info* info);
+
+/* Tells what became of the array; record_size must be set. */
 int zox_render_volume_get_info(const zox_render_volume* volume, zox_render_volume_info* info);
 
 /* Counts of the voxels in bins of equal width between the info's lowest and highest value, the highest
@@ -228,6 +235,7 @@ enum {
   ZOX_RENDER_LARGEST_MAGNITUDE = 3 /* the value farthest from 0, with its sign; of two, the positive */
 };
 
+/* What is to be seen, and how. */
 typedef struct zox_render_view {
   uint32_t record_size;
   int32_t width, height; /* pixels, 1 to 8192 each; *_init: 512 x 512 */
@@ -264,6 +272,7 @@ typedef struct zox_render_view {
   int32_t skip; /* 1 (*_init): leave out what cannot change the picture; 0: cast every sample */
 } zox_render_view;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_view_init(zox_render_view* view);
 
 /* Sets azimuth and elevation: anterior, front, coronal; posterior, back; left, sagittal; right; superior,
@@ -281,7 +290,10 @@ typedef struct zox_render_geometry {
   double step;                        /* millimetres from sample to sample */
 } zox_render_geometry;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_geometry_init(zox_render_geometry* geometry);
+
+/* Tells where a view of this volume looks; record_size must be set. */
 int zox_render_view_geometry(const zox_render_volume* volume, const zox_render_view* view,
                              zox_render_geometry* geometry);
 
@@ -312,8 +324,10 @@ typedef struct zox_render_picture {
   int64_t depths_pitch;  /* bytes; 0: 4 * width */
 } zox_render_picture;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_picture_init(zox_render_picture* picture);
 
+/* What a rendering came to. */
 typedef struct zox_render_stats {
   uint32_t record_size;
   int64_t samples;                                     /* of all rays, as without skipping */
@@ -325,6 +339,7 @@ typedef struct zox_render_stats {
   int32_t threads;
 } zox_render_stats;
 
+/* Sets record_size and gives every field its default. */
 void zox_render_stats_init(zox_render_stats* stats);
 
 /* Renders a view of a volume. run and stats may be null. */

@@ -56,12 +56,24 @@ static inline uint32_t zox_blocked_index(int32_t size, int32_t x, int32_t y, int
   return zox_blocked_x_term(x) + zox_blocked_y_term(size, y) + zox_blocked_z_term(size, z);
 }
 
-/*
- * zox_blocked_pack_8U and _16S pack `layers` layers of a plain array, `voxels` being voxel (0, 0) of the
- * first of them, into the layers from first_layer on of a blocked buffer. Threads may pack different
- * layers of one buffer at the same time. Elements of the padding are left alone: take the buffer from
- * calloc. zox_blocked_unpack_8U and _16S go the other way.
- */
+/* Packs `layers` layers of a plain array, `voxels` being voxel (0, 0) of the first of them, into the
+ * layers from first_layer on of a blocked buffer. Threads may pack different layers of one buffer at the
+ * same time. Elements of the padding are left alone: take the buffer from calloc. */
+static inline void zox_blocked_pack_8U(const uint8_t* voxels, int32_t columns, int32_t rows, int32_t layers,
+                                       ptrdiff_t row_stride, ptrdiff_t slice_stride, uint8_t* blocked,
+                                       int32_t size, int32_t first_layer);
+static inline void zox_blocked_pack_16S(const int16_t* voxels, int32_t columns, int32_t rows, int32_t layers,
+                                        ptrdiff_t row_stride, ptrdiff_t slice_stride, int16_t* blocked,
+                                        int32_t size, int32_t first_layer);
+
+/* The way back: layers from first_layer on of a blocked buffer into a plain array. */
+static inline void zox_blocked_unpack_8U(const uint8_t* blocked, int32_t size, int32_t first_layer,
+                                         uint8_t* voxels, int32_t columns, int32_t rows, int32_t layers,
+                                         ptrdiff_t row_stride, ptrdiff_t slice_stride);
+static inline void zox_blocked_unpack_16S(const int16_t* blocked, int32_t size, int32_t first_layer,
+                                          int16_t* voxels, int32_t columns, int32_t rows, int32_t layers,
+                                          ptrdiff_t row_stride, ptrdiff_t slice_stride);
+
 #define ZOX_DEFINE_PACKING(suffix, voxel)                                                                    \
   static inline void zox_blocked_pack_##suffix(const voxel* voxels, int32_t columns, int32_t rows,           \
                                                int32_t layers, ptrdiff_t row_stride, ptrdiff_t slice_stride, \
@@ -168,6 +180,7 @@ typedef struct zox_SampleBox {
 #define ZOX_GRID (1.0 / 1048576)
 #define ZOX_DRIFT (2 * ZOX_GRID)
 
+/* Is a coordinate a whole number of grid units? */
 static inline int zox_on_grid(double coordinate) {
   const double units = coordinate / ZOX_GRID;
   return units > -1e15 && units < 1e15 && units == (double)(int64_t)units;

@@ -20,6 +20,12 @@ packages_of() {
     bench) echo libbenchmark-dev libcli11-dev python3 ;;
     peers) echo python3-scipy ;;
     coverage) echo gcovr ;;
+    viewer) echo libcpp-httplib-dev libturbojpeg0-dev ;;
+    mpi) echo libopenmpi-dev openmpi-bin ;;
+    python) echo python3 python3-numpy ;;
+    docs) echo doxygen python3 ;;
+    packages) echo dpkg-dev lintian fakeroot gzip ;;
+    root) echo debootstrap ;;
     *)
       echo "deps.sh: no group '$1'" >&2
       return 1
