@@ -51,7 +51,7 @@ Picture render_parts(const Source& source, std::vector<Part> parts, const Settin
   const Measure whole = measure(source, 0, source.whole().size[2]);
   std::shuffle(parts.begin(), parts.end(), random);
   Picture picture = empty_picture(settings);
-  for (const Part& part : parts) add_part(source, whole, part, settings, picture);
+  for (const Part& part : parts) PartVolume(source, whole, part, settings).add_to(picture, settings);
   return picture;
 }
 

@@ -1,32 +1,16 @@
 #include "picture.h"
 
 #include <algorithm>
-#include <memory>
 
 namespace zox::parts {
 namespace {
 
 constexpr size_t kCounts = 65536;
 
-struct Destroy {
-  void operator()(zox_render_volume* volume) const { zox_render_volume_destroy(volume); }
-};
-using Volume = std::unique_ptr<zox_render_volume, Destroy>;
-
 // Of a library's sentence about a call for a source.
 void check(int status, const std::string& name) {
   if (status == ZOX_RENDER_OK) return;
   throw input::Failure("'" + name + "' cannot be rendered: " + zox_render_last_error());
-}
-
-Volume make_volume(const Source& source, const Measure& whole, const Part& part, const Settings& settings,
-                   PartArray& taken) {
-  taken = source.take(part);
-  taken.array.lowest = whole.lowest;
-  taken.array.highest = whole.highest;
-  zox_render_volume* volume = nullptr;
-  check(zox_render_volume_create(&taken.array, &settings.options, &settings.run, &volume), source.name());
-  return Volume(volume);
 }
 
 void count_samples(const zox_render_volume* volume, const std::string& name, Picture& picture) {
@@ -55,12 +39,18 @@ Picture empty_picture(const Settings& settings) {
   return picture;
 }
 
-void add_part(const Source& source, const Measure& whole, const Part& part, const Settings& settings,
-              Picture& picture) {
-  PartArray taken;
-  const Volume volume = make_volume(source, whole, part, settings, taken);
-  take_scale(volume.get(), source.name(), picture);
-  count_samples(volume.get(), source.name(), picture);
+PartVolume::PartVolume(const Source& source, const Measure& whole, const Part& part, const Settings& settings)
+    : name_(source.name()), taken_(source.take(part)) {
+  taken_.array.lowest = whole.lowest;
+  taken_.array.highest = whole.highest;
+  zox_render_volume* volume = nullptr;
+  check(zox_render_volume_create(&taken_.array, &settings.options, &settings.run, &volume), name_);
+  volume_.reset(volume);
+}
+
+void PartVolume::add_to(Picture& picture, const Settings& settings) const {
+  take_scale(volume_.get(), name_, picture);
+  count_samples(volume_.get(), name_, picture);
   Picture own = empty_picture(settings);
   zox_render_picture planes;
   zox_render_picture_init(&planes);
@@ -68,9 +58,9 @@ void add_part(const Source& source, const Measure& whole, const Part& part, cons
   if (settings.depths) planes.depths = own.depths.data();
   zox_render_stats stats;
   zox_render_stats_init(&stats);
-  const int status = zox_render(volume.get(), &settings.view, &settings.run, &planes, &stats);
+  const int status = zox_render(volume_.get(), &settings.view, &settings.run, &planes, &stats);
   if (status == ZOX_RENDER_EMPTY) return;
-  check(status, source.name());
+  check(status, name_);
   own.sample_slope = picture.sample_slope;
   own.sample_intercept = picture.sample_intercept;
   own.samples_asked = stats.samples;

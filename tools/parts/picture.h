@@ -2,6 +2,8 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <string>
 #include <vector>
 
 #include "measure.h"
@@ -27,9 +29,21 @@ struct Picture {
 
 Picture empty_picture(const Settings& settings);
 
-// Renders a part into a picture. Throws input::Failure with a sentence that names the source.
-void add_part(const Source& source, const Measure& whole, const Part& part, const Settings& settings,
-              Picture& picture);
+// A part, ready to be rendered. Throws input::Failure with a sentence that names the source.
+class PartVolume {
+ public:
+  PartVolume(const Source& source, const Measure& whole, const Part& part, const Settings& settings);
+  void add_to(Picture& picture, const Settings& settings) const;
+  zox_render_volume* handle() const { return volume_.get(); }
+
+ private:
+  struct Destroy {
+    void operator()(zox_render_volume* volume) const { zox_render_volume_destroy(volume); }
+  };
+  std::string name_;
+  PartArray taken_;
+  std::unique_ptr<zox_render_volume, Destroy> volume_;
+};
 
 // Adds another worker's picture. One to which no part was added changes nothing.
 void add_picture(const Settings& settings, const Picture& other, Picture& picture);

@@ -1,0 +1,93 @@
+#include "spread_volume.h"
+
+#include <algorithm>
+
+#include "reduce.h"
+
+namespace zox_mip_mpi {
+namespace {
+
+namespace parts = zox::parts;
+
+// Each rank looks at its share of the slices, or the root at all of them.
+parts::Measure measure_together(const Group& group, const SpreadSource& from) {
+  const int32_t slices = from.source.whole().size[2];
+  const int readers = from.everywhere ? group.size() : 1;
+  const auto at = [&](int rank) {
+    return static_cast<int32_t>(int64_t{slices} * std::min(rank, readers) / readers);
+  };
+  parts::Measure measure;
+  group.together([&] {
+    measure = parts::measure(from.source, at(group.rank()), at(group.rank() + 1) - at(group.rank()));
+  });
+  reduce(group, measure);
+  return measure;
+}
+
+uint64_t voxels_of(const parts::Part& part) {
+  return uint64_t(part.size[0]) * uint64_t(part.size[1]) * uint64_t(part.size[2]);
+}
+
+}  // namespace
+
+SpreadVolume::SpreadVolume(const Group& group, const SpreadSource& from, const parts::Settings& settings,
+                           int32_t longest, uint64_t keep_bytes)
+    : group_(group), source_(from.source) {
+  measure_ = measure_together(group, from);
+  std::vector<std::vector<parts::Part>> parts_of_ranks;
+  group.together([&] {
+    const zox_render_array& whole = source_.whole();
+    const parts::Size size = {whole.size[0], whole.size[1], whole.size[2]};
+    const auto all = parts::cut(size, {longest, 0, group.size()}, measure_.slice_weights);
+    for (int rank = 0; rank < group.size(); ++rank)
+      parts_of_ranks.push_back(parts::share_of(all, measure_.slice_weights, rank, group.size()));
+    parts_ = parts_of_ranks[static_cast<size_t>(group.rank())];
+    make_corner(settings);
+  });
+  if (from.distribute) from.distribute(parts_of_ranks);
+  for (const parts::Part& part : parts_) voxels_ += voxels_of(part);
+  // Samples of 16 bits, and a little for bounds.
+  if (voxels_ * 9 / 4 > keep_bytes) return;
+  group.together([&] {
+    for (const parts::Part& part : parts_)
+      kept_.push_back(std::make_unique<parts::PartVolume>(source_, measure_, part, settings));
+  });
+}
+
+void SpreadVolume::make_corner(const parts::Settings& settings) {
+  // Of zeros: where the corner's voxels lie matters, not what they are.
+  class Corner : public parts::Source {
+   public:
+    explicit Corner(const parts::Source& of) : Source(of.name()), of_(of) {}
+    const zox_render_array& whole() const override { return of_.whole(); }
+    parts::PartArray take(const parts::Part& part) const override {
+      parts::PartArray result;
+      result.array = description(part);
+      result.voxels.resize(8 * parts::type_bytes(result.array.type));
+      result.array.data = result.voxels.data();
+      std::fill(std::begin(result.array.strides), std::end(result.array.strides), 0);
+      return result;
+    }
+
+   private:
+    const parts::Source& of_;
+  };
+  parts::Measure none;
+  none.lowest = none.highest = 0;
+  const parts::Part part{{0, 0, 0}, {2, 2, 2}, {0, 0, 0}, {2, 2, 2}};
+  corner_ = std::make_unique<parts::PartVolume>(Corner(source_), none, part, settings);
+}
+
+parts::Picture SpreadVolume::render(const parts::Settings& settings) const {
+  parts::Picture picture = parts::empty_picture(settings);
+  group_.together([&] {
+    for (const auto& volume : kept_) volume->add_to(picture, settings);
+    if (!kept_.empty()) return;
+    for (const parts::Part& part : parts_)
+      parts::PartVolume(source_, measure_, part, settings).add_to(picture, settings);
+  });
+  reduce(group_, settings, picture);
+  return picture;
+}
+
+}  // namespace zox_mip_mpi
