@@ -1,5 +1,5 @@
-"""A wheel holds the shared libraries where ZOX_VOLUME_BUNDLE names the folder that they lie in; it then serves
-this processor family only. Without, it holds Python alone and finds the system's libraries."""
+"""A wheel holds the shared libraries where ZOX_VOLUME_BUNDLE names the folder that they lie in; it then
+serves this processor family only. Without, it holds Python alone and finds the system's libraries."""
 
 import os
 import shutil

@@ -4,20 +4,18 @@ from __future__ import annotations
 
 import ctypes
 import os
-import weakref
 from collections.abc import Sequence
 from typing import Any, Literal
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
-from . import _run, _views, _voxels
-from ._render import NO_DEPTH, NOTHING, PictureRecord, View, VolumeInfo, VolumeOptions, check, library
-from ._render import Stats as _StatsRecord
+from . import _rendering, _views, _voxels
+from ._render import View, VolumeInfo, VolumeOptions, check, library
 from ._run import Progress
 from ._views import Interpolation, Projection, Reduction
 from .kernels.frame import c_integer
-from .picture import Picture, Scene, Stats
+from .picture import Picture
 
 Layout = Literal["auto", "bricks", "stack"]
 Precision = Literal["auto", "voxel", "fine"]
@@ -26,15 +24,21 @@ Precision = Literal["auto", "voxel", "fine"]
 class Volume:
     """A volume of scalars, ready to be rendered.
 
-    array: voxels [slice, row, column], of up to 2048 along each axis: integers of up to 32 bits, floats, or
-    bool; in any memory order. spacing: millimetres from voxel to voxel along columns, rows and slices (x,
-    y, z, the reverse of the array's axes). direction: 3 x 3, column a being the direction of axis x, y or z
-    in the patient's frame, where x grows to the patient's left, y to the back and z to the head; left out,
-    that frame's own axes. Axes may be skewed and left-handed. origin: the centre of voxel (0, 0, 0).
-    positions: for uneven slices, the place of each along the third axis in millimetres, ascending, instead
-    of the third spacing. A value is voxel * slope + intercept. layout, precision: how the library keeps the
-    voxels. copy=False lets it refer to the array where it can; the array must then stay unchanged. threads:
-    None for all processors. progress: called with the share done, 0 to 1; what it raises cancels.
+    array       voxels [slice, row, column], up to 2048 along each axis: integers of up to 32 bits, floats or
+                bool, in any memory order
+    spacing     millimetres from voxel to voxel along columns, rows and slices: x, y, z, the reverse of the
+                array's axes
+    direction   3 x 3, column a being the direction of axis x, y or z in the patient's frame, where x grows to
+                the patient's left, y to the back and z to the head; left out, that frame's own axes. Axes may
+                be skewed and left-handed
+    origin      the centre of voxel (0, 0, 0), in millimetres
+    positions   of uneven slices: the place of each along the third axis in millimetres, ascending, instead of
+                the third spacing
+    slope, intercept    a value is voxel * slope + intercept
+    layout, precision   how the library keeps the voxels: auto, bricks or stack; auto, voxel or fine
+    copy        False lets the volume refer to the array where it can; the array must then stay unchanged
+    threads     None: all processors
+    progress    is called with the share done, 0 to 1; what it raises cancels
 
     >>> ball = np.fromfunction(lambda z, y, x: 100 - np.hypot(np.hypot(x - 20, y - 20), z - 15), (30, 40, 40))
     >>> volume = Volume(ball.astype(np.int16), spacing=(0.7, 0.7, 1.5))
@@ -69,16 +73,7 @@ class Volume:
         options.precision = _views.choice(precision, "precision", ("auto", "voxel", "fine"))
         options.copy = bool(copy)
         self._handle = ctypes.c_void_p()
-
-        def create(run: Any) -> int:
-            pointers = [ctypes.byref(one) for one in (record, options, run, self._handle)]
-            status: int = library.zox_render_volume_create(*pointers)
-            if status == 0:
-                # Arrays of voxels that are referred to stay as long as the volume.
-                weakref.finalize(self, _destroy, self._handle, None if copy else kept).atexit = False
-            return status
-
-        _run.call(create, threads, progress)
+        _rendering.create(self, record, options, None if copy else kept, threads, progress)
         self._info = VolumeInfo()
         library.zox_render_volume_info_init(ctypes.byref(self._info))
         check(library.zox_render_volume_get_info(self._handle, ctypes.byref(self._info)))
@@ -205,17 +200,26 @@ class Volume:
     ) -> Picture:
         """A picture of the volume: an array of display bytes [row, column] that a notebook shows.
 
-        view: anterior, posterior, left, right, superior or inferior; or (azimuth, elevation) in degrees:
-        where the viewer stands, (0, 0) before the face, (90, 0) at the patient's left, (0, 90) above the
-        head; or three unit vectors: to the right of the picture, up in it, and into it. roll turns the
-        picture's up clockwise. size: pixels, one number or (width, height), up to 8192. slab: (near, far),
-        only what lies so many millimetres behind the centre counts (negative: before it); one number: the
-        slice at that depth. window: (centre, width) in values; left out, `default_window`. reduction: what
-        becomes of the samples of a ray. zoom: 1 lets the volume just fit; or pixel_size: millimetres a
-        pixel. field_of_view: degrees, of perspective views. center: millimetres, what stands in the middle;
-        left out, the middle of the volume. step: from sample to sample, in the smallest spacing. depth,
-        values: give the picture its depth and values. threads: None for all processors. progress: called
-        with the share done; what it raises cancels the rendering, as the interrupt key does.
+        view          anterior, posterior, left, right, superior or inferior; or (azimuth, elevation) in
+                      degrees: where the viewer stands, (0, 0) before the face, (90, 0) at the patient's left,
+                      (0, 90) above the head; or three unit vectors: to the right of the picture, up in it, and
+                      into it
+        size          pixels, one number or (width, height), up to 8192
+        slab          (near, far): only what lies so many millimetres behind the centre counts (negative:
+                      before it); one number: the slice at that depth
+        window        (centre, width) in values; left out, `default_window`
+        projection    perspective or orthographic
+        reduction     what becomes of the samples of a ray: maximum, minimum, mean or largest_magnitude
+        interpolation trilinear or nearest
+        roll          turns the picture's up clockwise, in degrees
+        zoom          1 lets the volume just fit, 2 shows everything twice as large
+        pixel_size    instead of zoom: millimetres a pixel
+        field_of_view degrees that the longer side of the picture spans, in perspective
+        center        millimetres, what stands in the middle; left out, the middle of the volume
+        step          from sample to sample, in the smallest spacing
+        depth, values give the picture its depth and values
+        threads       None: all processors
+        progress      is called with the share done, 0 to 1; what it raises cancels, as the interrupt key does
 
         ValueError tells what is wrong with an argument, also if the view holds no sample at all.
 
@@ -230,7 +234,7 @@ class Volume:
         names = {"projection": projection, "interpolation": interpolation, "reduction": reduction}
         numeric = {"zoom": zoom, "pixel_size": pixel_size, "field_of_view": field_of_view, "step": step}
         record = _views.build(view, roll, size, slab, window, center, names, numeric)
-        return self._render(record, bool(depth), bool(values), threads, progress)
+        return _rendering.render(self, record, bool(depth), bool(values), threads, progress)
 
     def spin(
         self,
@@ -268,38 +272,3 @@ class Volume:
         spin = np.stack([np.asarray(picture) for picture in pictures]).view(Picture)
         spin.window = pictures[0].window
         return spin
-
-    def _render(
-        self, view: View, depth: bool, values: bool, threads: int | None, progress: Progress | None
-    ) -> Picture:
-        shape = view.height, view.width
-        scene = Scene(self, view)
-        picture = np.empty(shape, np.uint8).view(Picture)
-        samples = np.empty(shape, np.int16) if values else None
-        depths = np.empty(shape, np.int32) if depth else None
-        record, stats = PictureRecord(), _StatsRecord()
-        library.zox_render_picture_init(ctypes.byref(record))
-        library.zox_render_stats_init(ctypes.byref(stats))
-        record.pixels = picture.ctypes.data
-        record.samples = None if samples is None else samples.ctypes.data
-        record.depths = None if depths is None else depths.ctypes.data
-        pointers = [ctypes.byref(one) for one in (record, stats)]
-
-        def render(run: Any) -> int:
-            status: int = library.zox_render(self._handle, ctypes.byref(view), ctypes.byref(run), *pointers)
-            return status
-
-        _run.call(render, threads, progress)
-        picture.scene, picture.geometry = scene, scene.geometry
-        picture.window = stats.window_center, stats.window_width
-        picture.stats = Stats(stats.samples, stats.samples_cast, stats.rays, stats.seconds, stats.threads)
-        if depths is not None:
-            picture.depth = np.where(depths == NO_DEPTH, np.nan, depths * scene.geometry.step)
-        if samples is not None:
-            of_values = samples * self._info.sample_slope + self._info.sample_intercept
-            picture.values = np.where(samples == NOTHING, np.nan, of_values)
-        return picture
-
-
-def _destroy(handle: ctypes.c_void_p, _kept: object) -> None:
-    library.zox_render_volume_destroy(handle)

@@ -114,6 +114,20 @@ def test_a_library_of_another_release(monkeypatch):
         _render._load()
 
 
+@pytest.mark.parametrize("libraries", ["lib", "lib/x86_64-linux-gnu", "lib64"])
+def test_a_tree_that_was_installed_anywhere(tmp_path, libraries):
+    package = tmp_path / "lib/python3/dist-packages/zox_volume"
+    shutil.copytree(SOURCE, package)
+    (tmp_path / libraries).mkdir(exist_ok=True)
+    for name in ("libzox_volume.so", "libzox_render.so"):
+        shutil.copy(Path(LIBRARIES, name), tmp_path / libraries)
+    code = (
+        "import zox_volume;"
+        f"assert any({str(tmp_path / libraries)!r} in line for line in open('/proc/self/maps'))"
+    )
+    assert imported({"PYTHONPATH": str(package.parent)}, code) == ""
+
+
 def build(folder, environment, *what):
     source = folder / "source"
     shutil.copytree(
