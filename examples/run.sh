@@ -4,8 +4,10 @@
 set -eu
 here=$(cd "$(dirname "$0")" && pwd)
 cd "$1"
+# shellcheck disable=SC2046  # several flags
 cc "$here/blocked_picture.c" -o blocked_picture $(pkg-config --cflags --libs zox_volume) -lm
 ./blocked_picture knot.pgm
+# shellcheck disable=SC2046
 c++ -std=c++17 "$here/uneven_stack.cpp" -o uneven_stack $(pkg-config --cflags --libs zox_volume) -pthread
 ./uneven_stack rings.pgm
 python3 "$here/numpy_to_png.py" spiral.png
