@@ -108,7 +108,7 @@ zox_component(ZOX_BUILD_TOOLS "zox-mip" FOLDERS tools/input tools/output tools/d
     libdeflate-dev=libdeflate.h libfftw3-dev=fftw3.h uuid-dev=uuid/uuid.h
     "libinsighttoolkit5-dev=ITK 5 COMPONENTS ITKImageIO")
 zox_component(ZOX_BUILD_VIEWER "zox-view" FOLDERS tools/zox-view
-  NEEDS ZOX_BUILD_TOOLS libcpp-httplib-dev=httplib.h libturbojpeg0-dev=turbojpeg.h)
+  NEEDS ZOX_BUILD_TOOLS libboost-dev=boost/beast.hpp libturbojpeg0-dev=turbojpeg.h)
 zox_component(ZOX_BUILD_MPI "zox-mip-mpi" FOLDERS tools/zox-mip-mpi
   NEEDS ZOX_BUILD_TOOLS "libopenmpi-dev=MPI COMPONENTS CXX")
 zox_component(ZOX_BUILD_PYTHON "Python package" FOLDERS python

@@ -37,24 +37,6 @@ build() {
   cmake --build --preset release --target zox-mip ${compare:+zox-picture-difference}
 }
 
-# A raw volume within a compressed tar: 108 slices of 256 x 256 voxels from the feet upwards, whose rows
-# run from the back to the front.
-unpack_skull() {
-  tar -xzf /usr/share/doc/invesalius-examples/examples/Cranium.inv3 -C "$demo" --wildcards \
-    --transform 's,.*/,,' '*/matrix.dat'
-  mv "$demo/matrix.dat" "$demo/skull.raw"
-  cat >"$demo/skull.mhd" <<'HEADER'
-ObjectType = Image
-NDims = 3
-DimSize = 256 256 108
-ElementType = MET_SHORT
-ElementByteOrderMSB = False
-ElementSpacing = 0.957 0.957 1.5
-TransformMatrix = 1 0 0 0 -1 0 0 0 1
-ElementDataFile = skull.raw
-HEADER
-}
-
 render() {  # NAME ARGUMENTS...
   local picture=$demo/$1.png
   step "picture $1" "$zox_mip" "${@:2}" -o "$picture" --quiet
@@ -62,7 +44,7 @@ render() {  # NAME ARGUMENTS...
 }
 
 step "build" build || exit 1
-step "unpack the skull" unpack_skull || exit 1
+step "unpack the skull" scripts/demo-scans.sh "$demo" || exit 1
 for view in anterior left superior; do
   render "skull-$view" "$demo/skull.mhd" --view "$view" || exit 1
 done

@@ -20,7 +20,9 @@ packages_of() {
     bench) echo libbenchmark-dev libcli11-dev python3 ;;
     peers) echo python3-scipy ;;
     coverage) echo gcovr ;;
-    viewer) echo libcpp-httplib-dev libturbojpeg0-dev ;;
+    viewer) echo libboost-dev libturbojpeg0-dev ;;
+    view) echo chromium chromium-driver python3-selenium curl ;;
+    vtk) echo python3-vtk9 python3-numpy xvfb xauth ;;
     mpi) echo libopenmpi-dev openmpi-bin ;;
     python) echo python3 python3-numpy ;;
     docs) echo doxygen python3 ;;
