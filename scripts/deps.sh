@@ -18,13 +18,16 @@ packages_of() {
     demo) echo invesalius-examples ;;
     brain) echo mricron-data ;;
     bench) echo libbenchmark-dev libcli11-dev python3 ;;
-    peers) echo python3-scipy ;;
+    peers) echo python3-scipy python3-vtk9 xvfb xauth ;;
     coverage) echo gcovr ;;
     viewer) echo libboost-dev libturbojpeg0-dev ;;
     view) echo chromium chromium-driver python3-selenium curl ;;
     vtk) echo python3-vtk9 python3-numpy xvfb xauth ;;
     mpi) echo libopenmpi-dev openmpi-bin ;;
-    python) echo python3 python3-numpy ;;
+    python)
+      echo python3 python3-numpy python3-nibabel python3-pydicom python3-pytest python3-hypothesis python3-pil \
+        mypy python3-build python3-setuptools python3-wheel
+      ;;
     docs) echo doxygen python3 ;;
     packages) echo dpkg-dev lintian fakeroot gzip ;;
     root) echo debootstrap ;;

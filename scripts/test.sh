@@ -26,7 +26,7 @@ emulate() {  # processor, sets that it lacks
   done
 }
 
-step "packages" scripts/deps.sh build tools test check fuzz
+step "packages" scripts/deps.sh build tools python test check fuzz
 # Whatever has a place in the tree is demanded: nothing is left out unseen.
 stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON -DZOX_BUILD_CHECKER=ON \
   -DZOX_BUILD_RENDER=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_PYTHON=ON

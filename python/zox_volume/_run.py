@@ -12,7 +12,7 @@ from types import FrameType
 from typing import Any
 
 from . import _stack_room
-from ._render import CANCELLED, PROGRESS, Run, check, library
+from ._render import PROGRESS, Run, check, library
 from .kernels.frame import c_integer
 
 Progress = Callable[[float], object]
@@ -60,8 +60,8 @@ def _pool(threads: int | None) -> Iterator[ctypes.c_void_p | None]:
 
 
 class _Interrupts:
-    """Notes the interrupt key instead of raising in the midst of a callback, where the exception would be
-    lost; what was to happen happens afterwards. Only the main thread is ever interrupted."""
+    """Notes the interrupt key, whose handler might raise where a callback begins and the exception would be
+    lost; `answer` then calls the handler. Only the main thread is ever interrupted."""
 
     def __init__(self) -> None:
         self.noted = False
@@ -75,8 +75,13 @@ class _Interrupts:
     def __exit__(self, *_: object) -> None:
         if self._before is not None:
             signal.signal(signal.SIGINT, self._before)
-            if self.noted:
-                self._before(signal.SIGINT, None)
+            self.answer()
+
+    def answer(self) -> None:
+        """Does what the interrupt key would have done."""
+        if self.noted:
+            self.noted = False
+            self._before(signal.SIGINT, None)
 
     @staticmethod
     def possible() -> bool:
@@ -99,11 +104,13 @@ def call(function: Callable[[Run], int], threads: int | None, progress: Progress
 
         def tell(_user: object, share: float) -> int:
             try:
-                if progress is not None and not interrupts.noted:
+                interrupts.answer()
+                if progress is not None:
                     progress(share)
+                interrupts.answer()
             except BaseException as error:
                 raised.append(error)
-            return 1 if raised or interrupts.noted else 0
+            return 1 if raised else 0
 
         callback = PROGRESS(tell)
         run.pool = pool
@@ -112,7 +119,4 @@ def call(function: Callable[[Run], int], threads: int | None, progress: Progress
         status = function(run)
     if raised:
         raise raised[0]
-    if status != CANCELLED:
-        check(status)
-    else:
-        raise KeyboardInterrupt
+    check(status)

@@ -10,7 +10,7 @@ import pytest
 from hypothesis import given, settings
 from hypothesis import strategies as st
 
-from zox_volume import Volume, _render, kernels
+from zox_volume import Volume, _render, _run, kernels
 
 ARRAY = np.random.default_rng(5).integers(0, 255, (60, 70, 80), np.uint8)
 VOLUME = Volume(ARRAY)
@@ -38,8 +38,13 @@ def test_what_progress_raises_cancels():
     assert VOLUME.render(size=20).any()
 
 
-def test_the_interrupt_key_cancels():
-    calls = []
+def test_the_interrupt_key_cancels(monkeypatch):
+    calls, statuses, call = [], [], _run.call
+
+    def watched(function, threads, progress):
+        call(lambda run: statuses.append(function(run)) or statuses[-1], threads, progress)
+
+    monkeypatch.setattr(_run, "call", watched)
 
     def interrupt(share):
         calls.append(share)
@@ -48,7 +53,23 @@ def test_the_interrupt_key_cancels():
     before = signal.getsignal(signal.SIGINT)
     with pytest.raises(KeyboardInterrupt):
         VOLUME.render(size=2000, progress=interrupt)
-    assert len(calls) == 1 and signal.getsignal(signal.SIGINT) is before
+    assert len(calls) == 1 and statuses == [_render.CANCELLED]
+    assert signal.getsignal(signal.SIGINT) is before
+
+
+def test_a_handler_that_does_not_raise_cancels_nothing():
+    seen = []
+    before = signal.signal(signal.SIGINT, lambda number, frame: seen.append(number))
+    try:
+        VOLUME.render(size=100, progress=lambda share: signal.raise_signal(signal.SIGINT))
+    finally:
+        signal.signal(signal.SIGINT, before)
+    assert len(seen) > 1
+
+
+def test_the_interrupt_key_after_the_last_progress():
+    with pytest.raises(KeyboardInterrupt):
+        _run.call(lambda run: signal.raise_signal(signal.SIGINT) or _render.OK, None, None)
 
 
 def test_the_interrupt_key_from_outside():
@@ -84,10 +105,12 @@ def test_the_interpreters_lock_is_released():
 
 
 def test_a_forked_child_renders():
+    """With a pool of its own: the parent's threads are not in the child."""
     VOLUME.render(size=20)
     child = os.fork()
     if child == 0:
-        os._exit(0 if VOLUME.render(size=20).any() else 1)
+        fresh = not _run._shared
+        os._exit(0 if fresh and VOLUME.render(size=300).any() else 1)
     assert os.waitstatus_to_exitcode(os.waitpid(child, 0)[1]) == 0
 
 
