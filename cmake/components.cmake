@@ -20,8 +20,8 @@ else()
   set(zox_default OFF)
 endif()
 
-# Which of the NEEDS are missing: "package=header.h" looks for the header, "package=NAME ..." asks
-# find_package(NAME ...), "ZOX_BUILD_..." is another component. A package that is asked for last
+# Which of the NEEDS are missing: "package=header.h" looks for the header, "package=bin/NAME" for the
+# program, "package=NAME ..." asks find_package(NAME ...), "ZOX_BUILD_..." is another component. A package that is asked for last
 # may rely on those before it.
 function(zox_find_missing result)
   set(missing "")
@@ -41,6 +41,12 @@ function(zox_find_missing result)
       find_path(${header} ${name})
       mark_as_advanced(${header})
       set(found ${${header}})
+    elseif(name MATCHES "^bin/(.*)")
+      set(program ${CMAKE_MATCH_1})
+      string(MAKE_C_IDENTIFIER "ZOX_PROGRAM_${program}" found_program)
+      find_program(${found_program} ${program})
+      mark_as_advanced(${found_program})
+      set(found ${${found_program}})
     elseif(missing)
       continue()
     else()
@@ -113,5 +119,5 @@ zox_component(ZOX_BUILD_MPI "zox-mip-mpi" FOLDERS tools/zox-mip-mpi
   NEEDS ZOX_BUILD_TOOLS "libopenmpi-dev=MPI COMPONENTS CXX")
 zox_component(ZOX_BUILD_PYTHON "Python package" FOLDERS python
   NEEDS ZOX_BUILD_RENDER "python3=Python3 COMPONENTS Interpreter")
-zox_component(ZOX_BUILD_DOCS "API reference" FOLDERS docs
-  NEEDS "doxygen=Doxygen 1.9" "python3=Python3 COMPONENTS Interpreter")
+zox_component(ZOX_BUILD_DOCS "reference and man pages" FOLDERS docs
+  NEEDS help2man=bin/help2man "doxygen=Doxygen 1.9" "python3=Python3 COMPONENTS Interpreter")

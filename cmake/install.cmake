@@ -61,8 +61,9 @@ foreach(program zox-mip zox-view zox-mip-mpi)
     set_target_properties(${program} PROPERTIES
       INSTALL_RPATH "\$ORIGIN/${libraries_from_programs}")
     install(TARGETS ${program} RUNTIME COMPONENT ${tools})
-    if(EXISTS ${PROJECT_SOURCE_DIR}/docs/man/${program}.1)
-      install(FILES ${PROJECT_SOURCE_DIR}/docs/man/${program}.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${tools})
+    if(TARGET zox_man_${program})
+      install(FILES ${PROJECT_BINARY_DIR}/docs/${program}.1
+        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${tools})
     endif()
   endif()
 endforeach()

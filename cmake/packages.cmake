@@ -17,6 +17,13 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR})
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 
 file(WRITE ${PROJECT_BINARY_DIR}/package/triggers "activate-noawait ldconfig\n")
+# What python3's tools do for any package: compile on installing, take the compiled files away on removing.
+file(WRITE ${PROJECT_BINARY_DIR}/package/postinst
+  "#!/bin/sh\nset -e\nif command -v py3compile >/dev/null; then py3compile -p python3-zox-volume; fi\n")
+file(WRITE ${PROJECT_BINARY_DIR}/package/prerm
+  "#!/bin/sh\nset -e\nif command -v py3clean >/dev/null; then py3clean -p python3-zox-volume; fi\n")
+file(CHMOD ${PROJECT_BINARY_DIR}/package/postinst ${PROJECT_BINARY_DIR}/package/prerm
+  PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(same "(= ${PROJECT_VERSION}-1)")
 
 # zox_debian_package(name section "summary" "description" [DEPENDS package...] [LIBRARY] [ALL])
@@ -75,6 +82,8 @@ endif()
 if(ZOX_BUILD_PYTHON_BUILT AND EXISTS ${PROJECT_SOURCE_DIR}/python/CMakeLists.txt)
   zox_debian_package(python3-zox-volume python "exact pictures of scalar volumes, from NumPy"
     "Python modules over the ZOX libraries: every operation with NumPy arrays, and\nwhole pictures of volumes." DEPENDS ${libraries} python3 "python3-numpy (>= 1:1.24)" ALL)
+  set(CPACK_DEBIAN_PYTHON3-ZOX-VOLUME_PACKAGE_CONTROL_EXTRA
+    "${PROJECT_BINARY_DIR}/package/postinst;${PROJECT_BINARY_DIR}/package/prerm")
 endif()
 
 if(TARGET zox_reference_pages)

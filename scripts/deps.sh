@@ -28,7 +28,7 @@ packages_of() {
       echo python3 python3-numpy python3-nibabel python3-pydicom python3-pytest python3-hypothesis python3-pil \
         mypy python3-build python3-setuptools python3-wheel
       ;;
-    docs) echo doxygen python3 ;;
+    docs) echo doxygen help2man python3 ;;
     packages) echo dpkg-dev lintian fakeroot gzip ;;
     root) echo debootstrap ;;
     *)
