@@ -40,7 +40,7 @@ packages_of() {
 
 case ${1-} in -h | --help)
   print_usage
-  sed -n 's/^    \([a-z]*\)) echo.*/  \1/p' "$0" | sort
+  sed -n 's/^    \([a-z]*\))\( echo .*\|\)$/  \1/p' "$0" | sort
   exit
   ;;
 esac
