@@ -1,4 +1,6 @@
-"""Progress, cancelling, threads, forks; and that nothing that is passed to a volume ends the process."""
+"""Progress, cancelling, threads, forks; and that nothing that is passed to a volume ends the process.
+
+Progress is told by the calling thread alone, after the shares of work that it does itself: with one thread, all."""
 
 import ctypes
 import os
@@ -18,10 +20,10 @@ VOLUME = Volume(ARRAY)
 
 def test_progress_grows_to_one():
     shares = []
-    VOLUME.render(size=400, progress=shares.append)
+    VOLUME.render(size=400, progress=shares.append, threads=1)
     assert shares == sorted(shares) and len(shares) > 1 and 0 <= shares[0] and shares[-1] <= 1
     shares.clear()
-    VOLUME.spin(3, size=100, progress=shares.append)
+    VOLUME.spin(3, size=100, progress=shares.append, threads=1)
     assert shares == sorted(shares) and shares[-1] > 2 / 3
 
 
@@ -32,7 +34,10 @@ def test_what_progress_raises_cancels():
     def stop(share):
         raise Stop(share)
 
-    for call in (lambda: VOLUME.render(progress=stop), lambda: Volume(ARRAY, progress=stop)):
+    for call in (
+        lambda: VOLUME.render(progress=stop, threads=1),
+        lambda: Volume(ARRAY, progress=stop, threads=1),
+    ):
         with pytest.raises(Stop):
             call()
     assert VOLUME.render(size=20).any()
@@ -52,19 +57,24 @@ def test_the_interrupt_key_cancels(monkeypatch):
 
     before = signal.getsignal(signal.SIGINT)
     with pytest.raises(KeyboardInterrupt):
-        VOLUME.render(size=2000, progress=interrupt)
+        VOLUME.render(size=2000, progress=interrupt, threads=1)
     assert len(calls) == 1 and statuses == [_render.CANCELLED]
     assert signal.getsignal(signal.SIGINT) is before
 
 
 def test_a_handler_that_does_not_raise_cancels_nothing():
-    seen = []
+    seen, shares = [], []
+
+    def interrupt(share):
+        shares.append(share)
+        signal.raise_signal(signal.SIGINT)
+
     before = signal.signal(signal.SIGINT, lambda number, frame: seen.append(number))
     try:
-        VOLUME.render(size=100, progress=lambda share: signal.raise_signal(signal.SIGINT))
+        assert VOLUME.render(size=100, progress=interrupt, threads=1).any()
     finally:
         signal.signal(signal.SIGINT, before)
-    assert len(seen) > 1
+    assert shares and len(seen) == len(shares)
 
 
 def test_the_interrupt_key_after_the_last_progress():
