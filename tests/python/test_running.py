@@ -1,6 +1,7 @@
 """Progress, cancelling, threads, forks; and that nothing that is passed to a volume ends the process.
 
-Progress is told by the calling thread alone, after the shares of work that it does itself: with one thread, all."""
+Progress is told by the calling thread alone, after the shares of work that it does itself: with one thread,
+all of them."""
 
 import ctypes
 import os
@@ -242,4 +243,25 @@ def test_any_volume(shape, strides, kind, options, wild):
         picture = Volume(array, **options).render(size=9)
         assert picture.shape == (9, 9)
     except REFUSED as error:
+        assert str(error)
+
+
+WHOLE = VOLUME.render(size=30, depth=True, values=True)
+
+
+def short_spin(frames, view="left"):
+    return VOLUME.spin(min(frames, 3) if isinstance(frames, int) else frames, view, size=5)
+
+
+QUESTIONS = [VOLUME.value_at, VOLUME.histogram, VOLUME.percentile, WHOLE.locate, WHOLE.save, Volume.from_file]
+
+
+@settings(max_examples=5 * settings.default.max_examples)
+@given(ask=st.sampled_from([*QUESTIONS, short_spin]), arguments=st.lists(JUNK, min_size=1, max_size=3))
+def test_any_question(ask, arguments):
+    if ask in (WHOLE.save, Volume.from_file):
+        arguments = ["/nowhere/at/all", *arguments[1:]]
+    try:
+        ask(*arguments)
+    except (*REFUSED, OSError, OverflowError) as error:
         assert str(error)
