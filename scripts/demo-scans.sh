@@ -3,6 +3,10 @@
 # where their packages are installed (scripts/deps.sh demo brain).
 # Usage: demo-scans.sh FOLDER
 set -euo pipefail
+# shellcheck source=scripts/usage.sh
+. "$(dirname "$0")/usage.sh"
+help_if_asked "$@"
+[[ ${1-} != -* ]] || refuse "$1"
 folder=${1:?Usage: demo-scans.sh FOLDER}
 mkdir -p "$folder"
 

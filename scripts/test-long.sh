@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # What test.sh has no time for: many threads under the thread sanitizer, counts of 2^31 - 1, a minute of
-# random work on all cores, a minute of each fuzz target, coverage. One line per stage; the logs stand in
-# build/logs. About ten minutes on two cores. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
+# random work on all cores, a minute of each fuzz target, coverage, the Debian packages, and a walk through README
+# and the packages in bare Debian roots. One line per stage; the logs stand in build/logs. About a quarter of an hour on
+# two cores. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
 . "$(dirname "$0")/usage.sh"
@@ -34,4 +35,6 @@ stage "soak" scripts/soak.sh 1
 stage "fuzz operations" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 operations
 stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
 stage "coverage" scripts/coverage.sh
+stage "Debian packages" scripts/packages.sh
+stage "bare Debian" scripts/fresh-root.sh
 summary

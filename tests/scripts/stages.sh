@@ -27,6 +27,7 @@ LOG
 cat >expected <<'EXPECTED'
 ok     packages                        0 s
 ok     one                             0 s
+skip   root: needs root
 FAILED two (0 s)
   tool.Files/BadInput.Refuses/cut_file
     bad_input_test.cpp:30: Failure
@@ -34,13 +35,14 @@ FAILED two (0 s)
   abi.symbols
     zox_Extra is exported
 The whole log is build/logs/two.log.
-2 passed, 2 failed, 1 skipped: tool.Output.DrawsABar
+2 passed, 2 failed, 2 skipped: root tool.Output.DrawsABar
 EXPECTED
 cat >run.sh <<RUN
 set -euo pipefail
 . $1/scripts/stages.sh
 step packages true
 stage one true
+stage root sh -c 'echo needs root; exit 77'
 stage two sh -c 'cat ctest.log; exit 8'
 stage three true
 RUN
