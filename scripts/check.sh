@@ -65,7 +65,7 @@ script_errors() {
 # A promise is worth the test it names.
 promises_without_test() {
   local name
-  grep -oE '\b((abi|package)\.[a-z_]+|[A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+)' docs/guarantees.md | grep -v '\.md$' | sort -u |
+  grep -oE '\b((abi|package|docs|examples|scripts)\.[a-z_]+|[A-Z][A-Za-z]+\.[A-Z][A-Za-z0-9]+)' docs/guarantees.md | grep -v '\.md$' | sort -u |
     while read -r name; do
       grep -rqE "(NAME |zox_package_test\()$name( |\$)|\(\w*${name%%.*}\w*, ${name#*.}\)" tests || echo "$name"
     done
