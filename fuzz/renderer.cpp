@@ -1,7 +1,7 @@
 // The renderer's command line and its files. The first byte says which: an even one leaves a command
 // line, its arguments apart by zero bytes; an odd one leaves a file, whose kind the second byte names.
 // Either is taken, or refused with one sentence.
-#include <sanitizer/common_interface_defs.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -14,12 +14,15 @@
 #include <vector>
 
 #include "failure.h"
+#include "meta_image.h"
+#include "nifti.h"
+#include "nrrd.h"
 #include "options.h"
-#include "volume.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+namespace input = zox::input;
 
 constexpr size_t kMostMemory = size_t{256} << 20;
 
@@ -36,14 +39,18 @@ void check_sentence(const zox_mip::Failure& failure, zox_mip::ExitStatus status)
 }
 
 void check_options(const zox_mip::Options& options) {
+  const zox_render_view& view = options.view;
   require(!options.output.empty(), "no output");
-  require(options.width >= 1 && options.width <= 8192 && options.height >= 1 && options.height <= 8192,
-          "size");
-  require(options.step >= 0.05 && options.step <= 64, "step");
+  require(!options.views.empty(), "no view");
+  require(view.width >= 1 && view.width <= 8192 && view.height >= 1 && view.height <= 8192, "size");
+  require(view.step >= 0.05 && view.step <= 64, "step");
   require(options.threads >= 1 && options.threads <= 256, "threads");
-  require(options.view.elevation >= -90 && options.view.elevation <= 90, "elevation");
-  require(!options.window || options.window->width > 0, "window");
-  require(!options.depth_range || options.depth_range->near <= options.depth_range->far, "depth range");
+  for (const zox_mip::NamedView& named : options.views)
+    require(named.elevation >= -90 && named.elevation <= 90, "elevation");
+  require(view.window_width >= 0, "window");
+  require(view.slab_near <= view.slab_far, "depth range");
+  require(view.zoom > 0, "zoom");
+  require(options.spin.frames >= 1 && options.spin.frames <= 3600, "frames");
 }
 
 void fuzz_options(const std::string& text) {
@@ -64,6 +71,16 @@ void fuzz_options(const std::string& text) {
   }
 }
 
+struct Kind {
+  const char* name;
+  input::Found (*read)(const std::string&, const input::ReadOptions&, input::SharedMemory&);
+  std::vector<std::string> (*files)(const std::string&);
+};
+constexpr Kind kKinds[] = {{"volume.nii", input::read_nifti, input::nifti_files},
+                           {"volume.nrrd", input::read_nrrd, input::nrrd_files},
+                           {"volume.mha", input::read_meta_image, input::meta_image_files},
+                           {"volume.nii.gz", input::read_nifti, input::nifti_files}};
+
 // One file name a kind, in a folder of this process's own.
 class Folder {
  public:
@@ -76,9 +93,8 @@ class Folder {
     std::error_code ignored;
     fs::remove_all(path_, ignored);
   }
-  std::string write(size_t kind, const char* bytes, size_t size) const {
-    static const char* const kNames[] = {"volume.nii", "volume.nrrd", "volume.mha"};
-    const fs::path path = path_ / kNames[kind % std::size(kNames)];
+  std::string write(const Kind& kind, const char* bytes, size_t size) const {
+    const fs::path path = path_ / kind.name;
     std::ofstream(path, std::ios::binary).write(bytes, static_cast<std::streamsize>(size));
     return path.string();
   }
@@ -87,23 +103,47 @@ class Folder {
   fs::path path_;
 };
 
-void check_volume(const zox_mip::Volume& volume) {
-  for (const int size : volume.size) require(size >= 2 && size <= zox_mip::kMaxSize, "size of the volume");
-  // The address sanitizer knows how many bytes there are.
-  volatile std::byte last = volume.voxels[volume.count() * zox_mip::voxel_bytes(volume.type) - 1];
-  static_cast<void>(last);
+// The volume lies within what it is said to lie in.
+void check_found(const input::Found& found, int shared) {
+  const zox_render_array& array = found.array;
+  const auto end = static_cast<int64_t>(found.file.empty() ? lseek(shared, 0, SEEK_END)
+                                                           : static_cast<off_t>(fs::file_size(found.file)));
+  int64_t last = static_cast<int64_t>(found.offset + input::type_bytes(array.type));
+  for (size_t axis = 0; axis < 3; ++axis) {
+    require(array.size[axis] >= 2 && array.strides[axis] > 0, "size of the volume");
+    last += array.strides[axis] * (array.size[axis] - 1);
+  }
+  require(last <= end, "voxels beyond the end");
 }
 
-void fuzz_file(size_t kind, const char* bytes, size_t size) {
+void check_sentence(const input::Failure& failure) {
+  const std::string sentence = failure.what();
+  require(!sentence.empty() && sentence.back() == '.', "no sentence: " + sentence);
+}
+
+void fuzz_file(size_t number, const char* bytes, size_t size) {
   static const Folder folder;
+  const Kind& kind = kKinds[number % std::size(kKinds)];
   const std::string path = folder.write(kind, bytes, size);
+  const int shared = memfd_create("voxels", MFD_CLOEXEC);
+  require(shared >= 0, "no shared memory");
+  input::SharedMemory memory(shared, kMostMemory);
+  input::ReadOptions options;
+  options.volume = size % 3 == 0 ? 1 : -1;
   try {
-    check_volume(zox_mip::read_volume(path));
-  } catch (const zox_mip::Failure& failure) {
-    check_sentence(failure, zox_mip::kExitFailed);
+    check_found(kind.read(path, options, memory), shared);
+  } catch (const input::Failure& failure) {
+    check_sentence(failure);
   } catch (const std::bad_alloc&) {
     // A header may ask for more than there is; the renderer says so.
   }
+  try {
+    require(!kind.files(path).empty(), "no file of its own");
+  } catch (const input::Failure& failure) {
+    check_sentence(failure);
+  }
+  memory.release();
+  close(shared);
 }
 
 }  // namespace
@@ -125,15 +165,8 @@ extern "C" const char* __asan_default_options() {
   return "alloc_dealloc_mismatch=0:allocator_may_return_null=1";
 }
 
-// What the format readers keep when they fail is theirs.
-extern "C" const char* __lsan_default_suppressions() {
-  return "leak:libITK\nleak:libitk\nleak:libnifti\nleak:libznz\n";
-}
-
 extern "C" int LLVMFuzzerInitialize(int*, char***) {
   std::cout.rdbuf(nullptr);  // --help and --version print
-  // While ITK reads, the renderer silences stderr: what is found then is told all the same.
-  __sanitizer_set_report_fd(reinterpret_cast<void*>(static_cast<intptr_t>(dup(STDERR_FILENO))));
   return 0;
 }
 

@@ -24,7 +24,7 @@ class CheckerTest : public ToolTest {
                                   interpolation + " --layout " + layout;
           for (const char* more : {" --view anterior --step 1", " --view 10,15 --step 0.2",
                                    " --view 200,-40 --depth-range -3,30"}) {
-            const Outcome outcome = checked(volume + how + more + " -o p.png --quiet --size 40x44");
+            const Outcome outcome = checked(volume + how + more + " -o p.png --quiet --size 41x45");
             EXPECT_EQ(outcome.status, 0) << how << more;
             EXPECT_EQ(outcome.err, "") << how << more;
           }

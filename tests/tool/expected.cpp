@@ -85,7 +85,7 @@ double smallest_pitch(const TestVolume& volume, const Scene& scene, const Viewer
 
 bool is_inside(const TestVolume& volume, const Scene& scene, const Point& p) {
   for (size_t axis = 0; axis < 3; ++axis) {
-    const double beyond = scene.nearest && !(scene.stack && axis == 2) ? 0.5 : 0;
+    const double beyond = scene.nearest ? 0.5 : 0;
     if (p[axis] < -beyond + kBorder || p[axis] > volume.size[axis] - 1 + beyond - kBorder) return false;
   }
   return true;
@@ -107,11 +107,24 @@ double sample(const TestVolume& volume, bool nearest, const Point& p) {
     }
     value += weight * volume.at(voxel[0], voxel[1], voxel[2]);
   }
-  return value;
+  // The sum errs in its last bits, the simple fractions that some tests mean do not.
+  return std::round(value * 1048576) / 1048576;
 }
 
-double ray_maximum(const TestVolume& volume, const Scene& scene, const Point& middle,
-                   const Point& direction) {
+// Whether a value takes the place of one nearer to the viewer.
+bool wins(Reduction reduction, double value, double before) {
+  switch (reduction) {
+    case Reduction::kMin:
+      return value < before;
+    case Reduction::kAbsMax:
+      return std::abs(value) > std::abs(before) || (value == -before && value > 0);
+    default:
+      return value > before;
+  }
+}
+
+ExpectedPixel reduced_ray(const TestVolume& volume, const Scene& scene, const Point& middle,
+                          const Point& direction) {
   double spacing = std::numeric_limits<double>::infinity();
   double reach = 0;
   for (size_t axis = 0; axis < 3; ++axis) {
@@ -120,22 +133,28 @@ double ray_maximum(const TestVolume& volume, const Scene& scene, const Point& mi
     reach += length * volume.size[axis];
   }
   const double step = scene.step * spacing;
-  double maximum = kNoSample;
+  ExpectedPixel pixel;
+  double sum_of_values = 0;
+  int count = 0;
   for (int n = -static_cast<int>(reach / step); n <= static_cast<int>(reach / step); ++n) {
     if (n * step < scene.near || n * step > scene.far) continue;
     Point p = to_index(volume, sum(middle, scaled(direction, n * step)));
     for (size_t axis = 0; axis < 3; ++axis) p[axis] += (volume.size[axis] - 1) / 2.0;
-    if (is_inside(volume, scene, p)) maximum = std::max(maximum, sample(volume, scene.nearest, p));
+    if (!is_inside(volume, scene, p)) continue;
+    const double value = sample(volume, scene.nearest, p);
+    sum_of_values += value;
+    if (count++ == 0 || wins(scene.reduction, value, pixel.value)) pixel = {value, n};
   }
-  return maximum;
+  if (scene.reduction == Reduction::kMean && count > 0) pixel.value = sum_of_values / count;
+  return pixel;
 }
 
 }  // namespace
 
-std::vector<double> expected_maxima(const TestVolume& volume, const Scene& scene) {
+std::vector<ExpectedPixel> expected_pixels(const TestVolume& volume, const Scene& scene) {
   const Viewer viewer = place_viewer(scene.azimuth, scene.elevation);
   const double pitch = smallest_pitch(volume, scene, viewer);
-  std::vector<double> maxima;
+  std::vector<ExpectedPixel> pixels;
   for (int row = 0; row < scene.height; ++row)
     for (int column = 0; column < scene.width; ++column) {
       const Point on_plane = sum(scaled(viewer.right, (column + 0.5 - scene.width / 2.0) * pitch),
@@ -149,14 +168,18 @@ std::vector<double> expected_maxima(const TestVolume& volume, const Scene& scene
         direction = scaled(from_eye, 1 / std::sqrt(product(from_eye, from_eye)));
         middle = sum(eye, scaled(direction, distance));
       }
-      maxima.push_back(ray_maximum(volume, scene, middle, direction));
+      pixels.push_back(reduced_ray(volume, scene, middle, direction));
     }
-  return maxima;
+  return pixels;
 }
 
-int expected_grey(double value, int center, int width) {
-  if (value < std::floor((2 * center - width) / 2.0) + 1) return 0;
-  if (value > std::floor((2 * center + width) / 2.0) - 1) return 255;
-  const double slope = 255.0 / width;
-  return static_cast<int>(value * slope + (0 - (center - 0.5 * width) * slope));
+std::vector<double> expected_values(const TestVolume& volume, const Scene& scene) {
+  std::vector<double> values;
+  for (const ExpectedPixel& pixel : expected_pixels(volume, scene)) values.push_back(pixel.value);
+  return values;
+}
+
+int expected_grey(double value, double center, double width) {
+  const double share = (value - (center - width / 2)) / width;
+  return share <= 0 ? 0 : share >= 1 ? 255 : static_cast<int>(share * 255);
 }

@@ -8,15 +8,19 @@
 #include <sstream>
 
 TestVolume random_volume(std::array<int, 3> size, int low, int high, unsigned seed) {
+  return coarse_volume(size, low, high, 1, low, seed);
+}
+
+TestVolume coarse_volume(std::array<int, 3> size, int low, int high, int unit, double border, unsigned seed) {
   TestVolume volume;
   volume.size = size;
   std::mt19937 random(seed);
-  std::uniform_int_distribution<int> value(low, high);
+  std::uniform_int_distribution<int> value(low / unit, high / unit);
   for (int z = 0; z < size[2]; ++z)
     for (int y = 0; y < size[1]; ++y)
       for (int x = 0; x < size[0]; ++x) {
         const bool inside = x > 0 && y > 0 && z > 0 && x < size[0] - 1 && y < size[1] - 1 && z < size[2] - 1;
-        volume.values.push_back(inside ? value(random) : low);
+        volume.values.push_back(inside ? value(random) * unit : border);
       }
   return volume;
 }

@@ -23,6 +23,10 @@ struct TestVolume {
 // Integers from low to high, each as likely, within a border one voxel thick that is low.
 TestVolume random_volume(std::array<int, 3> size, int low, int high, unsigned seed);
 
+// The same with multiples of `unit` and a border of another value: interpolated half or a quarter of the
+// way, multiples of 16 remain whole numbers.
+TestVolume coarse_volume(std::array<int, 3> size, int low, int high, int unit, double border, unsigned seed);
+
 // The bytes of the values as T, the lower byte first.
 template <class T>
 std::string raw_bytes(const TestVolume& volume) {

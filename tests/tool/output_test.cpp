@@ -36,7 +36,7 @@ TEST_F(OutputTest, PictureHasTheUsualPermissions) {
 TEST_F(OutputTest, FailingRunLeavesTheOlderPicture) {
   write_text(path("p.png"), "old");
   expect_refusal("none.nii -o p.png", 1, "none.nii");
-  expect_refusal("--phantom -o p.png --quiet --window 0,1", 1, "--window");
+  expect_refusal("--phantom -o p.png --quiet --depth-range 500,600", 1, "no sample");
   expect_refusal("--phantom -o p.png --step 0", 2, "--step");
   EXPECT_EQ(read_text(path("p.png")), "old");
   EXPECT_EQ(count_files(), 1);
@@ -69,7 +69,9 @@ TEST_F(OutputTest, SaysWhatItDidInTwoLinesAndDrawsNoBar) {
   EXPECT_EQ(outcome.status, 0);
   EXPECT_EQ(outcome.err, "");
   EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 2);
-  EXPECT_TRUE(outcome.out.starts_with("phantom: 160 x 192 x 112 voxels of 1.2 x 1 x 1.6 mm, 16-bit\n"));
+  EXPECT_TRUE(
+      outcome.out.starts_with("phantom: 160 x 192 x 112 voxels of 1.2 x 1 x 1.6 mm, 16-bit signed, held "))
+      << outcome.out;
   EXPECT_NE(outcome.out.find("\np.png: 16 x 12, window "), std::string::npos);
 }
 
@@ -86,30 +88,38 @@ TEST_F(OutputTest, DrawsABarOnATerminal) {
 TEST_F(OutputTest, HelpAndVersion) {
   const Outcome help = run("--help");
   EXPECT_EQ(help.status, 0);
-  for (const char* word : {"--view", "--projection", "--interpolation", "--size", "--step", "--window", "-j",
-                           "--quiet", "--layout", "--depth-range", "--phantom"})
+  for (const char* word :
+       {"--view",      "--projection", "--interpolation", "--size",        "--step",      "--window",
+        "-j",          "--quiet",      "--layout",        "--depth-range", "--phantom",   "--slab",
+        "--center",    "--reduction",  "--volume",        "--zoom",        "--no-skip",   "--stats",
+        "--depth",     "--raw",        "--frames",        "--spin",        "--precision", "--colormap",
+        "--png-level", "--series",     "--read-seconds"})
     EXPECT_NE(help.out.find(word), std::string::npos) << word;
   const Outcome version = run("--version");
   EXPECT_EQ(version.status, 0);
-  EXPECT_TRUE(version.out.starts_with("zox-mip 11.1.0 ")) << version.out;
+  EXPECT_EQ(version.out, "zox-mip " ZOX_VERSION "\n");
 }
 
-// -2.5 becomes 0 and 7.5 becomes 32767, so that 2.5000916 is 5.0000916 * 3276.7 = 16383.8: 16384. The
-// window, in the file's values, comes to 16384 (5.0001526 * 3276.7) and 4 (0.00122 * 3276.7 = 3.998), in
-// which 16384 is 63.75 * 2 = 127.5: 127. Truncated to 16383 it would be 63.
+// Kept in steps that are told, and right to half a step; what is no number counts as the lowest.
 TEST_F(OutputTest, FloatingPointIsScaledAndSaidSo) {
   TestVolume volume;
   volume.size = {3, 3, 3};
   volume.values.assign(27, -2.5);
+  volume.values[12] = std::numeric_limits<double>::quiet_NaN();
   volume.values[13] = 2.5000916;
   volume.values[14] = 7.5;
-  volume.values[0] = std::numeric_limits<double>::quiet_NaN();
   write_text(path("v.nrrd"), nrrd(volume, "float", raw_bytes<float>(volume)));
-  const Outcome outcome = run(
-      "v.nrrd -o p.png --size 3x3 --view anterior --projection orthographic --interpolation nearest --step 1 "
-      "--window 2.5001526,0.00122");
+  const Outcome outcome =
+      run("v.nrrd -o p.png --size 3x3 --projection orthographic --interpolation nearest --step 1 --slab 0 "
+          "--window 2.5,10 --raw r.nrrd");
   EXPECT_EQ(outcome.status, 0) << outcome.err;
-  EXPECT_NE(outcome.out.find("value = -2.5 + 0.000305185095 * stored"), std::string::npos) << outcome.out;
+  const SampleFile raw = read_samples(path("r.nrrd"));
+  char scale[80];
+  std::snprintf(scale, sizeof scale, "value = %.9g + %.9g * stored\n", raw.intercept, raw.slope);
+  EXPECT_NE(outcome.out.find(scale), std::string::npos) << outcome.out << scale;
+  EXPECT_LT(raw.slope, 10.0 / 20000);
+  const double values[] = {-2.5, 2.5000916, 7.5};
+  for (size_t i = 0; i < 3; ++i) EXPECT_NEAR(raw.values[3 + i], values[i], raw.slope / 2 * 1.0001);
   const Picture picture = read_picture(path("p.png"));
   EXPECT_EQ(picture.at(0, 1), 0);
   EXPECT_EQ(picture.at(1, 1), 127);
@@ -118,7 +128,7 @@ TEST_F(OutputTest, FloatingPointIsScaledAndSaidSo) {
 
 TEST_F(OutputTest, IntegerTypesKeepTheirValues) {
   TestVolume volume = random_volume({5, 5, 5}, 0, 100, 7);
-  const std::string how = " --size 20x20 --quiet --window 50,101";
+  const std::string how = " --size 20x20 --quiet --window 50,101 --interpolation nearest";
   write_text(path("a.nrrd"), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
   write_text(path("b.nrrd"), nrrd(volume, "signed char", raw_bytes<int8_t>(volume)));
   write_text(path("c.nrrd"), nrrd(volume, "ushort", raw_bytes<uint16_t>(volume)));

@@ -59,7 +59,7 @@ class PhantomTest : public ToolTest {
   void compare(const Scene& scene, const std::string& how) const {
     const Outcome outcome = run("--phantom -o p.png --size 72x64 --step 1 --window 500,2000 --quiet " + how);
     ASSERT_EQ(outcome.status, 0) << outcome.err;
-    const std::vector<double> maxima = expected_maxima(phantom(), scene);
+    const std::vector<double> maxima = expected_values(phantom(), scene);
     const Picture picture = read_picture(path("p.png"));
     ASSERT_EQ(picture.grey.size(), maxima.size());
     int bright = 0;
@@ -119,10 +119,9 @@ TEST_F(PhantomTest, DefaultWindowComesFromPercentiles) {
   };
   const int black = percentile(0.75);
   const int white = percentile(0.9999);
-  const int width = white - black;
   ASSERT_EQ(run("--phantom -o a.png --size 40x40 --quiet").status, 0);
-  ASSERT_EQ(run("--phantom -o b.png --size 40x40 --quiet --window " + std::to_string(white - width / 2) +
-                "," + std::to_string(width))
+  ASSERT_EQ(run("--phantom -o b.png --size 40x40 --quiet --window " + std::to_string((black + white) / 2.0) +
+                "," + std::to_string(white - black))
                 .status,
             0);
   EXPECT_EQ(read_text(path("a.png")), read_text(path("b.png")));

@@ -6,44 +6,11 @@
 
 #include <cerrno>
 #include <cmath>
-#include <filesystem>
 #include <new>
 
-#include "dicom.h"
-#include "file.h"
-#include "itk_formats.h"
-#include "meta_image.h"
-#include "nifti.h"
-#include "nrrd.h"
 #include "text.h"
 
 namespace zox::input {
-namespace {
-
-std::vector<std::string> itself(const std::string& path) { return {path}; }
-
-constexpr Format kDicom = {"DICOM", is_dicom, dicom_files, read_dicom};
-
-// In the order in which they are asked.
-constexpr Format kFormats[] = {
-    {"NIfTI", is_nifti, nifti_files, read_nifti},
-    {"MetaImage", is_meta_image, meta_image_files, read_meta_image},
-    kDicom,
-    {"NRRD", is_nrrd, nrrd_files, read_nrrd},
-    {"other", is_itk_format, itself, read_itk_format},
-};
-
-}  // namespace
-
-const Format& format_of(const std::string& path) {
-  if (std::error_code error; std::filesystem::is_directory(path, error)) return kDicom;
-  const File file(path);
-  for (const Format& format : kFormats)
-    if (format.recognizes(path)) return format;
-  if (file.size() == 0) refuse(quoted(path) + " is empty.");
-  refuse(quoted(path) + " is in no format that can be read; docs/zox-mip.md lists those that can.");
-}
-
 std::byte* SharedMemory::allocate(uint64_t bytes, const std::string& path) {
   if (bytes > limit_)
     refuse(quoted(path) + " needs " + std::to_string(bytes) + " bytes of memory, of which " +
@@ -51,7 +18,14 @@ std::byte* SharedMemory::allocate(uint64_t bytes, const std::string& path) {
   if (ftruncate(descriptor_, static_cast<off_t>(bytes)) != 0) throw std::bad_alloc();
   void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_, 0);
   if (memory == MAP_FAILED) throw std::bad_alloc();
+  memory_ = memory;
+  bytes_ = bytes;
   return static_cast<std::byte*>(memory);
+}
+
+void SharedMemory::release() {
+  if (memory_) munmap(memory_, bytes_);
+  memory_ = nullptr;
 }
 
 zox_render_array empty_array() {

@@ -22,11 +22,16 @@ class SharedMemory {
   // Memory of zeros, once. Throws Failure when there is less.
   std::byte* allocate(uint64_t bytes, const std::string& path);
 
+  // Takes back what was allocated; a process that ends need not.
+  void release();
+
   uint64_t limit() const { return limit_; }
 
  private:
   int descriptor_;
   uint64_t limit_;
+  void* memory_ = nullptr;
+  uint64_t bytes_ = 0;
 };
 
 // A scan without its voxels' addresses: voxel (0, 0, 0) is `offset` bytes behind the beginning of the

@@ -1,175 +1,196 @@
 #include "options.h"
 
-#include <zox_volume.h>
-
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <array>
-#include <charconv>
-#include <cmath>
 #include <iostream>
-#include <map>
 #include <thread>
 
 #include "failure.h"
+#include "png.h"
+#include "words.h"
 
 namespace zox_mip {
 namespace {
 
-constexpr int kMaxPicture = 8192;
 constexpr int kMaxThreads = 256;
-constexpr double kMinStep = 0.05;
-constexpr double kMaxStep = 64;
 
-// Elevations above 90 degrees would turn the picture over; the names give the usual pictures, with the
-// face upwards when the head is seen from above or below.
-const std::map<std::string, View> kViews = {
-    {"anterior", {0, 0}}, {"posterior", {180, 0}}, {"left", {90, 0}},
-    {"right", {270, 0}},  {"superior", {180, 90}}, {"inferior", {0, -90}},
-};
-const std::map<std::string, Projection> kProjections = {{"perspective", Projection::kPerspective},
-                                                        {"orthographic", Projection::kOrthographic}};
-const std::map<std::string, Interpolation> kInterpolations = {{"nearest", Interpolation::kNearest},
-                                                              {"trilinear", Interpolation::kTrilinear}};
-const std::map<std::string, Layout> kLayouts = {{"blocked", Layout::kBlocked}, {"stack", Layout::kStack}};
-
-template <class Number>
-std::optional<Number> parse_number(std::string_view text) {
-  Number number{};
-  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
-  if (error != std::errc() || end != text.data() + text.size()) return std::nullopt;
-  if constexpr (std::is_floating_point_v<Number>)
-    if (!std::isfinite(number)) return std::nullopt;
-  return number;
-}
-
-// Two numbers with `separator` between them.
-template <class Number>
-std::optional<std::array<Number, 2>> parse_pair(const std::string& text, char separator) {
-  const size_t middle = text.find(separator);
-  if (middle == std::string::npos) return std::nullopt;
-  const auto first = parse_number<Number>(std::string_view(text).substr(0, middle));
-  const auto second = parse_number<Number>(std::string_view(text).substr(middle + 1));
-  if (!first || !second) return std::nullopt;
-  return std::array{*first, *second};
-}
-
-View parse_view(const std::string& text) {
-  if (const auto named = kViews.find(text); named != kViews.end()) return named->second;
-  const auto angles = parse_pair<double>(text, ',');
-  if (!angles || std::abs((*angles)[0]) > 360 || std::abs((*angles)[1]) > 90)
-    reject_usage(
-        "--view takes anterior, posterior, left, right, superior, inferior or AZIMUTH,ELEVATION in "
-        "degrees (-360 to 360, -90 to 90), not '" +
-        text + "'.");
-  return {(*angles)[0], (*angles)[1]};
-}
-
-template <class Choice>
-Choice parse_choice(const std::string& option, const std::map<std::string, Choice>& choices,
-                    const std::string& text) {
-  if (const auto chosen = choices.find(text); chosen != choices.end()) return chosen->second;
-  std::string names;
-  for (const auto& [name, choice] : choices) names += (names.empty() ? "" : " or ") + name;
-  reject_usage(option + " takes " + names + ", not '" + text + "'.");
-}
-
-void parse_size(const std::string& text, Options& options) {
-  const auto size = parse_pair<int>(text, 'x');
-  if (!size || (*size)[0] < 1 || (*size)[1] < 1 || (*size)[0] > kMaxPicture || (*size)[1] > kMaxPicture)
-    reject_usage("--size takes WIDTHxHEIGHT, each 1 to " + std::to_string(kMaxPicture) + ", not '" + text +
-                 "'.");
-  options.width = (*size)[0];
-  options.height = (*size)[1];
-}
-
-double parse_step(const std::string& text) {
-  const auto step = parse_number<double>(text);
-  if (!step || *step < kMinStep || *step > kMaxStep)
-    reject_usage("--step takes a number of voxels from 0.05 to 64, not '" + text + "'.");
-  return *step;
-}
-
-Window parse_window(const std::string& text) {
-  const auto window = parse_pair<double>(text, ',');
-  if (!window || (*window)[1] <= 0)
-    reject_usage("--window takes CENTER,WIDTH with a width above 0, not '" + text + "'.");
-  return {(*window)[0], (*window)[1]};
-}
-
-DepthRange parse_depth_range(const std::string& text) {
-  const auto range = parse_pair<double>(text, ',');
-  if (!range || (*range)[0] > (*range)[1])
-    reject_usage("--depth-range takes NEAR,FAR in millimetres with NEAR not beyond FAR, not '" + text + "'.");
-  return {(*range)[0], (*range)[1]};
-}
-
-int parse_threads(const std::string& text) {
-  const auto threads = parse_number<int>(text);
-  if (!threads || *threads < 1 || *threads > kMaxThreads)
-    reject_usage("-j takes a number of threads from 1 to " + std::to_string(kMaxThreads) + ", not '" + text +
-                 "'.");
-  return *threads;
-}
+const std::map<std::string, int32_t> kProjections = {{"perspective", ZOX_RENDER_PERSPECTIVE},
+                                                     {"orthographic", ZOX_RENDER_ORTHOGRAPHIC}};
+const std::map<std::string, int32_t> kInterpolations = {{"nearest", ZOX_RENDER_NEAREST},
+                                                        {"trilinear", ZOX_RENDER_TRILINEAR}};
+const std::map<std::string, int32_t> kReductions = {{"max", ZOX_RENDER_MAXIMUM},
+                                                    {"min", ZOX_RENDER_MINIMUM},
+                                                    {"mean", ZOX_RENDER_MEAN},
+                                                    {"absmax", ZOX_RENDER_LARGEST_MAGNITUDE}};
+const std::map<std::string, int32_t> kLayouts = {
+    {"auto", ZOX_RENDER_AUTO}, {"blocked", ZOX_RENDER_BRICKS}, {"stack", ZOX_RENDER_STACK}};
+const std::map<std::string, int32_t> kPrecisions = {{"auto", ZOX_RENDER_PRECISION_AUTO},
+                                                    {"voxel", ZOX_RENDER_PRECISION_VOXEL},
+                                                    {"fine", ZOX_RENDER_PRECISION_FINE}};
+const std::map<std::string, int> kAxes = {{"x", 0}, {"y", 1}, {"z", 2}};
 
 // The words of the command line before they are judged.
 struct Words {
-  std::string input, output;
-  std::string view = "anterior", projection = "perspective", interpolation = "trilinear", layout = "blocked";
-  std::string size = "512x512", step = "0.5", window, depth_range, threads;
-  bool phantom = false, quiet = false;
+  std::string input, output, depth, raw;
+  std::vector<std::string> views = {"anterior"};
+  std::string projection = "perspective", interpolation = "trilinear", reduction = "max", layout = "auto",
+              precision = "auto";
+  std::string size = "512x512", step = "0.5", zoom = "1", center, slab, depth_range, window;
+  std::string frames, spin = "z", colormap = "gray", png_level = "1", threads, volume, series, seconds = "60";
+  bool phantom = false, quiet = false, stats = false, no_skip = false;
 };
 
-void declare(CLI::App& app, Words& words) {
-  app.add_option("volume", words.input, "Volume to show: NIfTI, NRRD, MetaImage or whatever else ITK reads");
+void declare_files(CLI::App& app, Words& words) {
+  app.add_option("volume", words.input, "Volume to show: NIfTI, NRRD, MetaImage and others");
   app.add_flag("--phantom", words.phantom, "Show the built-in phantom instead of a file");
-  app.add_option("-o,--output", words.output, "PNG file to write")->required();
-  app.add_option("--view", words.view,
-                 "anterior, posterior, left, right, superior, inferior or AZIMUTH,ELEVATION in degrees")
+  app.add_option("-o,--output", words.output,
+                 "PNG to write; {view} and {frame} in the name stand for those of each picture, - for "
+                 "standard output")
+      ->required();
+  app.add_option("--raw", words.raw,
+                 "Also write the samples before the window (.png of 16 bits, .nrrd, .npy)");
+  app.add_option("--depth", words.depth,
+                 "Also write how deep each sample lies (.png of 16 bits, .nrrd, .npy)");
+  app.add_option("--volume", words.volume, "Which volume of a file that holds several, from 0");
+  app.add_option("--series", words.series, "Which series of a folder that holds several");
+  app.add_option("--read-seconds", words.seconds, "Give up reading after so many seconds")
+      ->capture_default_str();
+}
+
+void declare_camera(CLI::App& app, Words& words) {
+  app.add_option(
+         "--view", words.views,
+         "anterior (front, coronal), posterior (back), left (sagittal), right, superior (top, axial), "
+         "inferior (bottom) or AZIMUTH,ELEVATION in degrees; several times for several pictures")
+      ->allow_extra_args(false)
       ->capture_default_str();
   app.add_option("--projection", words.projection, "perspective or orthographic")->capture_default_str();
-  app.add_option("--interpolation", words.interpolation, "nearest or trilinear")->capture_default_str();
-  app.add_option("--layout", words.layout, "How the volume is held: blocked or stack")->capture_default_str();
   app.add_option("--size", words.size, "WIDTHxHEIGHT of the picture")->capture_default_str();
-  app.add_option("--step", words.step, "Distance of samples, in voxels")->capture_default_str();
-  app.add_option("--window", words.window, "CENTER,WIDTH of the values shown (default: from percentiles)");
+  app.add_option("--zoom", words.zoom, "1: the volume just fits; 2: twice as large")->capture_default_str();
+  app.add_option("--center", words.center,
+                 "X,Y,Z in millimetres of what stands in the middle (default: the volume's middle)");
+  app.add_option("--slab", words.slab, "Show only so many millimetres along the view, around the middle");
   app.add_option("--depth-range", words.depth_range,
-                 "NEAR,FAR: show these millimetres along the ray only, 0 being the middle of the volume");
+                 "NEAR,FAR: show these millimetres along the ray only, 0 being the middle");
+  app.add_option("--frames", words.frames,
+                 "So many pictures of a full turn: an animated PNG, or {frame} files");
+  app.add_option("--spin", words.spin, "Turn around the patient's axis x (left), y (back) or z (up)")
+      ->capture_default_str();
+}
+
+void declare_sampling(CLI::App& app, Words& words) {
+  app.add_option("--reduction", words.reduction, "What a pixel shows of its ray: max, min, mean or absmax")
+      ->capture_default_str();
+  app.add_option("--interpolation", words.interpolation, "nearest or trilinear")->capture_default_str();
+  app.add_option("--step", words.step, "Distance of samples, in voxels")->capture_default_str();
+  app.add_option("--layout", words.layout, "How the volume is held: auto, blocked or stack")
+      ->capture_default_str();
+  app.add_option("--precision", words.precision,
+                 "Samples of 8-bit volumes: auto, voxel (whole values) or fine (7 more bits)")
+      ->capture_default_str();
+  app.add_flag("--no-skip", words.no_skip, "Take every sample; the picture is the same");
+}
+
+void declare_display(CLI::App& app, Words& words) {
+  app.add_option(
+      "--window", words.window,
+      "CENTER,WIDTH of the values shown, or 'file' for the file's own (default: from percentiles)");
+  app.add_option("--colormap", words.colormap, "gray, inverse, hot or diverging")->capture_default_str();
+  app.add_option("--png-level", words.png_level, "How hard to pack PNG files: 0 to 12")
+      ->capture_default_str();
   app.add_option("-j,--threads", words.threads, "Threads (default: all cores)");
+  app.add_flag("--stats", words.stats, "Print one line of JSON instead of the report");
   app.add_flag("--quiet", words.quiet, "Print nothing but errors");
+}
+
+void judge_camera(const Words& words, Options& options) {
+  zox_render_view& view = options.view;
+  options.views.clear();
+  for (const std::string& text : words.views) options.views.push_back(view_word(text));
+  view.projection = choice_word("--projection", kProjections, words.projection);
+  take_size(words.size, options);
+  view.zoom = number_word("--zoom", words.zoom, 0.01, 1000, "a number from 0.01 to 1000");
+  take_center(words.center, options);
+  take_depths(words.slab, words.depth_range, options);
+  options.spin.axis = choice_word("--spin", kAxes, words.spin);
+  if (!words.frames.empty())
+    options.spin.frames = whole_word("--frames", words.frames, 2, 3600, "a number of pictures");
+}
+
+void judge_sampling(const Words& words, Options& options) {
+  zox_render_view& view = options.view;
+  view.reduction = choice_word("--reduction", kReductions, words.reduction);
+  view.interpolation = choice_word("--interpolation", kInterpolations, words.interpolation);
+  view.step = number_word("--step", words.step, 0.05, 64, "a number of voxels from 0.05 to 64");
+  view.skip = words.no_skip ? 0 : 1;
+  options.volume.layout = choice_word("--layout", kLayouts, words.layout);
+  options.volume.precision = choice_word("--precision", kPrecisions, words.precision);
+  options.volume.bounds = view.skip;
+  take_window(words.window, options);
+}
+
+// Names of several pictures must differ.
+void check_names(const Words& words, const Options& options) {
+  if (!words.depth.empty() && options.view.reduction == ZOX_RENDER_MEAN)
+    reject_usage("--depth has no meaning for a mean, which no single sample gives.");
+  const auto holds = [](const std::string& name, const char* part) {
+    return name.find(part) != std::string::npos;
+  };
+  std::vector<std::string> names = {words.output, words.depth, words.raw};
+  std::erase(names, "");
+  const bool frames = holds(words.output, "{frame}");
+  if (frames && options.spin.frames == 1) reject_usage("{frame} in a name goes with --frames.");
+  for (const std::string& name : names) {
+    if (options.views.size() > 1 && !holds(name, "{view}"))
+      reject_usage("Several views need {view} in the name of each output, which '" + name + "' lacks.");
+    if (options.spin.frames > 1 && name != words.output && !holds(name, "{frame}"))
+      reject_usage("--frames needs {frame} in the name '" + name + "'.");
+  }
+  for (size_t i = 0; i < names.size(); ++i)
+    if (std::count(names.begin(), names.end(), names[i]) > 1)
+      reject_usage("Two outputs have the name '" + names[i] + "'.");
 }
 
 Options judge(const Words& words) {
   if (words.phantom == !words.input.empty()) reject_usage("Name one volume to show, or give --phantom.");
   if (words.output.empty()) reject_usage("-o takes the name of a file to write.");
   Options options;
+  zox_render_view_init(&options.view);
+  zox_render_volume_options_init(&options.volume);
   options.input = words.input;
   options.output = words.output;
-  options.view = parse_view(words.view);
-  options.projection = parse_choice("--projection", kProjections, words.projection);
-  options.interpolation = parse_choice("--interpolation", kInterpolations, words.interpolation);
-  options.layout = parse_choice("--layout", kLayouts, words.layout);
-  parse_size(words.size, options);
-  options.step = parse_step(words.step);
-  if (!words.window.empty()) options.window = parse_window(words.window);
-  if (!words.depth_range.empty()) options.depth_range = parse_depth_range(words.depth_range);
+  options.depth_output = words.depth;
+  options.raw_output = words.raw;
+  judge_camera(words, options);
+  judge_sampling(words, options);
+  check_names(words, options);
+  options.colormap = choice_word("--colormap", kColormaps, words.colormap);
+  options.png_level = whole_word("--png-level", words.png_level, zox::output::kLeastLevel,
+                                 zox::output::kMostLevel, "a number");
   const int cores = static_cast<int>(std::thread::hardware_concurrency());
-  options.threads = words.threads.empty() ? std::clamp(cores, 1, kMaxThreads) : parse_threads(words.threads);
+  options.threads = words.threads.empty()
+                        ? std::clamp(cores, 1, kMaxThreads)
+                        : whole_word("-j", words.threads, 1, kMaxThreads, "a number of threads");
+  if (!words.volume.empty())
+    options.volume_number = whole_word("--volume", words.volume, 0, 1000000000, "a number");
+  options.series = words.series;
+  options.seconds_to_read =
+      number_word("--read-seconds", words.seconds, 0.001, 1e6, "a number of seconds from 0.001 to 1000000");
   options.quiet = words.quiet;
+  options.stats = words.stats;
   return options;
-}
-
-std::string version_text() {
-  return std::string("zox-mip " ZOX_RELEASE " (library ") + zox_GetVersion() + ")";
 }
 
 }  // namespace
 
 std::optional<Options> parse_options(int argc, const char* const* argv) {
-  CLI::App app("Renders a volume as a maximum-intensity picture.", "zox-mip");
-  app.set_version_flag("--version", version_text());
+  CLI::App app("Renders a volume as a maximum-intensity picture, or a minimum or mean one.", "zox-mip");
+  app.set_version_flag("--version", "zox-mip " ZOX_VERSION);
   Words words;
-  declare(app, words);
+  declare_files(app, words);
+  declare_camera(app, words);
+  declare_sampling(app, words);
+  declare_display(app, words);
   try {
     app.parse(argc, argv);
   } catch (const CLI::CallForHelp&) {
@@ -179,7 +200,10 @@ std::optional<Options> parse_options(int argc, const char* const* argv) {
     std::cout << version.what() << '\n';
     return std::nullopt;
   } catch (const CLI::ParseError& error) {
-    reject_usage(std::string(error.what()) + (std::string(error.what()).ends_with(".") ? "" : "."));
+    std::string sentence = error.what();
+    for (char& letter : sentence)
+      if (letter == '\n') letter = ' ';
+    reject_usage(sentence + (sentence.ends_with(".") ? "" : "."));
   }
   return judge(words);
 }

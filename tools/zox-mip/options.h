@@ -1,46 +1,45 @@
 // What the command line asks for.
 #pragma once
 
+#include <zox_render.h>
+
+#include <array>
 #include <optional>
 #include <string>
+#include <vector>
+
+#include "colormap.h"
 
 namespace zox_mip {
 
-enum class Projection { kPerspective, kOrthographic };
-enum class Interpolation { kNearest, kTrilinear };
-enum class Layout { kBlocked, kStack };
-
-// Where the viewer stands, in degrees: azimuth 0 in front of the face, 90 at the patient's left;
-// elevation 90 above the head. The picture's upward direction is that of growing elevation.
-struct View {
-  double azimuth = 0;
-  double elevation = 0;
+// A direction to look from: its angles are in `view`, its name goes into the names of files.
+struct NamedView {
+  std::string name;
+  double azimuth = 0, elevation = 0;
 };
 
-struct Window {
-  double center;
-  double width;
-};
-
-struct DepthRange {
-  double near;
-  double far;
+// A full turn of the viewer around an axis of the patient (0: to the left, 1: to the back, 2: up).
+struct Spin {
+  int frames = 1;
+  int axis = 2;
 };
 
 struct Options {
-  std::string input;  // empty: the phantom
-  std::string output;
-  View view;
-  Projection projection = Projection::kPerspective;
-  Interpolation interpolation = Interpolation::kTrilinear;
-  Layout layout = Layout::kBlocked;
-  int width = 512;
-  int height = 512;
-  double step = 0.5;                      // in voxels: times the smallest spacing
-  std::optional<Window> window;           // in values of the file
-  std::optional<DepthRange> depth_range;  // millimetres along the ray, from the middle of the volume
+  std::string input;   // empty: the phantom
+  std::string output;  // {view} and {frame} stand for those of each picture; -: standard output
+  std::string depth_output, raw_output;  // may be empty
+  std::vector<NamedView> views;
+  Spin spin;
+  zox_render_view view{};  // all but the angles and the orientation
+  bool window_of_file = false;
+  zox_render_volume_options volume{};
+  int volume_number = -1;  // of a file that holds several
+  std::string series;
+  double seconds_to_read = 60;
+  Colormap colormap = Colormap::kGray;
+  int png_level = 1;
   int threads = 1;
-  bool quiet = false;
+  bool quiet = false, stats = false;
 };
 
 // Throws Failure on a bad command line. Empty when the command line only asked for --help or

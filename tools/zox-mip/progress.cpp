@@ -18,8 +18,9 @@ void Progress::show(double share) {
   std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), percent);
 }
 
-Progress::~Progress() {
+void Progress::clear() {
   if (percent_ >= 0) std::fprintf(stderr, "\r%*s\r", kBarLength + 8, "");
+  percent_ = -1;
 }
 
 }  // namespace zox_mip

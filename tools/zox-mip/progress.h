@@ -6,11 +6,12 @@ namespace zox_mip {
 class Progress {
  public:
   Progress() = default;
-  ~Progress();  // takes the bar away
+  ~Progress() { clear(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
   void show(double share);
+  void clear();  // takes the bar away
 
  private:
   int percent_ = -1;

@@ -1,42 +1,23 @@
-// A volume as it was read: voxels in rows, x fastest, then y, then z.
+// The rendering library's objects, with owners; what it refuses becomes a Failure.
 #pragma once
 
-#include <array>
-#include <cstddef>
+#include <zox_render.h>
+
 #include <memory>
 #include <string>
 
-#include "vec3.h"
-
 namespace zox_mip {
 
-enum class VoxelType { kBytes, kShorts };  // unsigned 8-bit, signed 16-bit
+using Pool = std::unique_ptr<zox_render_pool, decltype(&zox_render_pool_destroy)>;
+using Volume = std::unique_ptr<zox_render_volume, decltype(&zox_render_volume_destroy)>;
 
-inline size_t voxel_bytes(VoxelType type) { return type == VoxelType::kBytes ? 1 : 2; }
+// Throws Failure with the library's sentence about `name`, and std::bad_alloc when there is no memory
+// and no sentence.
+void check(int status, const std::string& name);
 
-// The library's fixed point holds coordinates below 2048 and the blocked layout has no more columns.
-inline constexpr int kMaxSize = 2048;
-
-struct Volume {
-  std::array<int, 3> size{};
-  // Millimetres per voxel step, in the patient's frame: +x left, +y posterior, +z superior. Where the
-  // volume lies does not matter: pictures are taken around its middle.
-  Axes axes{};
-  VoxelType type = VoxelType::kShorts;
-  std::unique_ptr<std::byte[]> voxels;
-  // A value of the file is offset + scale * (the stored value); not 0 and 1 for floating point only.
-  double scale = 1;
-  double offset = 0;
-
-  size_t count() const {
-    return static_cast<size_t>(size[0]) * static_cast<size_t>(size[1]) * static_cast<size_t>(size[2]);
-  }
-};
-
-// Reads any three-dimensional scalar image that ITK reads. Throws Failure.
-Volume read_volume(const std::string& path);
-
-// The built-in head: ellipsoids and a tube, in signed 16-bit; docs/zox-mip.md lists the shapes.
-Volume make_phantom();
+Pool make_pool(int threads);
+Volume make_volume(const zox_render_array& array, const zox_render_volume_options& options,
+                   const zox_render_run& run, const std::string& name);
+zox_render_volume_info info_of(const zox_render_volume* volume);
 
 }  // namespace zox_mip

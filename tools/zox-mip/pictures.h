@@ -1,0 +1,11 @@
+// From a command line to the files that it asks for.
+#pragma once
+
+#include "options.h"
+
+namespace zox_mip {
+
+// Throws Failure, or what the libraries of input and output throw.
+void make_pictures(const Options& options);
+
+}  // namespace zox_mip

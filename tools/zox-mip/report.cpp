@@ -1,0 +1,124 @@
+#include "report.h"
+
+#include <cmath>
+#include <cstdarg>
+#include <cstdio>
+
+namespace zox_mip {
+namespace {
+
+std::string format(const char* pattern, ...) {
+  char text[512];
+  va_list arguments;
+  va_start(arguments, pattern);
+  const int length = std::vsnprintf(text, sizeof text, pattern, arguments);
+  va_end(arguments);
+  return std::string(text, static_cast<size_t>(std::min(length, 511)));
+}
+
+std::string json_text(const std::string& text) {
+  std::string json = "\"";
+  for (const char letter : text) {
+    if (static_cast<unsigned char>(letter) < ' ') {
+      json += format("\\u%04x", letter);
+      continue;
+    }
+    if (letter == '"' || letter == '\\') json += '\\';
+    json += letter;
+  }
+  return json + '"';
+}
+
+const char* type_name(int32_t type) {
+  switch (type) {
+    case ZOX_RENDER_UINT8:
+      return "8-bit unsigned";
+    case ZOX_RENDER_INT8:
+      return "8-bit signed";
+    case ZOX_RENDER_UINT16:
+      return "16-bit unsigned";
+    case ZOX_RENDER_INT16:
+      return "16-bit signed";
+    case ZOX_RENDER_UINT32:
+      return "32-bit unsigned";
+    case ZOX_RENDER_INT32:
+      return "32-bit signed";
+    case ZOX_RENDER_FLOAT32:
+      return "32-bit float";
+    default:
+      return "64-bit float";
+  }
+}
+
+const char* layout_name(const zox_render_volume_info& info) {
+  return info.layout == ZOX_RENDER_BRICKS ? "blocked" : "stack";
+}
+
+std::string volume_json(const Report& report) {
+  const zox_render_volume_info& info = report.info;
+  return format("\"size\":[%d,%d,%d],\"spacing\":[%.9g,%.9g,%.9g],", info.size[0], info.size[1], info.size[2],
+                report.spacing[0], report.spacing[1], report.spacing[2]) +
+         format("\"type\":\"%s\",\"bits\":%d,\"layout\":\"%s\",\"copied\":%s,\"regions\":%d,",
+                type_name(report.type), info.bits, layout_name(info), info.copied ? "true" : "false",
+                info.regions) +
+         format("\"slope\":%.17g,\"intercept\":%.17g,\"exact\":%s,\"lowest\":%.17g,\"highest\":%.17g,",
+                info.sample_slope, info.sample_intercept, info.exact ? "true" : "false", info.lowest,
+                info.highest) +
+         format("\"voxel_bytes\":%llu,\"bounds_bytes\":%llu",
+                static_cast<unsigned long long>(info.voxel_bytes),
+                static_cast<unsigned long long>(info.bounds_bytes));
+}
+
+std::string picture_json(const Report::Picture& picture) {
+  const zox_render_stats& stats = picture.stats;
+  return "{\"output\":" + json_text(picture.job.output) + ",\"view\":" + json_text(picture.job.view->name) +
+         format(",\"frame\":%d,\"rays\":%lld,\"samples\":%lld,\"samples_cast\":%lld,", picture.job.frame,
+                static_cast<long long>(stats.rays), static_cast<long long>(stats.samples),
+                static_cast<long long>(stats.samples_cast)) +
+         format("\"window\":[%.17g,%.17g],\"seconds\":%.6f,", stats.window_center, stats.window_width,
+                stats.seconds) +
+         format("\"seconds_bounds\":%.6f,\"seconds_cast\":%.6f,\"seconds_window\":%.6f}",
+                stats.seconds_bounds, stats.seconds_cast, stats.seconds_window);
+}
+
+std::string picture_text(const Report::Picture& picture, const Options& options) {
+  const zox_render_stats& stats = picture.stats;
+  std::string name = picture.job.output;
+  if (is_animation(options)) name += ", frame " + std::to_string(picture.job.frame);
+  return name +
+         format(": %d x %d, window %.6g,%.6g, %.1f million samples", options.view.width, options.view.height,
+                stats.window_center, stats.window_width, static_cast<double>(stats.samples) * 1e-6) +
+         format(" (%.1f taken) in %.2f s on %d thread%s\n", static_cast<double>(stats.samples_cast) * 1e-6,
+                stats.seconds, stats.threads, stats.threads == 1 ? "" : "s");
+}
+
+}  // namespace
+
+std::string report_text(const Report& report, const Options& options) {
+  const zox_render_volume_info& info = report.info;
+  std::string text = report.name + format(": %d x %d x %d voxels of %.4g x %.4g x %.4g mm, %s, held %s",
+                                          info.size[0], info.size[1], info.size[2], report.spacing[0],
+                                          report.spacing[1], report.spacing[2], type_name(report.type),
+                                          info.layout == ZOX_RENDER_BRICKS ? "in bricks" : "as slices");
+  if (!info.exact)
+    text +=
+        format(", scaled to 16 bits: value = %.9g + %.9g * stored", info.sample_intercept, info.sample_slope);
+  text += '\n';
+  for (const Report::Picture& picture : report.pictures) text += picture_text(picture, options);
+  return text;
+}
+
+std::string report_json(const Report& report, const Options& options) {
+  std::string json =
+      "{\"volume\":" + json_text(report.name) + ',' + volume_json(report) +
+      format(",\"width\":%d,\"height\":%d,\"threads\":%d,", options.view.width, options.view.height,
+             options.threads) +
+      format("\"seconds_reading\":%.6f,\"seconds_volume\":%.6f,", report.times.read, report.times.volume) +
+      format("\"seconds_rendering\":%.6f,\"seconds_writing\":%.6f,\"pictures\":[", report.times.render,
+             report.times.write);
+  for (size_t i = 0; i < report.pictures.size(); ++i)
+    json += std::string(i ? "," : "") + picture_json(report.pictures[i]);
+  return json + "]}\n";
+}
+
+}  // namespace zox_mip
