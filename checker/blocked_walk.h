@@ -15,9 +15,8 @@ using Point = std::array<double, 3>;  // x, y, z
 class BlockedWalk {
  public:
   BlockedWalk(const Caster& caster, const zox_Rays& rays) : caster_(caster), rays_(rays) {
-    const bool nearest = !caster.trilinear();
-    fixed_ = caster.parallel() ? caster.trilinear() && caster.voxel == Voxel::k8U : nearest;
-    bias_ = nearest ? 0.5 : 0.0;
+    fixed_ = caster.blocked_rules->positions == zox::Positions::kFixed;
+    bias_ = caster.blocked_rules->start_half * 0.5;
   }
 
   bool fixed() const { return fixed_; }
@@ -27,7 +26,7 @@ class BlockedWalk {
   // nearest sampling adds.
   template <class Visit>
   void walk(Visit visit) const {
-    if (caster_.parallel() && rays_.nrays <= 64 && along_step()) {
+    if (caster_.parallel() && rays_.nrays <= zox::kMostSharedRays && along_step()) {
       sample_by_sample(visit);
     } else {
       ray_by_ray(visit);
@@ -65,7 +64,7 @@ class BlockedWalk {
 
   // Is one step longer than the mean spacing of the rays? x counts less than y, y less than z.
   bool along_step() const {
-    const double weight[3] = {caster_.voxel == Voxel::k8U ? 12.0 : 6.0, 6.0, 1.0};
+    const double weight[3] = {double(caster_.blocked_rules->x_weight), 6.0, 1.0};
     double longest_step = 0;
     double widest_spacing = 0;
     for (int axis = 0; axis < 3; ++axis) {

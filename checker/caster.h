@@ -1,28 +1,25 @@
-// What a ray caster's name says about it; every check follows from these five words.
+// A ray caster as the checks know it: what its name says, and the rules that the library follows.
 #pragma once
 
 #include <cstdint>
 
+#include "operations/rules.h"
 #include "zox_volume.h"
 
 namespace zox_check {
 
-enum class Layout { kBlocked, kGeneral };
-enum class Projection { kDivergent, kParallel };
-enum class Sampling { kNearest, kTrilinear };
-enum class Voxel { k8U, k16S, kBit };
+using zox::Voxel;
 
-struct Caster {
+struct Caster : zox::CasterWords {
   const char* name;
-  Layout layout;
-  Projection projection;
-  Sampling sampling;
-  Voxel voxel;
+  const zox::GeneralRules* general_rules;  // of slice stacks, otherwise null
+  const zox::BlockedRules* blocked_rules;  // of blocked volumes, otherwise null
 
-  constexpr bool general() const { return layout == Layout::kGeneral; }
-  constexpr bool parallel() const { return projection == Projection::kParallel; }
-  constexpr bool trilinear() const { return sampling == Sampling::kTrilinear; }
-  constexpr int element_size() const { return voxel == Voxel::k16S ? 2 : 1; }
+  constexpr Caster(const char* exported, zox::CasterWords words, const zox::GeneralRules& rules)
+      : CasterWords(words), name(exported), general_rules(&rules), blocked_rules(nullptr) {}
+  constexpr Caster(const char* exported, zox::CasterWords words, const zox::BlockedRules& rules)
+      : CasterWords(words), name(exported), general_rules(nullptr), blocked_rules(&rules) {}
+
   // Trilinear sampling also reads the voxel one further along each axis.
   constexpr int reach() const { return trilinear() ? 1 : 0; }
 };

@@ -10,14 +10,16 @@ namespace {
 
 // These operations have no heap fallback for their tables.
 bool check_fixed_tables(Report& report, const Caster& caster, const zox_Volume& volume) {
-  if (caster.trilinear() || (!caster.parallel() && caster.voxel != Voxel::kBit)) return true;
+  if (caster.general_rules->tables == zox::Tables::kGrow) return true;
   bool good = true;
   if (volume.nslices > ZOX_MAX_FIXED_SLICES) {
-    report.say({}, "nslices is %d, but this operation takes at most 512 slices", volume.nslices);
+    report.say({}, "nslices is %d, but this operation takes at most %d slices", volume.nslices,
+               ZOX_MAX_FIXED_SLICES);
     good = false;
   }
   if (volume.nregions > ZOX_MAX_FIXED_REGIONS) {
-    report.say({}, "nregions is %d, but this operation takes at most 511 regions", volume.nregions);
+    report.say({}, "nregions is %d, but this operation takes at most %d regions", volume.nregions,
+               ZOX_MAX_FIXED_REGIONS);
     good = false;
   }
   return good;
@@ -50,7 +52,7 @@ void check_depth(Report& report, const StackWalk& walk, Where where, double z) {
 bool check_step(Report& report, const StackWalk& walk, const double* step, Where where) {
   const StackRules& rules = walk.rules();
   for (int axis = 0; axis < 3; ++axis) {
-    const double fixed = rules.fixed(step[axis], axis == 2 ? rules.round_position : rules.round_step);
+    const double fixed = rules.fixed(step[axis], axis == 2 ? rules.z : rules.xy_step);
     if (fits_fixed(fixed)) continue;
     report.say(where, "the step in %c is %g, outside the fixed point's range of %g", "xyz"[axis], step[axis],
                2147483648.0 / rules.scale);

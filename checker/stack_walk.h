@@ -10,21 +10,23 @@
 namespace zox_check {
 
 struct StackRules {
-  explicit StackRules(const Caster& caster, bool one_region)
-      : scale(caster.trilinear() ? 1048576.0 : 2097152.0),
-        bias(caster.trilinear() ? 0.0 : 0.5),
-        round_position(caster.trilinear()),
-        // The nearest operations that round the step in x and y do it on one region only.
-        round_step(caster.trilinear() || (one_region && !caster.parallel() && caster.voxel != Voxel::kBit)),
-        round_bounds(caster.trilinear() && (caster.parallel() || caster.voxel == Voxel::k8U)) {}
+  StackRules(const zox::GeneralRules& rules, bool one_region)
+      : scale(1 << rules.bits),
+        bias(rules.start_half * 0.5),
+        xy_start(rules.xy_start),
+        xy_step(one_region ? rules.step_one : rules.step_many),
+        z(rules.z),
+        bounds(rules.bounds) {}
 
-  double fixed(double value, bool round) const { return std::trunc(value * scale + (round ? 0.5 : 0.0)); }
+  double fixed(double value, zox::Rounding rounding) const {
+    return std::trunc(value * scale + (rounding == zox::Rounding::kRounded ? 0.5 : 0.0));
+  }
 
   double scale;
-  double bias;          // added to x and y of the start
-  bool round_position;  // start, and step in z
-  bool round_step;      // step in x and y
-  bool round_bounds;
+  double bias;  // added to x and y of the start
+  zox::Rounding xy_start, xy_step;
+  zox::Rounding z;  // start and step
+  zox::Rounding bounds;
 };
 
 struct StackSample {
@@ -36,9 +38,9 @@ struct StackSample {
 class StackWalk {
  public:
   StackWalk(const Caster& caster, const zox_Volume& volume)
-      : volume_(volume), rules_(caster, volume.nregions == 1) {
+      : volume_(volume), rules_(*caster.general_rules, volume.nregions == 1) {
     for (int j = 0; j <= volume.nregions; ++j) {
-      bounds_.push_back(rules_.fixed(volume.regbounds[j], rules_.round_bounds));
+      bounds_.push_back(rules_.fixed(volume.regbounds[j], rules_.bounds));
     }
   }
 
@@ -48,14 +50,14 @@ class StackWalk {
   // Calls visit(sample number, sample) for each sample of one ray until it returns false.
   template <class Visit>
   void walk(const double* start, const double* step, int nsamples, Visit visit) const {
-    const double dx = rules_.fixed(step[0], rules_.round_step);
-    const double dy = rules_.fixed(step[1], rules_.round_step);
-    const double dz = rules_.fixed(step[2], rules_.round_position);
+    const double dx = rules_.fixed(step[0], rules_.xy_step);
+    const double dy = rules_.fixed(step[1], rules_.xy_step);
+    const double dz = rules_.fixed(step[2], rules_.z);
     // A step beyond the fixed point's range converts to the most negative integer.
     const bool rising = dz >= 1 && fits_fixed(dz);
-    StackSample s = {rules_.fixed(start[0] + rules_.bias, rules_.round_position),
-                     rules_.fixed(start[1] + rules_.bias, rules_.round_position),
-                     rules_.fixed(start[2], rules_.round_position), 0, rising ? 0 : volume_.nregions - 1};
+    StackSample s = {rules_.fixed(start[0] + rules_.bias, rules_.xy_start),
+                     rules_.fixed(start[1] + rules_.bias, rules_.xy_start), rules_.fixed(start[2], rules_.z),
+                     0, rising ? 0 : volume_.nregions - 1};
     s.slice = slice_position(s);
     double slice_step = std::trunc(dz * volume_.regscale[s.region]);
     for (int k = 0; k < nsamples; ++k) {

@@ -1,40 +1,36 @@
 #include "checks.h"
+#include "operations/list.h"
 #include "wrap.h"
 #include "zox_volume.h"
 #include "zox_volume_names.h"
 
-using zox_check::Maximum;
+#define ZOX_CHECK_MASK_None nullptr
+#define ZOX_CHECK_MASK_Bits mask
+#define ZOX_CHECK_MASK_Bytes mask
+constexpr int kSamplesPerNone = 0, kSamplesPerBits = 8, kSamplesPerBytes = 1;
 
-#define ZOX_CHECK_MAXIMA(prefix, type, Element)                                                          \
-  ZOX_CHECK_EXPORT int prefix##zox_Volume_FindMax_##type(const zox_Rays* rays, Element* maxima) {        \
-    static constexpr Maximum maximum = {"zox_Volume_FindMax_" #type, sizeof(Element), 0};                \
-    zox_check::check_maximum(maximum, rays, nullptr, maxima);                                            \
-    return ZOX_CHECK_NEXT(prefix##zox_Volume_FindMax_##type)(rays, maxima);                              \
-  }                                                                                                      \
-  ZOX_CHECK_EXPORT int prefix##zox_Volume_FindMaxBMask_##type(const zox_Rays* rays, const uint8_t* mask, \
-                                                              Element* maxima) {                         \
-    static constexpr Maximum maximum = {"zox_Volume_FindMaxBMask_" #type, sizeof(Element), 8};           \
-    zox_check::check_maximum(maximum, rays, mask, maxima);                                               \
-    return ZOX_CHECK_NEXT(prefix##zox_Volume_FindMaxBMask_##type)(rays, mask, maxima);                   \
-  }                                                                                                      \
-  ZOX_CHECK_EXPORT int prefix##zox_Volume_FindMaxCMask_##type(const zox_Rays* rays, const uint8_t* mask, \
-                                                              int threshold, Element* maxima) {          \
-    static constexpr Maximum maximum = {"zox_Volume_FindMaxCMask_" #type, sizeof(Element), 1};           \
-    zox_check::check_maximum(maximum, rays, mask, maxima);                                               \
-    return ZOX_CHECK_NEXT(prefix##zox_Volume_FindMaxCMask_##type)(rays, mask, threshold, maxima);        \
+#define ZOX_CHECK_WRAP(name, Name, Element, Mask)                                                            \
+  ZOX_CHECK_EXPORT int name(const zox_Rays* rays, ZOX_MASK_##Mask Element* maxima) {                         \
+    static constexpr zox_check::Maximum maximum = {"zox_Volume_" #Name, sizeof(Element), kSamplesPer##Mask}; \
+    zox_check::check_maximum(maximum, rays, ZOX_CHECK_MASK_##Mask, maxima);                                  \
+    return ZOX_CHECK_NEXT(name)(rays, ZOX_MASK_ARGUMENTS_##Mask maxima);                                     \
   }
 
-ZOX_CHECK_MAXIMA(, 8U, uint8_t)
-ZOX_CHECK_MAXIMA(, 16S, int16_t)
-ZOX_CHECK_MAXIMA(__, 8U, uint8_t)
-ZOX_CHECK_MAXIMA(__, 16S, int16_t)
+#define ZOX_CHECK_MAXIMUM(Name, name, Element, Mask)     \
+  ZOX_CHECK_WRAP(zox_Volume_##Name, Name, Element, Mask) \
+  ZOX_CHECK_WRAP(__zox_Volume_##Name, Name, Element, Mask)
 
-#define ZOX_CHECK_WINDOW_LEVEL(name)                                                                      \
-  ZOX_CHECK_EXPORT int name(const int16_t* src, uint8_t* dst, int len, int center, int width, int outmin, \
-                            int outmax) {                                                                 \
-    zox_check::check_window_level(src, dst, len);                                                         \
-    return ZOX_CHECK_NEXT(name)(src, dst, len, center, width, outmin, outmax);                            \
+ZOX_MAXIMA(ZOX_CHECK_MAXIMUM)
+
+#define ZOX_CHECK_WINDOW_LEVEL(name, Source, Target)                                                    \
+  ZOX_CHECK_EXPORT int name(const Source* src, Target* dst, int len, int center, int width, int outmin, \
+                            int outmax) {                                                               \
+    zox_check::check_window_level(src, dst, len);                                                       \
+    return ZOX_CHECK_NEXT(name)(src, dst, len, center, width, outmin, outmax);                          \
   }
 
-ZOX_CHECK_WINDOW_LEVEL(zox_Volume_WindowLevel_16S_8U)
-ZOX_CHECK_WINDOW_LEVEL(__zox_Volume_WindowLevel_16S_8U)
+#define ZOX_CHECK_WINDOW_LEVELS(Name, name, Source, Target) \
+  ZOX_CHECK_WINDOW_LEVEL(zox_Volume_##Name, Source, Target) \
+  ZOX_CHECK_WINDOW_LEVEL(__zox_Volume_##Name, Source, Target)
+
+ZOX_WINDOW_LEVELS(ZOX_CHECK_WINDOW_LEVELS)

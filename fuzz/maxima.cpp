@@ -85,32 +85,19 @@ void compare(const char* name, const Filled& in, Reference reference, Library li
 
 }  // namespace
 
-#define ZOX_FUZZ_MAXIMUM(upper, lower, Element, ...)                                         \
-  compare<Element>(                                                                          \
-      #upper, in, [&](Element* out) { return reference::lower(&in.rays, __VA_ARGS__ out); }, \
-      [&](const zox::Operations* set, Element* out) {                                        \
-        return (set ? set->lower : zox_Volume_##upper)(&in.rays, __VA_ARGS__ out);           \
-      })
-#define ZOX_FUZZ_NO_MASK
-#define ZOX_FUZZ_BITS in.bits.data(),
-#define ZOX_FUZZ_BYTES in.bytes.data(), in.threshold,
-
-void fuzz_maximum(int number, Random random) {
-  const Filled in(number % 2 == 0 ? 1 : 2, random);
-  switch (number) {
-    case 0:
-      return ZOX_FUZZ_MAXIMUM(FindMax_8U, find_max_8u, uint8_t, ZOX_FUZZ_NO_MASK);
-    case 1:
-      return ZOX_FUZZ_MAXIMUM(FindMax_16S, find_max_16s, int16_t, ZOX_FUZZ_NO_MASK);
-    case 2:
-      return ZOX_FUZZ_MAXIMUM(FindMaxBMask_8U, find_max_bmask_8u, uint8_t, ZOX_FUZZ_BITS);
-    case 3:
-      return ZOX_FUZZ_MAXIMUM(FindMaxBMask_16S, find_max_bmask_16s, int16_t, ZOX_FUZZ_BITS);
-    case 4:
-      return ZOX_FUZZ_MAXIMUM(FindMaxCMask_8U, find_max_cmask_8u, uint8_t, ZOX_FUZZ_BYTES);
-    default:
-      return ZOX_FUZZ_MAXIMUM(FindMaxCMask_16S, find_max_cmask_16s, int16_t, ZOX_FUZZ_BYTES);
+#define ZOX_FUZZ_MASK_None
+#define ZOX_FUZZ_MASK_Bits in.bits.data(),
+#define ZOX_FUZZ_MASK_Bytes in.bytes.data(), in.threshold,
+#define ZOX_FUZZ_MAXIMUM(Name, name, Element, Mask)                                                   \
+  if (number-- == 0) {                                                                                \
+    const Filled in(sizeof(Element), random);                                                         \
+    return compare<Element>(                                                                          \
+        #Name, in, [&](Element* out) { return reference::name(&in.rays, ZOX_FUZZ_MASK_##Mask out); }, \
+        [&](const zox::Operations* set, Element* out) {                                               \
+          return (set ? set->name : zox_Volume_##Name)(&in.rays, ZOX_FUZZ_MASK_##Mask out);           \
+        });                                                                                           \
   }
-}
+
+void fuzz_maximum(int number, Random random) { ZOX_MAXIMA(ZOX_FUZZ_MAXIMUM) }
 
 }  // namespace zox_fuzz

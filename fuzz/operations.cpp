@@ -8,7 +8,7 @@
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
-  constexpr int kMaxima = 6;
+  constexpr int kMaxima = 0 ZOX_MAXIMA(ZOX_TEST_ONE);
   constexpr int kFrame = 7;
   constexpr int kOperations = zox_test::kCasterCount + kMaxima + 1 + kFrame;
   static_assert(kOperations == 32);

@@ -47,7 +47,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
-/* The one place where the version lives: 1100 is release 11.0.0. */
+/* The version of the kernels, which zoxid and zox_GetVersion carry. The releases that they come in
+ * count on by themselves. */
 #define ZOX_VOLUME_VERSION 1100
 
 #ifdef __cplusplus

@@ -106,5 +106,8 @@ complain "flags that change results" result_changing_flags
 complain "longer than 250 lines" overlong
 complain "shell" script_errors
 complain "docs/guarantees.md names tests that do not exist" promises_without_test
+lost_mutations() { scripts/mutate.sh --applies || true; }
+
+complain "changes of scripts/mutate.sh whose text is gone or stands twice" lost_mutations
 complain "compilers and clang-tidy" analyse_all
 exit $failed

@@ -3,6 +3,7 @@
 # are those of scripts/mutations/*.list and every cell of the tables in src/operations/rules.h. Prints one
 # line when every change is noticed but those proven to change nothing; otherwise the others, and fails.
 #   scripts/mutate.sh [-j JOBS] [PATTERN]    PATTERN: only changes whose file or text match it
+#   scripts/mutate.sh --applies              only says which changes no longer find their text
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
 . "$(dirname "$0")/usage.sh"
@@ -98,8 +99,11 @@ fi
 
 # ---- All changes ----------------------------------------------------------------------------------
 
-jobs=2
-if [ "${1:-}" = -j ]; then
+jobs=2 only_applies=no changes=$work/changes
+if [ "${1:-}" = --applies ]; then
+  only_applies=yes changes=$work/applies
+  shift
+elif [ "${1:-}" = -j ]; then
   jobs=$2
   shift 2
 fi
@@ -108,7 +112,7 @@ pattern=${1:-}
 # Lists into directories. A line "@ FILE [SET]" names the file of what follows; a change is its old
 # lines after "- " and its new lines after "+ "; "= " gives the proof that the change changes nothing.
 split_lists() {
-  awk -v out="$work/changes" -v pattern="$pattern" '
+  awk -v out="$changes" -v pattern="$pattern" '
     function finish() {
       if (old == "") return
       if ((file " " old " " new " " why) ~ pattern) {
@@ -175,9 +179,30 @@ pick_each_set() {
   done
 }
 
+# Each change whose old text does not stand in its file exactly once.
+complain_of_lost_texts() {
+  local directory file old failed=0
+  local -A texts
+  for directory in "$changes"/*; do
+    file=$(<"$directory/file") old=$(<"$directory/old")
+    [ -n "${texts[$file]-}" ] || texts[$file]=$(cat "$file" 2>/dev/null) || texts[$file]="no such file"
+    case ${texts[$file]} in
+      *"$old"*"$old"*) ;;
+      *"$old"*) continue ;;
+    esac
+    printf '%s: %s\n' "$file" "$old"
+    failed=1
+  done
+  return $failed
+}
+
 mkdir -p "$work"
-rm -rf "$work/changes"
+rm -rf "$changes"
 split_lists scripts/mutations/*.list <(table_changes)
+if [ $only_applies = yes ]; then
+  complain_of_lost_texts
+  exit
+fi
 [ -d "$work/changes" ] || { echo "mutate.sh: no change matches '$pattern'" >&2; exit 2; }
 
 scripts/deps.sh build test

@@ -1,13 +1,3 @@
-#include "export.h"
-#include "operations/table.h"
+#include "operations/entries.h"
 
-int zox_Volume_RayCast_Blocked_Divergent_Nearest_8U(const zox_Volume* volume, const zox_Rays* rays) {
-  return zox::pick().blocked_divergent_nearest_8u(volume, rays);
-}
-
-int zox_Volume_RayCast_Blocked_Divergent_Nearest_16S(const zox_Volume* volume, const zox_Rays* rays) {
-  return zox::pick().blocked_divergent_nearest_16s(volume, rays);
-}
-
-ZOX_SECOND_NAME(zox_Volume_RayCast_Blocked_Divergent_Nearest_8U);
-ZOX_SECOND_NAME(zox_Volume_RayCast_Blocked_Divergent_Nearest_16S);
+ZOX_CASTERS_BDN(ZOX_CASTER_ENTRY)

@@ -1,13 +1,4 @@
-#include "export.h"
-#include "operations/table.h"
+#include "operations/entries.h"
 
-int zox_Volume_RayCast_General_Divergent_Nearest_Bit_8U(const zox_Volume* volume, const zox_Rays* rays) {
-  return zox::pick().general_divergent_nearest_bit_8u(volume, rays);
-}
-
-int zox_Volume_RayCast_General_Parallel_Nearest_Bit_8U(const zox_Volume* volume, const zox_Rays* rays) {
-  return zox::pick().general_parallel_nearest_bit_8u(volume, rays);
-}
-
-ZOX_SECOND_NAME(zox_Volume_RayCast_General_Divergent_Nearest_Bit_8U);
-ZOX_SECOND_NAME(zox_Volume_RayCast_General_Parallel_Nearest_Bit_8U);
+ZOX_CASTERS_GD_BIT(ZOX_CASTER_ENTRY)
+ZOX_CASTERS_GP_BIT(ZOX_CASTER_ENTRY)

@@ -1,13 +1,3 @@
-#include "export.h"
-#include "operations/table.h"
+#include "operations/entries.h"
 
-int zox_Volume_RayCast_General_Divergent_Trilinear_8U(const zox_Volume* volume, const zox_Rays* rays) {
-  return zox::pick().general_divergent_trilinear_8u(volume, rays);
-}
-
-int zox_Volume_RayCast_General_Divergent_Trilinear_16S(const zox_Volume* volume, const zox_Rays* rays) {
-  return zox::pick().general_divergent_trilinear_16s(volume, rays);
-}
-
-ZOX_SECOND_NAME(zox_Volume_RayCast_General_Divergent_Trilinear_8U);
-ZOX_SECOND_NAME(zox_Volume_RayCast_General_Divergent_Trilinear_16S);
+ZOX_CASTERS_GDT(ZOX_CASTER_ENTRY)

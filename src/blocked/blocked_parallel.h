@@ -1,4 +1,4 @@
-// Blocked volumes, all rays with the step of ray 0: walked ray by ray or, up to 64 rays, sample
+// Blocked volumes, all rays with the step of ray 0: walked ray by ray or, up to kMostSharedRays, sample
 // by sample from a common base where that keeps reads closer together. The two differ in the
 // last bit of a position.
 #pragma once
@@ -64,7 +64,8 @@ int cast_blocked_parallel(const zox_Volume* volume, const zox_Rays* rays) {
   if (rays->nrays < 1) return ZOX_STS_NO_ERROR;
   BlockedVolume<Element> blocked(*volume);
   bool done = false;
-  if (rays->nrays <= kLanes) {
+  static_assert(kMostSharedRays <= kLanes);
+  if (rays->nrays <= kMostSharedRays) {
     if constexpr (rules.positions == Positions::kFixed) {
       done = cast_from_fixed_base<rules>(blocked, *rays);
     } else {

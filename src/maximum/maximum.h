@@ -29,7 +29,11 @@ struct ByteMask {  // strictly above the threshold, of which only the low byte c
 };
 
 template <class Element>
-constexpr Element kEmpty = sizeof(Element) == 1 ? 0 : -32768;
+constexpr bool kIsSigned = static_cast<Element>(-1) < 0;
+
+// The lowest value of the element's type.
+template <class Element>
+constexpr Element kEmpty = static_cast<Element>(kIsSigned<Element> ? 1 << (8 * sizeof(Element) - 1) : 0);
 
 // Sample counts are compared in the element's own size, as signed numbers, a run of planes at a
 // time; a limit of kMostPlanes is above every count.

@@ -5,14 +5,10 @@
 #include <stdint.h>
 
 #include "numbers/lanes.h"
+#include "numbers/rounding.h"
 
 namespace zox::ZOX_SET {
 namespace {
-
-enum class Rounding {
-  kTruncated,  // toward zero
-  kRounded,    // 0.5 added, then toward zero, also for negative values
-};
 
 // The processor's conversion: toward zero, 0x80000000 for what does not fit. A cast would leave
 // the latter to the compiler.

@@ -1,5 +1,5 @@
-// Every kernel of one instruction set: the index of all operations. A set's file defines ZOX_SET
-// and includes this; all that follows is local to that file.
+// Every kernel of one instruction set. A set's file defines ZOX_SET and includes this; all that follows
+// is local to that file.
 #include "blocked/blocked_divergent.h"
 #include "blocked/blocked_parallel.h"
 #include "maximum/maximum.h"
@@ -11,73 +11,59 @@
 namespace zox::ZOX_SET {
 namespace {
 
-// The two routines of each parallel nearest operation.
-int zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_OneRegion(const zox_Rays* rays, int nrays,
-                                                                int /*min_samples*/, int max_samples,
-                                                                const zox_Volume* volume) {
-  return cast_one_region<kOneRegion8U>(*rays, nrays, max_samples, *volume);
-}
-int zox_Volume_RayCast_General_Parallel_Nearest_16S_16S_OneRegion(const zox_Rays* rays, int nrays,
-                                                                  int /*min_samples*/, int max_samples,
-                                                                  const zox_Volume* volume) {
-  return cast_one_region<kOneRegion16S>(*rays, nrays, max_samples, *volume);
-}
-int zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_OneRegion(const zox_Rays* rays, int nrays,
-                                                                 int /*min_samples*/, int max_samples,
-                                                                 const zox_Volume* volume) {
-  return cast_one_region<kOneRegionBit>(*rays, nrays, max_samples, *volume);
-}
-int zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_MultiRegion(const zox_Rays* rays, int /*nrays*/,
-                                                                  int max_samples, const zox_Volume* volume) {
-  return cast_buckets<kParallelNearest8U>(*rays, max_samples, *volume);
-}
-int zox_Volume_RayCast_General_Parallel_Nearest_16S_16S_MultiRegion(const zox_Rays* rays, int /*nrays*/,
-                                                                    int max_samples,
-                                                                    const zox_Volume* volume) {
-  return cast_buckets<kParallelNearest16S>(*rays, max_samples, *volume);
-}
-int zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_MultiRegion(const zox_Rays* rays, int /*nrays*/,
-                                                                   int max_samples,
-                                                                   const zox_Volume* volume) {
-  return cast_buckets<kParallelNearestBit>(*rays, max_samples, *volume);
-}
+// What each row of the list is made by.
+#define ZOX_BLOCKED_DIVERGENT(Name, name, rules, ...) .name = cast_blocked_divergent<rules>,
+#define ZOX_BLOCKED_PARALLEL(Name, name, rules, ...) .name = cast_blocked_parallel<rules>,
+#define ZOX_GENERAL(Name, name, rules, ...) .name = cast_general<rules>,
+#define ZOX_MAXIMUM(Name, name, Element, Mask) .name = ZOX_MAXIMUM_##Mask<Element>,
+#define ZOX_WINDOW_LEVEL(Name, name, ...) .name = window_level,
+#define ZOX_MAXIMUM_None find_max_plain
+#define ZOX_MAXIMUM_Bits find_max_bit_mask
+#define ZOX_MAXIMUM_Bytes find_max_byte_mask
+
+// A parallel nearest operation has two routines, named after it, after plane and voxel, and their path.
+#define ZOX_JOIN(a, b, c) ZOX_JOIN_(a, b, c)
+#define ZOX_JOIN_(a, b, c) a##b##c
+#define ZOX_PLANE_AND_8U 8U_8U
+#define ZOX_PLANE_AND_16S 16S_16S
+#define ZOX_PLANE_AND_Bit 8U_Bit
+#define ZOX_ROUTINE(Voxel, path) \
+  ZOX_JOIN(zox_Volume_RayCast_General_Parallel_Nearest_, ZOX_PLANE_AND_##Voxel, path)
+
+#define ZOX_ROUTINES(Name, name, rules, Layout, Projection, Sampling, Voxel)                                \
+  int ZOX_ROUTINE(Voxel, _OneRegion)(const zox_Rays* rays, int nrays, int /*min_samples*/, int max_samples, \
+                                     const zox_Volume* volume) {                                            \
+    return cast_one_region<kOneRegion##Voxel>(*rays, nrays, max_samples, *volume);                          \
+  }                                                                                                         \
+  int ZOX_ROUTINE(Voxel, _MultiRegion)(const zox_Rays* rays, int /*nrays*/, int max_samples,                \
+                                       const zox_Volume* volume) {                                          \
+    return cast_buckets<rules>(*rays, max_samples, *volume);                                                \
+  }
+ZOX_CASTERS_GPN(ZOX_ROUTINES)
+ZOX_CASTERS_GP_BIT(ZOX_ROUTINES)
+
+#define ZOX_PARALLEL_NEAREST(Name, name, rules, Layout, Projection, Sampling, Voxel) \
+  .name = cast_parallel_nearest<ZOX_ROUTINE(Voxel, _OneRegion), ZOX_ROUTINE(Voxel, _MultiRegion)>,
 
 }  // namespace
 
 const Operations kOperations = {
     .name = ZOX_SET_NAME,
     .supported = ZOX_SET_SUPPORTED,
-    .blocked_divergent_nearest_8u = cast_blocked_divergent<kBlockedDivergentNearest8U>,
-    .blocked_divergent_nearest_16s = cast_blocked_divergent<kBlockedDivergentNearest16S>,
-    .blocked_divergent_trilinear_8u = cast_blocked_divergent<kBlockedDivergentTrilinear8U>,
-    .blocked_divergent_trilinear_16s = cast_blocked_divergent<kBlockedDivergentTrilinear16S>,
-    .blocked_parallel_nearest_8u = cast_blocked_parallel<kBlockedParallelNearest8U>,
-    .blocked_parallel_nearest_16s = cast_blocked_parallel<kBlockedParallelNearest16S>,
-    .blocked_parallel_trilinear_8u = cast_blocked_parallel<kBlockedParallelTrilinear8U>,
-    .blocked_parallel_trilinear_16s = cast_blocked_parallel<kBlockedParallelTrilinear16S>,
-    .general_divergent_nearest_8u = cast_general<kDivergentNearest8U>,
-    .general_divergent_nearest_16s = cast_general<kDivergentNearest16S>,
-    .general_divergent_nearest_bit_8u = cast_general<kDivergentNearestBit>,
-    .general_divergent_trilinear_8u = cast_general<kDivergentTrilinear8U>,
-    .general_divergent_trilinear_16s = cast_general<kDivergentTrilinear16S>,
-    .general_parallel_nearest_8u =
-        cast_parallel_nearest<zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_OneRegion,
-                              zox_Volume_RayCast_General_Parallel_Nearest_8U_8U_MultiRegion>,
-    .general_parallel_nearest_16s =
-        cast_parallel_nearest<zox_Volume_RayCast_General_Parallel_Nearest_16S_16S_OneRegion,
-                              zox_Volume_RayCast_General_Parallel_Nearest_16S_16S_MultiRegion>,
-    .general_parallel_nearest_bit_8u =
-        cast_parallel_nearest<zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_OneRegion,
-                              zox_Volume_RayCast_General_Parallel_Nearest_8U_Bit_MultiRegion>,
-    .general_parallel_trilinear_8u = cast_general<kParallelTrilinear8U>,
-    .general_parallel_trilinear_16s = cast_general<kParallelTrilinear16S>,
-    .find_max_8u = find_max_plain<uint8_t>,
-    .find_max_16s = find_max_plain<int16_t>,
-    .find_max_bmask_8u = find_max_bit_mask<uint8_t>,
-    .find_max_bmask_16s = find_max_bit_mask<int16_t>,
-    .find_max_cmask_8u = find_max_byte_mask<uint8_t>,
-    .find_max_cmask_16s = find_max_byte_mask<int16_t>,
-    .window_level_16s_8u = window_level,
+    // clang-format off
+    ZOX_CASTERS_BDN(ZOX_BLOCKED_DIVERGENT)
+    ZOX_CASTERS_BDT(ZOX_BLOCKED_DIVERGENT)
+    ZOX_CASTERS_BPN(ZOX_BLOCKED_PARALLEL)
+    ZOX_CASTERS_BPT(ZOX_BLOCKED_PARALLEL)
+    ZOX_CASTERS_GDN(ZOX_GENERAL)
+    ZOX_CASTERS_GD_BIT(ZOX_GENERAL)
+    ZOX_CASTERS_GDT(ZOX_GENERAL)
+    ZOX_CASTERS_GPN(ZOX_PARALLEL_NEAREST)
+    ZOX_CASTERS_GP_BIT(ZOX_PARALLEL_NEAREST)
+    ZOX_CASTERS_GPT(ZOX_GENERAL)
+    ZOX_MAXIMA(ZOX_MAXIMUM)
+    ZOX_WINDOW_LEVELS(ZOX_WINDOW_LEVEL)
+    // clang-format on
 };
 
 }  // namespace zox::ZOX_SET

@@ -1,13 +1,14 @@
 // THE table: where the ray casters differ from one another, a row an operation. Each cell is
-// meant as it stands, however odd it looks beside its neighbours.
+// meant as it stands, however odd it looks beside its neighbours. Plain data, for whoever needs it.
 #pragma once
 
-#include "numbers/fixed_point.h"
+#include <stdint.h>
 
-namespace zox::ZOX_SET {
-namespace {
+#include "numbers/rounding.h"
+#include "operations/words.h"
 
-enum class Voxel { k8U, k16S, kBit };
+namespace zox {
+
 enum class StepOf { kEachRay, kRay0 };
 enum class Tables { kGrow, kFixed };     // beyond 512 entries: heap, or not allowed
 enum class RowSum { k32Bits, k64Bits };  // row offset plus column: wraps in 32 bits, or not
@@ -75,8 +76,9 @@ constexpr FetchRules kOneRegion8U{Voxel::k8U, false, false, RowSum::k64Bits, fal
 constexpr FetchRules kOneRegion16S{Voxel::k16S, false, false, RowSum::k64Bits, false};
 constexpr FetchRules kOneRegionBit{Voxel::kBit, false, false, RowSum::k64Bits, false};
 
-// Blocked volumes.
-enum class Sampling { kNearest, kTrilinear };
+// Blocked volumes. Parallel batches of more rays than this are walked ray by ray, and no offsets kept.
+constexpr int kMostSharedRays = 64;
+
 enum class Positions {
   kFixed,  // 20 fraction bits in 32-bit integers
   kReal,   // doubles
@@ -115,5 +117,4 @@ struct ElementType<Voxel::k16S> {
 template <Voxel voxel>
 using ElementOf = typename ElementType<voxel>::Type;
 
-}  // namespace
-}  // namespace zox::ZOX_SET
+}  // namespace zox

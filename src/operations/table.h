@@ -1,43 +1,31 @@
 // The kernels of one instruction set, and the choice among them.
 #pragma once
 
+#include "operations/list.h"
 #include "zox_volume.h"
 
 namespace zox {
 
 using RayCast = int (*)(const zox_Volume*, const zox_Rays*);
 
-// One row an instruction set: every volume operation, compiled whole for that set.
+// One table an instruction set: every volume operation, compiled whole for that set.
 struct Operations {
   const char* name;
   bool (*supported)();  // does this processor (and system) run the set?
 
-  RayCast blocked_divergent_nearest_8u;
-  RayCast blocked_divergent_nearest_16s;
-  RayCast blocked_divergent_trilinear_8u;
-  RayCast blocked_divergent_trilinear_16s;
-  RayCast blocked_parallel_nearest_8u;
-  RayCast blocked_parallel_nearest_16s;
-  RayCast blocked_parallel_trilinear_8u;
-  RayCast blocked_parallel_trilinear_16s;
-  RayCast general_divergent_nearest_8u;
-  RayCast general_divergent_nearest_16s;
-  RayCast general_divergent_nearest_bit_8u;
-  RayCast general_divergent_trilinear_8u;
-  RayCast general_divergent_trilinear_16s;
-  RayCast general_parallel_nearest_8u;
-  RayCast general_parallel_nearest_16s;
-  RayCast general_parallel_nearest_bit_8u;
-  RayCast general_parallel_trilinear_8u;
-  RayCast general_parallel_trilinear_16s;
+#define ZOX_CASTER_FIELD(Name, name, ...) RayCast name;
+  ZOX_CASTERS(ZOX_CASTER_FIELD)
+#undef ZOX_CASTER_FIELD
 
-  int (*find_max_8u)(const zox_Rays*, uint8_t*);
-  int (*find_max_16s)(const zox_Rays*, int16_t*);
-  int (*find_max_bmask_8u)(const zox_Rays*, const uint8_t*, uint8_t*);
-  int (*find_max_bmask_16s)(const zox_Rays*, const uint8_t*, int16_t*);
-  int (*find_max_cmask_8u)(const zox_Rays*, const uint8_t*, int, uint8_t*);
-  int (*find_max_cmask_16s)(const zox_Rays*, const uint8_t*, int, int16_t*);
-  int (*window_level_16s_8u)(const int16_t*, uint8_t*, int, int, int, int, int);
+#define ZOX_MAXIMUM_FIELD(Name, name, Element, Mask) \
+  int (*name)(const zox_Rays* rays, ZOX_MASK_##Mask Element* maxima);
+  ZOX_MAXIMA(ZOX_MAXIMUM_FIELD)
+#undef ZOX_MAXIMUM_FIELD
+
+#define ZOX_WINDOW_LEVEL_FIELD(Name, name, Source, Target) \
+  int (*name)(const Source*, Target*, int len, int center, int width, int outmin, int outmax);
+  ZOX_WINDOW_LEVELS(ZOX_WINDOW_LEVEL_FIELD)
+#undef ZOX_WINDOW_LEVEL_FIELD
 };
 
 // The sets by name. Each table stands in a file compiled for its set, and nothing but what the

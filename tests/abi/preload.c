@@ -5,17 +5,13 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "operations/list.h"
 #include "zox_volume.h"
 
 typedef int (*RayCast)(const zox_Volume*, const zox_Rays*);
 
-static const RayCast kGeneral[] = {
-    zox_Volume_RayCast_General_Divergent_Nearest_8U,     zox_Volume_RayCast_General_Divergent_Nearest_16S,
-    zox_Volume_RayCast_General_Divergent_Nearest_Bit_8U, zox_Volume_RayCast_General_Divergent_Trilinear_8U,
-    zox_Volume_RayCast_General_Divergent_Trilinear_16S,  zox_Volume_RayCast_General_Parallel_Nearest_8U,
-    zox_Volume_RayCast_General_Parallel_Nearest_16S,     zox_Volume_RayCast_General_Parallel_Nearest_Bit_8U,
-    zox_Volume_RayCast_General_Parallel_Trilinear_8U,    zox_Volume_RayCast_General_Parallel_Trilinear_16S,
-};
+#define ROW(Name, ...) zox_Volume_RayCast_##Name,
+static const RayCast kGeneral[] = {ZOX_GENERAL_CASTERS(ROW)};
 
 enum { kSamples = ZOX_MAX_STACK_SAMPLES + 1, kUntouched = 0x55 };
 

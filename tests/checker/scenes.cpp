@@ -1,5 +1,6 @@
 #include "scenes.h"
 
+#include "operations/list.h"
 #include "zox_volume_names.h"
 
 namespace checker_test {
@@ -42,31 +43,11 @@ StackScene::StackScene(int regions)
   volume.regscale = regscale.data();
 }
 
-#define BOTH(name) \
-  {#name, name}, { "__" #name, __##name }
+#define BOTH(Name, ...)                                     \
+  {"zox_Volume_RayCast_" #Name, zox_Volume_RayCast_##Name}, \
+      {"__zox_Volume_RayCast_" #Name, __zox_Volume_RayCast_##Name},
 
-const std::vector<NamedCast> kBlockedCasts = {
-    BOTH(zox_Volume_RayCast_Blocked_Divergent_Nearest_8U),
-    BOTH(zox_Volume_RayCast_Blocked_Divergent_Nearest_16S),
-    BOTH(zox_Volume_RayCast_Blocked_Divergent_Trilinear_8U),
-    BOTH(zox_Volume_RayCast_Blocked_Divergent_Trilinear_16S),
-    BOTH(zox_Volume_RayCast_Blocked_Parallel_Nearest_8U),
-    BOTH(zox_Volume_RayCast_Blocked_Parallel_Nearest_16S),
-    BOTH(zox_Volume_RayCast_Blocked_Parallel_Trilinear_8U),
-    BOTH(zox_Volume_RayCast_Blocked_Parallel_Trilinear_16S),
-};
-
-const std::vector<NamedCast> kGeneralCasts = {
-    BOTH(zox_Volume_RayCast_General_Divergent_Nearest_8U),
-    BOTH(zox_Volume_RayCast_General_Divergent_Nearest_16S),
-    BOTH(zox_Volume_RayCast_General_Divergent_Nearest_Bit_8U),
-    BOTH(zox_Volume_RayCast_General_Divergent_Trilinear_8U),
-    BOTH(zox_Volume_RayCast_General_Divergent_Trilinear_16S),
-    BOTH(zox_Volume_RayCast_General_Parallel_Nearest_8U),
-    BOTH(zox_Volume_RayCast_General_Parallel_Nearest_16S),
-    BOTH(zox_Volume_RayCast_General_Parallel_Nearest_Bit_8U),
-    BOTH(zox_Volume_RayCast_General_Parallel_Trilinear_8U),
-    BOTH(zox_Volume_RayCast_General_Parallel_Trilinear_16S),
-};
+const std::vector<NamedCast> kBlockedCasts = {ZOX_BLOCKED_CASTERS(BOTH)};
+const std::vector<NamedCast> kGeneralCasts = {ZOX_GENERAL_CASTERS(BOTH)};
 
 }  // namespace checker_test

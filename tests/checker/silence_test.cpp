@@ -13,7 +13,7 @@ namespace {
 
 constexpr int kBatches = 150;
 
-// This program holds the library's objects itself, so the checked functions are asked for by name.
+// Asked of the checker by name, so that nothing but its wrapper can be meant.
 template <class Function>
 Function* checked(const std::string& name) {
   static void* const checker = dlopen("libzox_volume_check.so", RTLD_LAZY | RTLD_NOLOAD);
@@ -27,7 +27,7 @@ TEST_P(Silence, OverValidBatches) {
   const auto cast =
       checked<int(const zox_Volume*, const zox_Rays*)>(std::string("zox_Volume_RayCast_") + caster.name);
   const auto maximum = checked<int(const zox_Rays*, void*)>(
-      caster.element_size == 2 ? "zox_Volume_FindMax_16S" : "zox_Volume_FindMax_8U");
+      caster.element_size() == 2 ? "zox_Volume_FindMax_16S" : "zox_Volume_FindMax_8U");
   ASSERT_TRUE(cast && maximum);
   const Seeds chosen = seeds(7000000, kBatches);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {

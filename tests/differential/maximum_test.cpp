@@ -37,28 +37,20 @@ struct Maximum {
   int (*run_reference)(const Input& in, void* out);
 };
 
-#define ZOX_TEST_MAXIMUM(upper, lower, type, mask, ...)                              \
-  {                                                                                  \
-#upper, mask, sizeof(type),                                                        \
-        [](const zox::Operations* set, const Input& in, void* out) {                   \
-          return (set ? set->lower : zox_Volume_##upper)(__VA_ARGS__(in, type, out));  \
-        },                                                                             \
-        [](const Input& in, void* out) {                                               \
-          return reference::lower(__VA_ARGS__(in, type, out));                         \
-        } \
-  }
-#define ZOX_TEST_PLAIN(in, type, out) in.rays, static_cast<type*>(out)
-#define ZOX_TEST_BITS(in, type, out) in.rays, in.mask, static_cast<type*>(out)
-#define ZOX_TEST_BYTES(in, type, out) in.rays, in.mask, in.threshold, static_cast<type*>(out)
+#define ZOX_TEST_MASK_None
+#define ZOX_TEST_MASK_Bits in.mask,
+#define ZOX_TEST_MASK_Bytes in.mask, in.threshold,
+#define ZOX_TEST_MAXIMUM(Name, name, Element, Mask_)                                                 \
+  {#Name, Mask::k##Mask_, sizeof(Element),                                                           \
+   [](const zox::Operations* set, const Input& in, void* out) {                                      \
+     return (set ? set->name : zox_Volume_##Name)(in.rays,                                           \
+                                                  ZOX_TEST_MASK_##Mask_ static_cast<Element*>(out)); \
+   },                                                                                                \
+   [](const Input& in, void* out) {                                                                  \
+     return reference::name(in.rays, ZOX_TEST_MASK_##Mask_ static_cast<Element*>(out));              \
+   }},
 
-const Maximum kMaxima[] = {
-    ZOX_TEST_MAXIMUM(FindMax_8U, find_max_8u, uint8_t, Mask::kNone, ZOX_TEST_PLAIN),
-    ZOX_TEST_MAXIMUM(FindMax_16S, find_max_16s, int16_t, Mask::kNone, ZOX_TEST_PLAIN),
-    ZOX_TEST_MAXIMUM(FindMaxBMask_8U, find_max_bmask_8u, uint8_t, Mask::kBits, ZOX_TEST_BITS),
-    ZOX_TEST_MAXIMUM(FindMaxBMask_16S, find_max_bmask_16s, int16_t, Mask::kBits, ZOX_TEST_BITS),
-    ZOX_TEST_MAXIMUM(FindMaxCMask_8U, find_max_cmask_8u, uint8_t, Mask::kBytes, ZOX_TEST_BYTES),
-    ZOX_TEST_MAXIMUM(FindMaxCMask_16S, find_max_cmask_16s, int16_t, Mask::kBytes, ZOX_TEST_BYTES),
-};
+const Maximum kMaxima[] = {ZOX_MAXIMA(ZOX_TEST_MAXIMUM)};
 constexpr int kMaximumCount = sizeof kMaxima / sizeof kMaxima[0];
 
 // Rays that are processed: pairs, a last odd one, and ray 0 for a negative odd count.

@@ -73,7 +73,7 @@ TEST_P(Threads, ResultsAreThoseOfOneThread) {
     std::vector<Share> shares;
     std::vector<std::vector<uint8_t>> expected;
     for (int t = 0; t < kThreads; ++t) {
-      shares.emplace_back(batch, caster.element_size, random);
+      shares.emplace_back(batch, caster.element_size(), random);
       shares.back().run(caster.reference);
       expected.push_back(shares.back().contents());
     }

@@ -107,7 +107,7 @@ struct WildRays {
       start_pointers.push_back(starts[static_cast<size_t>(r)].data());
       step_pointers.push_back(steps[static_cast<size_t>(r)].data());
     }
-    planes = Planes(longest, count, caster.element_size, random);
+    planes = Planes(longest, count, caster.element_size(), random);
     record = {planes.pointers(), count, start_pointers.data(), step_pointers.data(), counts.data()};
   }
 

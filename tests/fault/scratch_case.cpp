@@ -68,7 +68,7 @@ ScratchCase::ScratchCase(const Caster& caster, const ScratchSize& size)
   starts_.assign(counts_.size(), kStart);
   steps_.assign(counts_.size(), kStep);
   const size_t planes = size.nrays < 1 ? 0 : static_cast<size_t>(std::max(1, std::min(size.samples, 1000)));
-  planes_.assign(planes, std::vector<uint8_t>(counts_.size() * static_cast<size_t>(caster.element_size)));
+  planes_.assign(planes, std::vector<uint8_t>(counts_.size() * static_cast<size_t>(caster.element_size())));
   for (std::vector<uint8_t>& plane : planes_) plane_pointers_.push_back(plane.data());
   volume_.slices = slices_.data();
   volume_.rowoffs = rowoffs_.data();
@@ -91,7 +91,7 @@ bool ScratchCase::planes_untouched() const {
 }
 
 bool ScratchCase::planes_right() const {
-  const size_t size = static_cast<size_t>(caster_.element_size);
+  const size_t size = static_cast<size_t>(caster_.element_size());
   for (size_t k = 0; k < planes_.size(); ++k) {
     for (size_t i = 0; i < planes_[k].size(); ++i) {
       const bool sampled = static_cast<int>(k) < counts_[i / size];

@@ -89,8 +89,9 @@ INSTANTIATE_TEST_SUITE_P(Fault, SystemAllocator,
 
 // The maxima and the window/level mapping work in their arguments alone.
 TEST(SystemAllocatorOthers, AskForNothing) {
-  uint8_t byte_plane[3] = {1, 2, 3}, byte_maxima[3], mask[1] = {0xFF}, mapped[3];
-  int16_t word_plane[3] = {1, 2, 3}, word_maxima[3];
+  uint8_t byte_plane[3] = {1, 2, 3}, mask[1] = {0xFF}, mapped[3];
+  int16_t word_plane[3] = {1, 2, 3}, maxima[3];
+  const int threshold = 0;
   void* byte_planes[] = {byte_plane};
   void* word_planes[] = {word_plane};
   const int32_t counts[] = {1, 1, 1};
@@ -99,12 +100,10 @@ TEST(SystemAllocatorOthers, AskForNothing) {
   for (const zox::Operations* set : zox::kAllOperations) {
     if (!set->supported()) continue;
     watched_malloc.start();
-    set->find_max_8u(&bytes, byte_maxima);
-    set->find_max_16s(&words, word_maxima);
-    set->find_max_bmask_8u(&bytes, mask, byte_maxima);
-    set->find_max_bmask_16s(&words, mask, word_maxima);
-    set->find_max_cmask_8u(&bytes, mask, 0, byte_maxima);
-    set->find_max_cmask_16s(&words, mask, 0, word_maxima);
+#define ZOX_TEST_MAXIMUM(Name, name, Element, Mask) \
+  set->name(sizeof(Element) == 1 ? &bytes : &words, \
+            ZOX_MASK_ARGUMENTS_##Mask reinterpret_cast<Element*>(maxima));
+    ZOX_MAXIMA(ZOX_TEST_MAXIMUM)
     set->window_level_16s_8u(word_plane, mapped, 3, 0, 100, 0, 255);
     watched_malloc.stop();
     EXPECT_TRUE(watched_malloc.requests.empty()) << set->name;

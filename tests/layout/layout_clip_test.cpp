@@ -181,7 +181,7 @@ TEST_P(LayoutClip, KeepsTheCallersDuties) {
     for (size_t r = 0; r < rays; ++r)
       for (size_t k = 0; k < static_cast<size_t>(counts[r]); ++k) {
         const auto* bytes = reinterpret_cast<const uint8_t*>(samples[k].data());
-        ASSERT_EQ(0, bytes[r * static_cast<size_t>(caster.element_size)])
+        ASSERT_EQ(0, bytes[r * static_cast<size_t>(caster.element_size())])
             << "seed " << seed << ", sample " << k;
       }
   }

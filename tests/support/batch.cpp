@@ -153,7 +153,7 @@ void Batch::seal_volume(Random& random) {
 void Batch::seal_rays(Random& random) {
   int longest = 0;
   for (int r = 0; r < drawn_.nrays; ++r) longest = std::max(longest, drawn_.counts[static_cast<size_t>(r)]);
-  planes_ = Planes(longest, std::max(0, drawn_.nrays), caster_.element_size, random);
+  planes_ = Planes(longest, std::max(0, drawn_.nrays), caster_.element_size(), random);
   const auto seal_vectors = [&](const std::vector<Vector>& vectors) {
     const bool apart = random.chance(0.1);
     std::vector<const double*> pointers;

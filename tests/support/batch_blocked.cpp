@@ -30,7 +30,7 @@ void Batch::fill_sparse(const BlockedVolume& volume, Random& random) {
     for (const bool second_way : {false, true}) {
       if (second_way && !caster_.parallel()) continue;
       for (const Voxel& v : trace(caster_, volume_, rays_, r, second_way)) {
-        fill_cell(volume, v, caster_.element_size, contents, random);
+        fill_cell(volume, v, caster_.element_size(), contents, random);
       }
     }
   }

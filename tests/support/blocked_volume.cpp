@@ -44,7 +44,7 @@ BlockedVolume draw_sparse_volume(const Caster& caster, Random& random) {
   const int size = random.pick({512, 700, 1024, 2047, 2048});
   const int bricks = size < 1024 ? 8 : size < 2048 ? 16 : 32;
   const int layers = 1024 / (bricks * bricks);
-  const size_t bytes = kBrickVoxels * 1024 * static_cast<size_t>(caster.element_size);
+  const size_t bytes = kBrickVoxels * 1024 * static_cast<size_t>(caster.element_size());
   return {cleared_buffer(bytes), size, kBrickEdge * bricks, kBrickDepth * layers, true};
 }
 
@@ -75,7 +75,7 @@ BlockedVolume draw_blocked_volume(const Caster& caster, Random& random) {
   const int layers = bricks == 4 ? 1 : random.whole(1, 4 / bricks);
   const size_t voxels = kBrickVoxels * static_cast<size_t>(bricks * bricks * layers);
   const auto flush = random.chance(0.5) ? GuardedBuffer::Flush::kStart : GuardedBuffer::Flush::kEnd;
-  const GuardedBuffer* buffer = kept_buffer({voxels, caster.element_size, draw_contents(random), flush});
+  const GuardedBuffer* buffer = kept_buffer({voxels, caster.element_size(), draw_contents(random), flush});
   return {buffer, size, kBrickEdge * bricks, kBrickDepth * layers, false};
 }
 

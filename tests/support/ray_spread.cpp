@@ -18,7 +18,7 @@ void spread_around_weights(const Caster& caster, const Room& room, DrawnRays& ra
   const double ratio = random.pick({1.0 / 12, 1.0 / 6, random.real(1.0 / 14, 1.0 / 5)});
   const size_t wide = random.chance(0.5) ? 0 : 2;
   // In doubles only starts far smaller than their distances lose bits on the one way alone.
-  const bool fixed = caster.trilinear() && caster.element_size == 1;
+  const bool fixed = caster.trilinear() && caster.element_size() == 1;
   const double sign = fixed && random.chance(0.5) ? -1 : 1;
   if (!fixed) rays.starts[0][wide] = random.real(0, 0.5);
   for (size_t r = 1; r < rays.starts.size(); ++r) {

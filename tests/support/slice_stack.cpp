@@ -52,7 +52,7 @@ std::vector<int32_t> draw_top_offsets(int count, int first_byte, int alignment, 
 
 // These add row offset and column in 32 bits, the others in 64.
 bool sums_in_32_bits(const Caster& caster, bool one_region) {
-  return caster.element_size == 1 && !one_region && !(caster.parallel() && caster.trilinear());
+  return caster.element_size() == 1 && !one_region && !(caster.parallel() && caster.trilinear());
 }
 
 }  // namespace
@@ -68,10 +68,10 @@ SliceStack::SliceStack(const Caster& caster, const std::vector<Voxel>& samples, 
       used[static_cast<size_t>(s)] = true;
   }
   const Extent bytes = draw_row_offsets(caster, samples, sums_in_32_bits(caster, one_region), strict, random);
-  place_slices(used, bytes, caster.element_size, apart, random);
+  place_slices(used, bytes, caster.element_size(), apart, random);
   const Contents contents = draw_contents(random);
   for (GuardedBuffer& buffer : buffers_) {
-    fill_voxels(buffer.data(), buffer.size(), caster.element_size, contents, random);
+    fill_voxels(buffer.data(), buffer.size(), caster.element_size(), contents, random);
     buffer.seal();
   }
   table_.seal();
@@ -90,7 +90,7 @@ SliceStack::Extent SliceStack::draw_row_offsets(const Caster& caster, const std:
     high = {std::max(high.x, v.x), std::max(high.y, v.y), 0};
   }
   if (caster.trilinear()) high = {high.x + 1, high.y + 1, 0};
-  const int size = caster.element_size;
+  const int size = caster.element_size();
   const int first_byte = caster.bit() ? low.x >> 3 : low.x * size;
   const int span = (caster.bit() ? (high.x >> 3) + 1 : (high.x + 1) * size) - first_byte;
   const Rows layout = random.pick({Rows::kApart, Rows::kApart, Rows::kApart, Rows::kBackwards,

@@ -81,7 +81,7 @@ struct Scale {
   }
   int32_t z(double v) const { return to_int(caster.trilinear() ? v * factor() + 0.5 : v * factor()); }
   int32_t boundary(double v) const {
-    const bool rounds = caster.trilinear() && (caster.parallel() || caster.element_size == 1);
+    const bool rounds = caster.trilinear() && (caster.parallel() || caster.element_size() == 1);
     return to_int(rounds ? v * factor() + 0.5 : v * factor());
   }
 };
@@ -159,7 +159,7 @@ std::vector<Voxel> trace(const Caster& caster, const zox_Volume& volume, const z
                          bool second_way) {
   if (caster.blocked()) {
     const bool fixed =
-        caster.parallel() ? caster.trilinear() && caster.element_size == 1 : !caster.trilinear();
+        caster.parallel() ? caster.trilinear() && caster.element_size() == 1 : !caster.trilinear();
     return fixed ? trace_blocked_fixed(caster, rays, ray, second_way)
                  : trace_blocked_real(caster, rays, ray, second_way);
   }

@@ -29,7 +29,7 @@ class AnyCaster : public CasterTest {
 TEST_P(AnyCaster, SamplesFollowTheStepAlongEachAxis) {
   Cube cube = cube_with_ones(caster(), {{2, 2, 2}, {4, 2, 2}, {2, 4, 2}, {2, 2, 4}});
   for (Point step : {Point{1, 0, 0}, Point{0, 1, 0}, Point{0, 0, 1}}) {
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({2, 2, 2}, step, 4);
     EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR);
     EXPECT_EQ(batch.samples(0), (Ints{1, 0, 1, 0}));
@@ -38,7 +38,7 @@ TEST_P(AnyCaster, SamplesFollowTheStepAlongEachAxis) {
 
 TEST_P(AnyCaster, SamplesFollowANegativeStep) {
   Cube cube = cube_with_ones(caster(), {{5, 5, 5}, {3, 3, 3}});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({5, 5, 5}, {-1, -1, -1}, 4);
   EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR);
   // Trilinear casters of slice stacks add half a unit to the step before they cut it toward zero:
@@ -50,7 +50,7 @@ TEST_P(AnyCaster, SamplesFollowANegativeStep) {
 TEST_P(AnyCaster, NoRaysWriteNothing) {
   Cube cube(caster());
   for (int32_t nrays : {0, -1, -2, -64}) {
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({2, 2, 2}, {1, 0, 0}, 4).pretend(nrays);
     EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR) << nrays << " rays";
   }
@@ -61,7 +61,7 @@ TEST_P(AnyCaster, CountsAreEachRaysOwn) {
   // The steps suit both traversals of the blocked parallel casters: longer than the rays lie apart,
   // and shorter.
   for (double apart : {1.0 / 64, 3.0}) {
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({2, 2, 2}, {1, 0, 0}, 3);
     batch.add({2, 2, 2 + apart}, {1, 0, 0}, 0);
     batch.add({2, 2, 2}, {1, 0, 0}, 5);
@@ -73,14 +73,14 @@ TEST_P(AnyCaster, CountsAreEachRaysOwn) {
 
 TEST_P(AnyCaster, OnlyRaysWithoutSamplesWriteNothing) {
   Cube cube(caster());
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({2, 2, 2}, {1, 0, 0}, 0).add({2, 2, 3}, {1, 0, 0}, 0);
   EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR);
 }
 
 TEST_P(AnyCaster, SixtyFourRaysAreABatch) {
   Cube cube = cube_with_ones(caster(), {{3, 2, 2}, {4, 6, 2}, {2, 2, 5}});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   for (int r = 0; r < 64; ++r) {
     batch.add({static_cast<double>(r % 7), static_cast<double>(r / 9), 2}, {1, 0, 0}, r % 4 % 2 + 1);
   }
@@ -100,7 +100,7 @@ class DivergentCaster : public AnyCaster {};
 
 TEST_P(DivergentCaster, EveryRayHasItsOwnStep) {
   Cube cube = cube_with_ones(caster(), {{3, 2, 2}, {2, 3, 2}, {2, 2, 4}});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({2, 2, 2}, {1, 0, 0}, 3).add({2, 2, 2}, {0, 0.5, 0}, 3).add({2, 2, 2}, {0, 0, 1}, 3);
   EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR);
   EXPECT_EQ(batch.samples(0), (Ints{0, 1, 0}));
@@ -116,7 +116,7 @@ class ParallelCaster : public AnyCaster {};
 TEST_P(ParallelCaster, AllRaysHaveTheStepOfRay0) {
   Cube cube = cube_with_ones(caster(), {{3, 2, 2}, {3, 5, 5}});
   for (Point ignored : {Point{0, 1, 0}, Point{kNaN, kNaN, kNaN}}) {
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({2, 2, 2}, {1, 0, 0}, 3).add({2, 5, 5}, ignored, 3).add({1, 2, 2}, ignored, 3);
     EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR);
     EXPECT_EQ(batch.samples(0), (Ints{0, 1, 0}));
@@ -132,7 +132,7 @@ class NegativeCount : public AnyCaster {};
 
 TEST_P(NegativeCount, IsNoSamples) {
   Cube cube = cube_with_ones(caster(), {{3, 2, 2}});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({2, 2, 2}, {1, 0, 0}, -3).add({2, 2, 2}, {1, 0, 0}, 2).add({2, 2, 2}, {1, 0, 0}, -1);
   EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR);
   EXPECT_EQ(batch.samples(1), (Ints{0, 1}));
@@ -147,7 +147,7 @@ class BlockedCaster : public AnyCaster {};
 
 TEST_P(BlockedCaster, TakesMoreThan64Rays) {
   Cube cube = cube_with_ones(caster(), {{3, 2, 2}});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   for (int r = 0; r < 200; ++r) batch.add({2, r % 2 + 1.0, 2}, {1, 0, 0}, 2);
   EXPECT_EQ(run(batch, cube), ZOX_STS_NO_ERROR);
   for (int r = 0; r < 200; ++r) EXPECT_EQ(batch.samples(r), (Ints{0, r % 2})) << "ray " << r;

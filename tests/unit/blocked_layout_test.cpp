@@ -59,9 +59,9 @@ class BlockedLayout : public CasterTest {};
 
 TEST_P(BlockedLayout, EveryVoxelIsItsElement) {
   for (const Place& place : kPlaces) {
-    Blocked blocked(caster().element_size, place.size, place.z + 2);
+    Blocked blocked(caster().element_size(), place.size, place.z + 2);
     blocked.set_element(place.index, 77);
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({double(place.x), double(place.y), double(place.z)}, {0, 0, 0}, 1);
     EXPECT_EQ(batch.run(cast(), blocked.volume()), ZOX_STS_NO_ERROR);
     EXPECT_EQ(batch.at(0, 0), 77) << "size " << place.size << ", voxel " << place.x << ", " << place.y << ", "
@@ -75,9 +75,9 @@ class BlockedNeighbours : public CasterTest {
  protected:
   // The sample halfway between a voxel and its neighbours where only the given element is not 0.
   int halfway(int size, Point at, size_t index, int value) {
-    Blocked blocked(caster().element_size, size, 64);
+    Blocked blocked(caster().element_size(), size, 64);
     blocked.set_element(index, value);
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add(at, {0, 0, 0}, 1);
     EXPECT_EQ(batch.run(cast(), blocked.volume()), ZOX_STS_NO_ERROR);
     return batch.at(0, 0);

@@ -25,7 +25,7 @@ class BlockedPositions : public CasterTest {
   }
 
   Ints along(int axis, double start, double step, double apart, size_t nsamples) {
-    Blocked blocked(caster().element_size, 64, 32);
+    Blocked blocked(caster().element_size(), 64, 32);
     blocked.fill([&](int x, int y, int z) { return value(axis == 0 ? x : axis == 1 ? y : z); });
     double s[3] = {1, 1, 1};
     double d[3] = {0, 0, 0};
@@ -35,7 +35,7 @@ class BlockedPositions : public CasterTest {
     const Point at = {s[0], s[1], s[2]};
     const Point by = {d[0], d[1], d[2]};
     const Point beside = {s[0], axis == 2 ? s[1] + 6 * apart / 5 : s[1], s[2] + aside};
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add(at, by, static_cast<int32_t>(nsamples)).add(beside, by, 1);
     EXPECT_EQ(batch.run(cast(), blocked.volume()), ZOX_STS_NO_ERROR);
     return batch.samples(0);
@@ -96,7 +96,7 @@ INSTANTIATE_FOR_CASTERS(BlockedParallelNearest,
 
 // Divergent 8U and 16S and parallel 16S.
 bool trilinear_in_doubles(const Caster& c) {
-  return c.blocked() && c.trilinear() && (!c.parallel() || c.element_size == 2);
+  return c.blocked() && c.trilinear() && (!c.parallel() || c.element_size() == 2);
 }
 
 class BlockedTrilinear : public BlockedPositions {};

@@ -3,6 +3,7 @@
 
 #include <climits>
 #include <cstring>
+#include <string>
 
 #include "zox_volume.h"
 #include "zox_volume_names.h"
@@ -31,9 +32,10 @@ TEST(Status, EveryOtherNumberIsUnknown) {
 
 TEST(Version, IsTheWhatStringWithoutItsMarker) {
   EXPECT_EQ(sizeof zoxid, 39u);
-  EXPECT_STREQ(zoxid, "@(#)ZOX:1100:20240723:linux-x8664:svn:");
-  EXPECT_STREQ(zox_GetVersion(), "ZOX:1100:20240723:linux-x8664:svn:");
-  EXPECT_STREQ(__zox_GetVersion(), "ZOX:1100:20240723:linux-x8664:svn:");
+  const std::string version = "ZOX:" + std::to_string(ZOX_VOLUME_VERSION) + ":20240723:linux-x8664:svn:";
+  EXPECT_EQ(zoxid, "@(#)" + version);
+  EXPECT_EQ(zox_GetVersion(), version);
+  EXPECT_EQ(__zox_GetVersion(), version);
 }
 
 TEST(Version, HasBytesOfItsOwn) {

@@ -8,66 +8,23 @@ namespace {
 
 bool always() { return true; }
 
-const Operations kReference = {
-    "reference",
-    always,
-    reference::blocked_divergent_nearest_8u,
-    reference::blocked_divergent_nearest_16s,
-    reference::blocked_divergent_trilinear_8u,
-    reference::blocked_divergent_trilinear_16s,
-    reference::blocked_parallel_nearest_8u,
-    reference::blocked_parallel_nearest_16s,
-    reference::blocked_parallel_trilinear_8u,
-    reference::blocked_parallel_trilinear_16s,
-    reference::general_divergent_nearest_8u,
-    reference::general_divergent_nearest_16s,
-    reference::general_divergent_nearest_bit_8u,
-    reference::general_divergent_trilinear_8u,
-    reference::general_divergent_trilinear_16s,
-    reference::general_parallel_nearest_8u,
-    reference::general_parallel_nearest_16s,
-    reference::general_parallel_nearest_bit_8u,
-    reference::general_parallel_trilinear_8u,
-    reference::general_parallel_trilinear_16s,
-    reference::find_max_8u,
-    reference::find_max_16s,
-    reference::find_max_bmask_8u,
-    reference::find_max_bmask_16s,
-    reference::find_max_cmask_8u,
-    reference::find_max_cmask_16s,
-    reference::window_level_16s_8u,
-};
+#define ZOX_UNIT_REFERENCE(Name, name, ...) reference::name,
 
-// One list for both names: prefix is nothing or two underscores.
-#define ZOX_UNIT_EXPORTED(name, prefix)                                                           \
-  {                                                                                               \
-    name, always, prefix##zox_Volume_RayCast_Blocked_Divergent_Nearest_8U,                        \
-        prefix##zox_Volume_RayCast_Blocked_Divergent_Nearest_16S,                                 \
-        prefix##zox_Volume_RayCast_Blocked_Divergent_Trilinear_8U,                                \
-        prefix##zox_Volume_RayCast_Blocked_Divergent_Trilinear_16S,                               \
-        prefix##zox_Volume_RayCast_Blocked_Parallel_Nearest_8U,                                   \
-        prefix##zox_Volume_RayCast_Blocked_Parallel_Nearest_16S,                                  \
-        prefix##zox_Volume_RayCast_Blocked_Parallel_Trilinear_8U,                                 \
-        prefix##zox_Volume_RayCast_Blocked_Parallel_Trilinear_16S,                                \
-        prefix##zox_Volume_RayCast_General_Divergent_Nearest_8U,                                  \
-        prefix##zox_Volume_RayCast_General_Divergent_Nearest_16S,                                 \
-        prefix##zox_Volume_RayCast_General_Divergent_Nearest_Bit_8U,                              \
-        prefix##zox_Volume_RayCast_General_Divergent_Trilinear_8U,                                \
-        prefix##zox_Volume_RayCast_General_Divergent_Trilinear_16S,                               \
-        prefix##zox_Volume_RayCast_General_Parallel_Nearest_8U,                                   \
-        prefix##zox_Volume_RayCast_General_Parallel_Nearest_16S,                                  \
-        prefix##zox_Volume_RayCast_General_Parallel_Nearest_Bit_8U,                               \
-        prefix##zox_Volume_RayCast_General_Parallel_Trilinear_8U,                                 \
-        prefix##zox_Volume_RayCast_General_Parallel_Trilinear_16S, prefix##zox_Volume_FindMax_8U, \
-        prefix##zox_Volume_FindMax_16S, prefix##zox_Volume_FindMaxBMask_8U,                       \
-        prefix##zox_Volume_FindMaxBMask_16S, prefix##zox_Volume_FindMaxCMask_8U,                  \
-        prefix##zox_Volume_FindMaxCMask_16S, prefix##zox_Volume_WindowLevel_16S_8U,               \
-  }
+const Operations kReference = {"reference", always,
+                               ZOX_CASTERS(ZOX_UNIT_REFERENCE) ZOX_MAXIMA(ZOX_UNIT_REFERENCE)
+                                   ZOX_WINDOW_LEVELS(ZOX_UNIT_REFERENCE)};
 
-const Operations kExported = ZOX_UNIT_EXPORTED("exported", );
-const Operations kSecondNames = ZOX_UNIT_EXPORTED("second_names", __);
+#define ZOX_UNIT_CASTER(Name, ...) zox_Volume_RayCast_##Name,
+#define ZOX_UNIT_OTHER(Name, ...) zox_Volume_##Name,
+#define ZOX_UNIT_SECOND_CASTER(Name, ...) __zox_Volume_RayCast_##Name,
+#define ZOX_UNIT_SECOND_OTHER(Name, ...) __zox_Volume_##Name,
 
-#undef ZOX_UNIT_EXPORTED
+const Operations kExported = {"exported", always,
+                              ZOX_CASTERS(ZOX_UNIT_CASTER) ZOX_MAXIMA(ZOX_UNIT_OTHER)
+                                  ZOX_WINDOW_LEVELS(ZOX_UNIT_OTHER)};
+const Operations kSecondNames = {"second_names", always,
+                                 ZOX_CASTERS(ZOX_UNIT_SECOND_CASTER) ZOX_MAXIMA(ZOX_UNIT_SECOND_OTHER)
+                                     ZOX_WINDOW_LEVELS(ZOX_UNIT_SECOND_OTHER)};
 
 }  // namespace
 

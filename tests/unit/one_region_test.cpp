@@ -22,7 +22,7 @@ class OneRegionChoice : public CasterTest {
                   const std::vector<int32_t>& counts = {}) {
     Stack stack(caster(), 4, 4, 6);
     stack.set(1, 1, 1, 1).regions(std::move(bounds), {2}, {1});
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     for (size_t r = 0; r < starts.size(); ++r) {
       batch.add({1, 1, starts[r]}, {0, 0, 0}, counts.empty() ? (r == 0 ? 1 : 0) : counts[r]);
     }
@@ -50,7 +50,7 @@ TEST_P(OneRegionChoice, TheDepthIsMultipliedNotDivided) {
   EXPECT_FALSE(one_region({0, 3}, {1, 1.6}));
   Stack stack(caster(), 4, 4, 6);
   stack.set(1, 1, 0, 1).regions({0, 3}, {2}, {1});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({1, 1, 0}, {0, 0, 0}, 1).add({1, 1, 0.6}, {0, 0, 0}, 0);
   EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
   EXPECT_EQ(batch.at(0, 0), 1);
@@ -79,7 +79,7 @@ TEST_P(OneRegionChoice, NotANumberIsNotTaken) {
 TEST_P(OneRegionChoice, TwoRegionsAreNeverOne) {
   Stack stack(caster(), 4, 4, 6);
   stack.set(1, 1, 3, 1).regions({0, 10, 20}, {2, 4}, {1, 1});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({1, 1, 1}, {0, 0, 0}, 1);
   EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
   EXPECT_EQ(batch.at(0, 0), 1);
@@ -102,7 +102,7 @@ class OneRegionPath : public CasterTest {
 
   // Rays apart from one another along an axis only.
   Batch rays(int axis, const std::vector<double>& starts, double step, int count) const {
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     for (double start : starts) {
       double s[3] = {2, 2, 2};
       double d[3] = {0, 0, 0};
@@ -212,7 +212,7 @@ TEST_P(OneRegionPath, DoesNotAskForTheNumberOfSlices) {
 // last of the row before.
 TEST_P(OneRegionPath, ColumnsAreSigned) {
   Stack volume(caster(), 9, 9, 9);
-  const int last = caster().element_size * 9 - caster().element_size;
+  const int last = caster().element_size() * 9 - caster().element_size();
   volume.set_byte(last, 1, 2, caster().bit() ? 0x80 : 1);
   Batch batch = rays(0, {-0.6, -0.4}, 0, 1);
   EXPECT_EQ(batch.run(cast(), volume.volume()), ZOX_STS_NO_ERROR);

@@ -14,7 +14,7 @@ using Ints = std::vector<int>;
 enum Path { kShortest, kLists };
 
 Batch rays_along_x(const Caster& caster, Path path, Point start, int count) {
-  Batch batch(caster.element_size);
+  Batch batch(caster.element_size());
   batch.add(start, {1, 0, 0}, count);
   if (path == kLists) batch.add({start.x, start.y, start.z + 1000}, {1, 0, 0}, 0);
   return batch;
@@ -38,7 +38,7 @@ TEST_P(StackFetch, RowsMayLieInAnyOrder) {
 // Row offsets count bytes for every type of voxel: rows may start at an odd one.
 TEST_P(StackFetch, RowOffsetsAreBytes) {
   std::vector<uint8_t> slice(100), below(100);
-  slice[33 + 2 * static_cast<size_t>(caster().element_size)] = 1;
+  slice[33 + 2 * static_cast<size_t>(caster().element_size())] = 1;
   if (caster().bit()) slice[33] = 0x20;
   const void* slices[] = {slice.data(), below.data()};
   const int32_t rowoffs[] = {7, 33, 51};
@@ -54,7 +54,7 @@ TEST_P(StackFetch, RowOffsetsAreBytes) {
 }
 
 TEST_P(StackFetch, SixteenBitVoxelsKeepTheirSign) {
-  if (caster().element_size == 1) return;
+  if (caster().element_size() == 1) return;
   for (Path path : {kShortest, kLists}) {
     Stack stack(caster(), 6, 3, 3);
     stack.set(1, 1, 1, -1).set(2, 1, 1, -32768).set(3, 1, 1, 32767).set(4, 1, 1, -300);
@@ -67,7 +67,7 @@ TEST_P(StackFetch, SixteenBitVoxelsKeepTheirSign) {
 TEST_P(StackFetch, ManyRaysMayReadOneVoxel) {
   Stack stack(caster(), 5, 5, 4);
   stack.set(2, 2, 2, 1);
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   for (int r = 0; r < 64; ++r) batch.add({2, 2, 2}, {0, 0, 0}, 3);
   EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
   for (int r = 0; r < 64; ++r) EXPECT_EQ(batch.samples(r), (Ints{1, 1, 1}));
@@ -94,7 +94,7 @@ TEST_P(NearestFetch, RoundsHalfUp) {
 // The bit of column 65535 is number 65535 - 8191, whose shift count is 7 modulo 32.
 TEST_P(NearestFetch, ColumnsAndRowsAreUnsigned) {
   Stack wide(caster(), 65536, 3, 2);
-  const int byte = caster().bit() ? 65535 / 8 : 65535 * caster().element_size;
+  const int byte = caster().bit() ? 65535 / 8 : 65535 * caster().element_size();
   wide.set_byte(byte, 1, 1, caster().bit() ? 0x80 : 1);
   Batch columns = rays_along_x(caster(), kLists, {-0.6, 1, 1}, 1);
   EXPECT_EQ(columns.run(cast(), wide.volume()), ZOX_STS_NO_ERROR);
@@ -160,14 +160,14 @@ INSTANTIATE_FOR_CASTERS(BitFetch, [](const Caster& c) { return c.bit(); });
 class FarRow : public CasterTest {};
 
 TEST_P(FarRow, TheSumOfRowAndColumnWrapsWhereItIs32BitsWide) {
-  const bool wraps = caster().element_size == 1 && !(caster().trilinear() && caster().parallel());
+  const bool wraps = caster().element_size() == 1 && !(caster().trilinear() && caster().parallel());
   const size_t half = size_t{1} << 31;
   const Reserved memory(2 * half + 8192);
   uint8_t* slice = memory.at(half + 4096);
   const int column = caster().bit() ? 8 : 1;
   // With the row at 2^31 - 1 the next byte is 2^31 away, on one side or on the other; the next
   // 16-bit voxel 2^31 + 1.
-  const size_t apart = caster().element_size == 1 ? half : half + 1;
+  const size_t apart = caster().element_size() == 1 ? half : half + 1;
   *(wraps ? slice - half : slice + apart) = 1;
   const void* slices[] = {slice, slice};
   const int32_t rowoffs[] = {0, INT32_MAX, 0};

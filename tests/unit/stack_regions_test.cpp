@@ -26,7 +26,7 @@ class StackRegions : public CasterTest {
   }
 
   Ints samples(Stack& stack, double z, double dz, int count) {
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({2, 2, z}, {0, 0, dz}, count).add({2, 2, z + 1000}, {0, 0, 0}, 0);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     return batch.samples(0);
@@ -65,7 +65,7 @@ TEST_P(StackRegions, DistancesInARegionWrap) {
     Stack stack(caster(), 9, 9, 140);
     for (int s = 0; s <= 140; ++s) stack.fill_slice(s, caster().bit() ? s == marked : s);
     stack.regions({-800 * wide, -500 * wide, 1000 * wide}, {100, 103}, {.004 / wide, .02 / wide});
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     for (double z : {900, 901}) batch.add({2, 2, z * wide}, {0, 0, -750 * wide}, 3);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     Ints expected = {90, 75, trilinear() ? 100 : 101};
@@ -164,7 +164,7 @@ TEST_P(StackRegions, RoundingMayCarryASampleBeyondTheLastBoundary) {
 
 TEST_P(StackRegions, SamplesOutsideTheSlicesAreLeftUnwritten) {
   const auto expect_written = [&](Stack stack, double z, double dz, const std::vector<bool>& expected) {
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({2, 2, z}, {0, 0, dz}, static_cast<int>(expected.size())).add({2, 2, z + 1000}, {0, 0, 0}, 0);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     for (size_t k = 0; k < expected.size(); ++k) {
@@ -195,7 +195,7 @@ TEST_P(StackRegions, RaysMayComeFromTheEndOfTheRange) {
     const bool one_region = bounds.size() == 2;
     stack.regions(bounds, one_region ? std::vector<int32_t>{0} : std::vector<int32_t>{0, 4},
                   std::vector<double>(bounds.size() - 1, 1.0));
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({2, 2, top}, {0, 0, (6 - top) / 2}, 3).add({2, 2, 0}, {0, 0, 0}, 0);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     EXPECT_FALSE(batch.written(0, 0));
@@ -207,7 +207,7 @@ TEST_P(StackRegions, RaysMayComeFromTheEndOfTheRange) {
 // Below the stack a falling ray's slices wrap to high ones; those before are sampled all the same.
 TEST_P(StackRegions, RaysMayFallOutOfTheRange) {
   Stack stack = stack_of(8, 3).regions({0, 4, 8}, {0, 4}, {1, 1});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({2, 2, 3}, {0, 0, trilinear() ? -1000.0 : -500.0}, 4).add({2, 2, 1000}, {0, 0, 0}, 0);
   EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
   EXPECT_EQ(batch.at(0, 0), caster().bit() ? 1 : 30);
@@ -218,7 +218,7 @@ TEST_P(StackRegions, RaysMayFallOutOfTheRange) {
 TEST_P(StackRegions, TheHalfSliceWraps) {
   if (trilinear()) return;
   Stack stack = stack_of(8, 6).regions({0, 1024}, {1030}, {1});
-  Batch batch(caster().element_size);
+  Batch batch(caster().element_size());
   batch.add({2, 2, 1023.75}, {0, 0, -20}, 2).add({2, 2, 0}, {0, 0, 0}, 0);
   EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
   EXPECT_EQ(batch.at(0, 0), caster().bit() ? 1 : 60);
@@ -240,7 +240,7 @@ TEST_P(StackRegions, PositionsWrapIn32Bits) {
     stack.set(1, 1, 1, 1);
     if (!one_region) stack.regions({0, 4, 8}, {0, 4}, {1, 1});
     const double step = (1 << 30) * unit();
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({1, 1, 1}, {step, step, step}, 5).add({1, 1, 1000}, {step, step, step}, 0);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     EXPECT_EQ(batch.at(0, 0), 1);
@@ -256,7 +256,7 @@ TEST_P(StackRegions, LargestFixedTablesAndBeyond) {
     if (slices > 512 && !grows) continue;
     Stack stack(caster(), 3, 3, slices);
     stack.set(1, 1, slices - 1, 1);
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({1, 1, slices - 1.0}, {0, 0, -1}, 3).add({1, 1, 0}, {0, 0, 0}, 0);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     EXPECT_EQ(batch.samples(0), (Ints{1, 0, 0}));
@@ -271,7 +271,7 @@ TEST_P(StackRegions, LargestFixedTablesAndBeyond) {
     std::vector<int32_t> first(static_cast<size_t>(regions), 0);
     first.back() = 7;
     stack.regions(bounds, first, std::vector<double>(static_cast<size_t>(regions), 1.0));
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({1, 1, regions - 1.25}, {0, 0, 0.25}, 3);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     // The last but one region, its end, and a quarter of a slice into the last one.
@@ -283,7 +283,7 @@ TEST_P(StackRegions, AsManySamplesAsTheStackHoldsAndMore) {
   for (int count : {512, 513, 1300}) {
     Stack stack(caster(), 3, 3, 8);
     stack.set(1, 1, 3, 1);
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({1, 1, 3}, {0, 0, 0}, count).add({1, 1, 5}, {0, 0, 0}, 2).add({1, 1, 3}, {0, 0, 0}, count - 1);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     EXPECT_EQ(batch.samples(0), Ints(static_cast<size_t>(count), 1));

@@ -40,7 +40,7 @@ class StackRounding : public CasterTest {
     double d[3] = {0, 0, 0};
     s[axis] = start;
     d[axis] = step;
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({s[0], s[1], s[2]}, {d[0], d[1], d[2]}, k + 1);
     batch.add({s[0], s[1], s[2] + 5}, {d[0], d[1], d[2]}, 0);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
@@ -145,7 +145,7 @@ TEST_P(StackRounding, SlicePositionsAreCutTowardZero) {
 // Here the first boundary lies 0.6 units above 0, which moves the stack by a unit or not at all;
 // then 1.2 units below 0, where rounding gives 0 and cutting -1.
 TEST_P(StackRounding, FirstBoundary) {
-  const bool rounds = trilinear() && (caster().parallel() || caster().element_size == 1);
+  const bool rounds = trilinear() && (caster().parallel() || caster().element_size() == 1);
   Stack above = stack(2, kOneRegion).regions({0.6 * unit(), 8}, {0}, {1});
   EXPECT_EQ(reaches(above, 2, units(0), 0, 0), !rounds);
   EXPECT_TRUE(reaches(above, 2, units(1), 0, 0));
@@ -157,7 +157,7 @@ TEST_P(StackRounding, FirstBoundary) {
 // The same of the boundary between two regions, 0.6 units above z = 4. What lies above it is read
 // from slice 6, which holds ones.
 TEST_P(StackRounding, InnerBoundary) {
-  const bool rounds = trilinear() && (caster().parallel() || caster().element_size == 1);
+  const bool rounds = trilinear() && (caster().parallel() || caster().element_size() == 1);
   Stack volume(caster(), 9, 9, 8);
   volume.regions({0, 4 + 0.6 * unit(), 6}, {0, 6}, {1, 1}).fill_slice(6, one()).fill_slice(7, one());
   EXPECT_EQ(reaches(volume, 2, 4 + unit(), 0.125, 0), !rounds);  // rising: above 4 or on 4 + a unit

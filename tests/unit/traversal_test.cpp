@@ -31,7 +31,7 @@ constexpr Brink kFixedBrink = {1.25, 1.0 - 1.0 / 2097152, 0, 255, 254, 255};
 
 class Traversal : public CasterTest {
  protected:
-  bool is_8u() const { return caster().element_size == 1; }
+  bool is_8u() const { return caster().element_size() == 1; }
   double x_weight() const { return is_8u() ? 12.0 : 6.0; }
 
   Brink brink() const {
@@ -44,9 +44,9 @@ class Traversal : public CasterTest {
   // A ray for each (x, z); its y is the brink's. Rays beyond `nonempty` have no samples.
   Way way(const std::vector<Point>& starts, Point step, size_t nonempty = 1000) {
     const Brink b = brink();
-    Blocked blocked(caster().element_size, 64, 32);
+    Blocked blocked(caster().element_size(), 64, 32);
     blocked.fill([&](int, int y, int) { return y < 1 ? b.below : b.above; });
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     for (size_t r = 0; r < starts.size(); ++r) {
       batch.add({starts[r].x, r == 0 ? b.first_y : b.other_y, starts[r].z}, step, r < nonempty ? 1 : 0);
     }
@@ -67,10 +67,10 @@ TEST_P(Traversal, AZeroStepGoesRayByRay) { EXPECT_EQ(way(kTogether, {0, 0, 0}), 
 // in fixed point it lies at -2^31, which has no opposite: the rays lie less than nothing apart.
 TEST_P(Traversal, ARayFarAwayCounts) {
   for (double far : {-1e9, 1e9}) {
-    Blocked blocked(caster().element_size, 64, 32);
+    Blocked blocked(caster().element_size(), 64, 32);
     const Brink b = brink();
     blocked.fill([&](int, int y, int) { return y < 1 ? b.below : b.above; });
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add({20, b.first_y, 5}, {0, 0, .25}, 1).add({far, b.first_y, 5}, {0, 0, 0}, 0);
     batch.add({5, b.other_y, 5}, {0, 0, 0}, 1);
     EXPECT_EQ(batch.run(cast(), blocked.volume()), ZOX_STS_NO_ERROR);

@@ -19,7 +19,7 @@ class TrilinearValue : public CasterTest {
   int sample(Point at, std::initializer_list<VoxelValue> voxels) {
     Cube cube(caster());
     for (const VoxelValue& v : voxels) cube.set(v.x, v.y, v.z, v.value);
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add(at, {0, 0, 0}, 1);
     EXPECT_EQ(batch.run(cast(), cube.volume()), ZOX_STS_NO_ERROR);
     return batch.at(0, 0);
@@ -93,10 +93,10 @@ TEST_P(SignedTrilinearValue, UsesAll20BitsOfEveryFraction) {
 }
 
 INSTANTIATE_FOR_CASTERS(SignedTrilinearValue,
-                        [](const Caster& c) { return c.trilinear() && c.element_size == 2; });
+                        [](const Caster& c) { return c.trilinear() && c.element_size() == 2; });
 
 bool integer_formula(const Caster& c) {
-  return c.trilinear() && c.element_size == 1 && (!c.blocked() || c.parallel());
+  return c.trilinear() && c.element_size() == 1 && (!c.blocked() || c.parallel());
 }
 
 // 20 bits of x, 10 of y and z, differences without their low 10 bits, everything floored.
@@ -147,7 +147,7 @@ class TermSumValue : public TrilinearValue {
   int in_constant(Point at, double apart) {
     Cube cube(caster());
     for (int i = 0; i < 512; ++i) cube.set(i % 8, i / 8 % 8, i / 64, 255);
-    Batch batch(caster().element_size);
+    Batch batch(caster().element_size());
     batch.add(at, {0, 0, 0.125}, 1).add({at.x, at.y, at.z + apart}, {0, 0, 0.125}, 1);
     EXPECT_EQ(batch.run(cast(), cube.volume()), ZOX_STS_NO_ERROR);
     return batch.at(0, 0);
@@ -177,7 +177,7 @@ TEST_P(TermSumValue, DependsOnTheOrderOfEveryProduct) {
 }
 
 INSTANTIATE_FOR_CASTERS(TermSumValue, [](const Caster& c) {
-  return c.blocked() && c.trilinear() && (!c.parallel() || c.element_size == 2);
+  return c.blocked() && c.trilinear() && (!c.parallel() || c.element_size() == 2);
 });
 
 // Slice stacks in doubles: (to - from) * fraction + from, along x, then y, then z. The places are
@@ -214,8 +214,9 @@ TEST_P(StackedDoublesValue, GoesAlongXBeforeY) {
   EXPECT_EQ(sample_with(2, {925715, 644814, 555627}, 23360, 14755, 7621, 27804, -22623), 9076);
 }
 
-INSTANTIATE_FOR_CASTERS(StackedDoublesValue,
-                        [](const Caster& c) { return !c.blocked() && c.trilinear() && c.element_size == 2; });
+INSTANTIATE_FOR_CASTERS(StackedDoublesValue, [](const Caster& c) {
+  return !c.blocked() && c.trilinear() && c.element_size() == 2;
+});
 
 }  // namespace
 }  // namespace zox_unit

@@ -48,7 +48,7 @@ void Blocked::fill(const std::function<int(int, int, int)>& value) {
 
 Stack::Voxel Stack::voxel_of(const zox_test::Caster& caster) {
   if (caster.bit()) return Voxel::kBit;
-  return caster.element_size == 1 ? Voxel::kByte : Voxel::kShort;
+  return caster.element_size() == 1 ? Voxel::kByte : Voxel::kShort;
 }
 
 Stack::Stack(Voxel voxel, int columns, int rows, int slices)

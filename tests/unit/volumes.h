@@ -85,7 +85,7 @@ class Stack {
 class Cube {
  public:
   explicit Cube(const zox_test::Caster& caster)
-      : is_blocked_(caster.blocked()), blocked_(caster.element_size, 64, 32), stack_(caster, 9, 9, 8) {}
+      : is_blocked_(caster.blocked()), blocked_(caster.element_size(), 64, 32), stack_(caster, 9, 9, 8) {}
 
   Cube& set(int x, int y, int z, int value);
   const zox_Volume& volume() { return is_blocked_ ? blocked_.volume() : stack_.volume(); }
