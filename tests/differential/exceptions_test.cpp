@@ -65,6 +65,33 @@ TEST_P(Exceptions, AreThoseOfTheReference) {
   }
 }
 
+// Maxima and window/level work on integers and on numbers that fit: they raise none.
+TEST(ExceptionsOfOthers, AreNone) {
+  std::vector<int16_t> words(200);
+  for (size_t i = 0; i < words.size(); ++i) words[i] = static_cast<int16_t>(i * 331);
+  std::vector<uint8_t> bytes(words.size()), selected(words.size(), 255);
+  void* planes[] = {words.data()};
+  const std::vector<int32_t> counts(words.size(), 1);
+  const zox_Rays rays{planes, static_cast<int32_t>(words.size()), nullptr, nullptr, counts.data()};
+  const uint8_t* mask = selected.data();
+  const int threshold = 1;
+  for (const zox::Operations* set : zox::kAllOperations) {
+    if (!set->supported()) continue;
+    for (const uint64_t poison : kPoisons) {
+      poison_stack(poison);
+      feclearexcept(FE_ALL_EXCEPT);
+      for (int width : {2, 400, 32767}) {
+        set->window_level_16s_8u(words.data(), bytes.data(), 199, 40, width, 0, 255);
+      }
+      std::vector<int16_t> maxima(words.size());
+#define ZOX_TEST_MAXIMUM(Name, name, Element, Mask) \
+  set->name(&rays, ZOX_MASK_ARGUMENTS_##Mask reinterpret_cast<Element*>(maxima.data()));
+      ZOX_MAXIMA(ZOX_TEST_MAXIMUM)
+      EXPECT_EQ(0, fetestexcept(kExceptions)) << set->name;
+    }
+  }
+}
+
 INSTANTIATE_TEST_SUITE_P(Differential, Exceptions,
                          testing::Combine(testing::Range(0, kCasterCount),
                                           testing::Range(0, static_cast<int>(all_targets().size()))),
