@@ -14,42 +14,55 @@ constexpr int kNearestReach = 1000;
 constexpr int32_t kFirstSlice = 0;
 constexpr double kSlicesPerUnit = 1;
 
+std::array<int, 3> voxels(const std::array<double, 3>& position, const Size3& first) {
+  std::array<int, 3> found;
+  for (size_t a = 0; a < 3; ++a)
+    found[a] = std::max(static_cast<int>(position[a] * (1 / kGrid)) - first[a], 0);
+  return found;
+}
+
 }  // namespace
 
-Batch::Batch(const Casting& casting)
-    : casting_(casting), samples_(static_cast<size_t>(casting.most_samples) * kPlanePitch) {
-  items_.reserve(kBatchRays);
-  for (int k = 0; k < casting.most_samples; ++k) planes_.push_back(samples_.data() + k * kPlanePitch);
-  for (size_t r = 0; r < kBatchRays; ++r) {
-    start_pointers_[r] = starts_[r].data();
-    step_pointers_[r] = steps_[r].data();
+void Batch::Extent::widen(const Triple& start, const Triple& step, int count) {
+  for (size_t a = 0; a < 3; ++a) {
+    const double end = start[a] + (count - 1) * step[a];
+    low[a] = std::min(low[a], std::min(start[a], end));
+    high[a] = std::max(high[a], std::max(start[a], end));
   }
 }
 
-Batch::Extent Batch::extent(size_t from, size_t count) const {
-  std::array<double, 3> low, high;
-  low.fill(1e300);
-  high.fill(-1e300);
-  for (size_t i = from; i < from + count; ++i) {
-    const Item& item = items_[i];
-    for (size_t a = 0; a < 3; ++a) {
-      const double start = item.line.middle[a] + item.first * item.line.step[a];
-      const double end = start + (item.count - 1) * item.line.step[a];
-      low[a] = std::min({low[a], start, end});
-      high[a] = std::max({high[a], start, end});
-    }
+std::array<int, 3> Batch::Extent::lowest(const Size3& first) const { return voxels(low, first); }
+std::array<int, 3> Batch::Extent::highest(const Size3& first) const { return voxels(high, first); }
+
+Batch::Batch(const Casting& casting)
+    : casting_(casting), samples_(static_cast<size_t>(casting.most_samples) * kPlanePitch) {
+  for (int k = 0; k < casting.most_samples; ++k) planes_.push_back(samples_.data() + k * kPlanePitch);
+  shifted_planes_.resize(planes_.size());
+  for (size_t r = 0; r < kBatchRays; ++r) {
+    start_pointers_[r] = given_starts_[r].data();
+    step_pointers_[r] = given_steps_[r].data();
   }
-  Extent extent;
-  for (size_t a = 0; a < 3; ++a) {
-    extent.low[a] = std::max(static_cast<int>(low[a] / kGrid) - casting_.volume.first[a], 0);
-    extent.high[a] = std::max(static_cast<int>(high[a] / kGrid) - casting_.volume.first[a], 0);
-  }
-  return extent;
+}
+
+void Batch::clear() {
+  size_ = 0;
+  extent_ = {};
+}
+
+void Batch::add(const Line& line, double first, int count, int owner) {
+  Triple& start = starts_[size_];
+  for (size_t a = 0; a < 3; ++a) start[a] = line.middle[a] + first * line.step[a];
+  steps_[size_] = line.step;
+  extent_.widen(start, line.step, count);
+  firsts_[size_] = first;
+  counts_[size_] = count;
+  owners_[size_] = owner;
+  ++size_;
 }
 
 void Batch::set_bricks(const Extent& extent) {
   const Bricks& bricks = casting_.volume.bricks;
-  const int layer = extent.low[2] / kBrickDepth;
+  const int layer = extent.lowest(casting_.volume.first)[2] / kBrickDepth;
   const uint64_t across = static_cast<uint64_t>(bricks.edge / 64);
   base_ = {0, 0, layer * kBrickDepth};
   record_.data = bricks.data + static_cast<uint64_t>(layer) * across * across * kLayerVoxels;
@@ -61,13 +74,14 @@ void Batch::set_bricks(const Extent& extent) {
 void Batch::set_stack(const Extent& extent) {
   const Stack& stack = casting_.volume.stack;
   const bool nearest = casting_.sampler.nearest;
-  base_ = {0, 0, nearest ? extent.low[2] - 1 : extent.low[2]};
+  const auto low = extent.lowest(casting_.volume.first), high = extent.highest(casting_.volume.first);
+  base_ = {0, 0, nearest ? low[2] - 1 : low[2]};
   record_.slices = stack.slices.data() + base_[2] + 1;
   record_.rowoffs = stack.row_offsets.data();
-  record_.nslices = extent.high[2] - base_[2] + (nearest ? 2 : 1);
-  if (nearest && std::max(extent.high[0], extent.high[1]) >= kNearestReach) {
-    base_[0] = extent.low[0];
-    base_[1] = extent.low[1];
+  record_.nslices = high[2] - base_[2] + (nearest ? 2 : 1);
+  if (nearest && std::max(high[0], high[1]) >= kNearestReach) {
+    base_[0] = low[0];
+    base_[1] = low[1];
     shifted_slices_.clear();
     for (int s = 0; s < record_.nslices; ++s)
       shifted_slices_.push_back(static_cast<const int16_t*>(record_.slices[s]) + base_[0]);
@@ -83,15 +97,14 @@ void Batch::set_stack(const Extent& extent) {
 
 void Batch::set_rays(size_t from, size_t count, bool parallel) {
   const Excess more = excess(casting_.sampler, parallel);
-  std::array<double, 3> base;
+  Triple base;
   for (size_t a = 0; a < 3; ++a) base[a] = base_[a] + casting_.volume.first[a];
-  for (size_t r = 0; r < count; ++r) {
-    const Item& item = items_[from + r];
-    for (size_t a = 0; a < 3; ++a)
-      starts_[r][a] = (item.line.middle[a] + item.first * item.line.step[a]) * (1 / kGrid) - base[a];
-    steps_[r] = {step_given(item.line.step[0], more.across), step_given(item.line.step[1], more.across),
-                 step_given(item.line.step[2], more.down)};
-    counts_[from + r] = item.count;
+  for (size_t r = 0; r < count; ++r)
+    for (size_t a = 0; a < 3; ++a) given_starts_[r][a] = starts_[from + r][a] * (1 / kGrid) - base[a];
+  for (size_t r = 0; r < (parallel ? 1 : count); ++r) {
+    const Triple& step = steps_[from + r];
+    given_steps_[r] = {step_given(step[0], more.across), step_given(step[1], more.across),
+                       step_given(step[2], more.down)};
   }
 }
 
@@ -101,11 +114,12 @@ void Batch::cast(size_t from, size_t count, const Extent& extent) {
   const bool parallel =
       casting_.same_step && (casting_.sampler.bricks || record_.nslices <= ZOX_MAX_FIXED_SLICES);
   set_rays(from, count, parallel);
-  std::vector<void*> shifted_planes;
-  if (from > 0)
-    for (void* plane : planes_) shifted_planes.push_back(static_cast<int16_t*>(plane) + from);
   zox_Rays rays{};
-  rays.planes = from > 0 ? shifted_planes.data() : planes_.data();
+  rays.planes = planes_.data();
+  if (from > 0) {
+    for (size_t k = 0; k < planes_.size(); ++k) shifted_planes_[k] = static_cast<int16_t*>(planes_[k]) + from;
+    rays.planes = shifted_planes_.data();
+  }
   rays.nrays = static_cast<int32_t>(count);
   rays.starts = start_pointers_.data();
   rays.steps = step_pointers_.data();
@@ -114,17 +128,22 @@ void Batch::cast(size_t from, size_t count, const Extent& extent) {
   if (status != ZOX_STS_NO_ERROR) throw std::bad_alloc();
 }
 
+void Batch::cast_one_by_one() {
+  for (size_t i = 0; i < size_; ++i) {
+    Extent extent;
+    extent.widen(starts_[i], steps_[i], counts_[i]);
+    cast(i, 1, extent);
+  }
+}
+
 const Reduced& Batch::run() {
-  const Extent all = extent(0, items_.size());
-  const bool too_wide = std::max({all.high[0] - all.low[0], all.high[1] - all.low[1],
-                                  all.high[2] - all.low[2]}) >= kNearestReach;
-  if (!casting_.sampler.bricks && casting_.sampler.nearest && too_wide)
-    for (size_t i = 0; i < items_.size(); ++i) cast(i, 1, extent(i, 1));
-  else
-    cast(0, items_.size(), all);
+  double widest = 0;
+  for (size_t a = 0; a < 3; ++a) widest = std::max(widest, extent_.high[a] - extent_.low[a]);
+  const bool limited = !casting_.sampler.bricks && casting_.sampler.nearest;
+  limited&& widest >= kNearestReach* kGrid ? cast_one_by_one() : cast(0, size_, extent_);
   zox_Rays rays{};
   rays.planes = planes_.data();
-  rays.nrays = static_cast<int32_t>(items_.size());
+  rays.nrays = static_cast<int32_t>(size_);
   rays.nsamples = counts_.data();
   reduce(rays, casting_.wanted, casting_.sampler.bricks ? &casting_.volume.bricks.middle : nullptr, reduced_);
   return reduced_;

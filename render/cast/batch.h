@@ -19,51 +19,57 @@ struct Casting {
   int most_samples;  // of a stretch
 };
 
-// One stretch of a ray: samples first .. first + count - 1 of a line that counts slices.
-struct Item {
-  Line line;
-  double first;
-  int count;
-  int owner;  // the caller's
-};
-
 // One object per thread.
 class Batch {
  public:
   explicit Batch(const Casting& casting);
 
-  bool empty() const { return items_.empty(); }
-  bool full() const { return items_.size() == kBatchRays; }
-  void add(const Item& item) { items_.push_back(item); }
-  void clear() { items_.clear(); }
-  const std::vector<Item>& items() const { return items_; }
+  size_t size() const { return size_; }
+  bool full() const { return size_ == kBatchRays; }
+  void clear();
 
-  // Casts the items; the results are for item i in lane i.
+  // Adds samples first .. first + count - 1 of a line that counts slices. owner: the caller's number.
+  void add(const Line& line, double first, int count, int owner);
+  double first(size_t i) const { return firsts_[i]; }
+  int count(size_t i) const { return counts_[i]; }
+  int owner(size_t i) const { return owners_[i]; }
+
+  // Casts what was added; the results of the i-th are in lane i.
   const Reduced& run();
 
  private:
-  // Voxels of the array that the samples of some items lie in, or past.
+  using Triple = std::array<double, 3>;
+  // Positions that the samples of some stretches lie between, in grid units of the whole.
   struct Extent {
-    std::array<int, 3> low{INT_MAX, INT_MAX, INT_MAX}, high{};
+    Triple low{1e300, 1e300, 1e300}, high{-1e300, -1e300, -1e300};
+    void widen(const Triple& start, const Triple& step, int count);
+    // Voxels of the array, as ints.
+    std::array<int, 3> lowest(const Size3& first) const;
+    std::array<int, 3> highest(const Size3& first) const;
   };
-  Extent extent(size_t from, size_t count) const;
   void cast(size_t from, size_t count, const Extent& extent);
+  void cast_one_by_one();
   void set_bricks(const Extent& extent);
   void set_stack(const Extent& extent);
   void set_rays(size_t from, size_t count, bool parallel);
 
   const Casting& casting_;
-  std::vector<Item> items_;
-  std::vector<int16_t> samples_;
-  std::vector<void*> planes_;
-  std::array<std::array<double, 3>, kBatchRays> starts_{}, steps_{};
-  std::array<const double*, kBatchRays> start_pointers_, step_pointers_;
-  std::array<int32_t, kBatchRays> counts_{};
-  // The volume as the operations see it: from voxel base_ on.
-  std::array<int, 3> base_{};
+  size_t size_ = 0;
+  Extent extent_;
+  std::array<Triple, kBatchRays> starts_{}, steps_{};  // grid units of the whole
+  std::array<double, kBatchRays> firsts_{};
+  std::array<int, kBatchRays> owners_{};
+
+  // What the operations are given.
+  std::array<int, 3> base_{};  // the voxel of the array that their coordinates count from
   zox_Volume record_{};
   double boundaries_[2] = {0, 0};
   std::vector<const void*> shifted_slices_;
+  std::vector<int16_t> samples_;
+  std::vector<void*> planes_, shifted_planes_;
+  std::array<Triple, kBatchRays> given_starts_{}, given_steps_{};
+  std::array<const double*, kBatchRays> start_pointers_, step_pointers_;
+  std::array<int32_t, kBatchRays> counts_{};
   Reduced reduced_{};
 };
 

@@ -30,6 +30,15 @@ void Bundle::add(const Line& line) {
   }
 }
 
+void Bundle::add(const Bundle& other) {
+  for (size_t a = 0; a < 3; ++a) {
+    low_at_first_[a] = std::min(low_at_first_[a], other.low_at_first_[a]);
+    low_at_last_[a] = std::min(low_at_last_[a], other.low_at_last_[a]);
+    high_at_first_[a] = std::max(high_at_first_[a], other.high_at_first_[a]);
+    high_at_last_[a] = std::max(high_at_last_[a], other.high_at_last_[a]);
+  }
+}
+
 void Bundle::cells(double first, double last, const Volume& volume, bool nearest, Size3& low,
                    Size3& high) const {
   const double begin = (first - first_) / (last_ - first_), end = (last - first_) / (last_ - first_);

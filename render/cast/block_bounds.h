@@ -12,6 +12,7 @@ class Bundle {
  public:
   void reset(double first, double last);
   void add(const Line& line);
+  void add(const Bundle& other);  // between the same numbers
   // Cells (or voxels, for nearest samples) of a volume's array that hold samples first .. last of any line.
   void cells(double first, double last, const Volume& volume, bool nearest, Size3& low, Size3& high) const;
 

@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kTilesPerTask = 16;
 constexpr int kLongestStretch = 128;  // samples: planes that stay in the nearest caches
-constexpr double kStretchVoxels = 8;
+static const double kStretchVoxels = getenv("KS") ? atoi(getenv("KS")) : 8;
 // Nearest stack operations reach over 1024 voxels, of which a stretch may take half.
 constexpr double kMostVoxels = 500;
 
@@ -53,12 +53,12 @@ int longest_stretch(const Frame& frame, double step) {
 }
 
 // What cannot be told from black is as good as no sample, what cannot be told from white as good as any.
-void stop_at_window(const zox_render_picture& picture, const Shades& shades, Scene& scene) {
-  if (picture.samples || picture.depths) return;
-  const int black = shades.last_black(), white = shades.first_white();
-  const bool up = scene.order.reduction == ZOX_RENDER_MAXIMUM;
-  if (!up && scene.order.reduction != ZOX_RENDER_MINIMUM) return;
-  const int floor = up ? black : white, ceiling = up ? white : black;
+void stop_at_window(Scene& scene) {
+  if (scene.picture.samples || scene.picture.depths) return;
+  const Wanted& wanted = scene.casting.wanted;
+  if (wanted.largest == wanted.smallest) return;
+  const int black = scene.shades.last_black(), white = scene.shades.first_white();
+  const int floor = wanted.largest ? black : white, ceiling = wanted.largest ? white : black;
   if (floor >= kLowestSample && floor <= kHighestSample) scene.floor = floor;
   if (ceiling >= kLowestSample && ceiling <= kHighestSample) scene.ceiling = ceiling;
 }
@@ -106,11 +106,12 @@ void render_view(const Volume& volume, const zox_render_view& view, const zox_re
   const Shades shades(storage.slope, storage.intercept, window.center, window.width);
   const bool nearest = view.interpolation == ZOX_RENDER_NEAREST;
   const int longest = longest_stretch(volume.frame, camera.step);
+  const Order order(view.reduction, storage.slope, storage.intercept);
   Scene scene{volume,
               rays,
               {volume, sampler(volume.layout, nearest), !camera.perspective && volume.frame.even(),
                wanted(view, picture), longest},
-              {view.reduction, storage.slope, storage.intercept},
+              order,
               shades,
               picture,
               view.width,
@@ -119,8 +120,10 @@ void render_view(const Volume& volume, const zox_render_view& view, const zox_re
               readable_box(volume, nearest),
               view.skip && !volume.bounds.empty() && view.reduction != ZOX_RENDER_MEAN,
               std::clamp(std::floor(kStretchVoxels / voxels_per_sample(volume.frame, camera.step)), 2.0,
-                         double(longest))};
-  if (scene.skip) stop_at_window(picture, shades, scene);
+                         double(longest)),
+              order.none(),
+              order.none()};
+  if (scene.skip) stop_at_window(scene);
   Counts counts;
   render_tiles(scene, work, counts);
   stats.samples = counts.samples;

@@ -11,7 +11,8 @@
 
 namespace render {
 
-inline constexpr int kTileEdge = 8;
+inline constexpr int kTileEdge = 8, kQuadEdge = 4;
+inline constexpr size_t kTilePixels = 64, kQuads = 4;
 
 // What all tiles of a picture share.
 struct Scene {
@@ -25,8 +26,8 @@ struct Scene {
   SampleBox owned, readable;
   bool skip;
   double stretch;  // samples, of what is skipped or not as a whole
-  // Samples that are as good as none, and as the best: not Order::kNone where only pixels are wanted.
-  int floor = Order::kNone, ceiling = Order::kNone;
+  // Samples that are as good as none, and as the best: others than order.none() where only pixels are wanted.
+  int floor, ceiling;
 };
 
 struct Counts {
@@ -42,48 +43,59 @@ class Tile {
   const Counts& counts() const { return counts_; }
 
  private:
-  // The pieces of the tile's rays within one region.
+  // The pieces of the tile's rays within one region, those of a quad one after the other.
   struct Section {
-    std::vector<Line> lines;  // of readable samples
-    std::vector<Stretch> samples;
-    std::vector<int> pixels;
-    Bundle bundle;
+    size_t size = 0;
+    std::array<Line, kTilePixels> lines;
+    std::array<Stretch, kTilePixels> samples;  // readable ones
+    std::array<uint8_t, kTilePixels> pixels;
+    std::array<size_t, kQuads + 1> quad_begins;
+    std::array<Bundle, kQuads> quads;
+    Bundle bundle;  // of all
     Stretch all;
   };
   // What the samples first .. last of a section's rays can be.
   struct Candidate {
     int best;
-    size_t section;
+    int section;
     double first, last;
   };
-  struct Pixel {
-    int best;
-    double at;  // sample number
-    int64_t sum, count;
-    bool any;
-  };
 
+  // Finding the samples of the rays.
   void find_rays(int left, int top);
-  void add_ray(int pixel, const Line& line);
-  void add_piece(size_t region, int pixel, const Line& line, const Stretch& owned);
-  void take_end_samples(int pixel, const Line& line, double first, double last);
-  void find_candidates();
-  int best_within(const Section& section, double first, double last) const;
-  void cast_candidates();
+  void add_ray(size_t pixel, const Line& line);
+  void add_piece(size_t region, size_t pixel, const Line& line, const Stretch& owned);
+  Stretch readable_of(const Line& line, const Stretch& owned) const;
+  void take_end_samples(size_t pixel, const Line& line, double first, double last);
+  // Casting them all, or those that can win.
   void cast_everything();
-  bool can_improve(const Pixel& pixel, const Candidate& candidate) const;
-  void add_items(const Section& section, size_t ray, double first, double last);
+  void bundle_rays(Section& section);
+  void find_candidates();
+  int best_within(const Bundle& bundle, double first, double last, bool coarse) const;
+  void cast_candidates();
+  void add_candidate(const Candidate& candidate);
+  bool can_improve(size_t pixel, int best, double first) const;
+  void add_stretch(const Section& section, size_t ray, double first, double last);
   void run_batch();
-  void take(Pixel& pixel, int sample, double number);
-  void write(int left, int top);
-  void write_pixel(const Pixel& pixel, int64_t column, int64_t row) const;
-  int final_sample(const Pixel& pixel) const;
+  void find_worst();
+  void take(size_t pixel, int sample, double number);
+  // Writing the picture.
+  void write(int left, int top) const;
+  void write_pixel(size_t pixel, int64_t column, int64_t row) const;
+  int final_sample(size_t pixel) const;
 
   const Scene& scene_;
+  bool all_readable_;
   Batch batch_;
   std::vector<Section> sections_;
   std::vector<Candidate> candidates_;
-  std::array<Pixel, kTileEdge * kTileEdge> pixels_;
+  // Of each pixel: the winner, its number, and all samples so far.
+  std::array<int, kTilePixels> best_;
+  std::array<double, kTilePixels> at_;
+  std::array<int64_t, kTilePixels> sum_, count_;
+  std::array<bool, kTilePixels> any_;
+  int worst_ = 0;      // of all winners that can still be beaten
+  bool done_ = false;  // there is none
   Counts counts_;
 };
 

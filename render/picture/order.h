@@ -1,7 +1,6 @@
 // Which of two samples wins.
 #pragma once
 
-#include <climits>
 #include <cmath>
 #include <cstdint>
 
@@ -10,21 +9,30 @@
 namespace render {
 
 // Larger samples are larger values. Of equal magnitudes the positive value wins, which the larger sample is.
-struct Order {
-  int reduction;
-  double slope, intercept;
+class Order {
+ public:
+  Order(int reduction, double slope, double intercept)
+      : sign_(reduction == ZOX_RENDER_MINIMUM             ? -1
+              : reduction == ZOX_RENDER_LARGEST_MAGNITUDE ? 0
+                                                          : 1),
+        slope_(slope),
+        intercept_(intercept) {}
 
-  // Loses against every sample.
-  static constexpr int kNone = INT_MIN;
-  double magnitude(int sample) const { return std::abs(sample * slope + intercept); }
+  // Loses against every sample, by its number already where the numbers decide.
+  int none() const { return sign_ < 0 ? kBeyond : -kBeyond; }
+  double magnitude(int sample) const { return std::abs(sample * slope_ + intercept_); }
 
   bool better(int a, int b) const {
-    if (a == kNone || b == kNone) return b == kNone && a != kNone;
-    if (reduction == ZOX_RENDER_MAXIMUM) return a > b;
-    if (reduction == ZOX_RENDER_MINIMUM) return a < b;
+    if (sign_ != 0) return a * sign_ > b * sign_;
+    if (a == none() || b == none()) return b == none() && a != none();
     const double of_a = magnitude(a), of_b = magnitude(b);
     return of_a > of_b || (of_a == of_b && a > b);
   }
+
+ private:
+  static constexpr int kBeyond = 40000;
+  int sign_;
+  double slope_, intercept_;
 };
 
 }  // namespace render

@@ -7,14 +7,20 @@ namespace {
 
 // Positions are whole numbers below 2^52, steps whole numbers. A quotient that is not whole lies at least
 // 1 / |step| from any whole number, and is rounded by less than half of that: hence floor and ceiling of the
-// rounded quotient are those of the quotient.
-Stretch along(double low, double high, double middle, double step, Stretch samples) {
+// rounded quotient are those of the quotient. Returned unrounded.
+Stretch along(double low, double high, double middle, double step, const Stretch& samples) {
   if (step == 0) return middle < low || middle > high ? Stretch{} : samples;
   const double a = (low - middle) / step, b = (high - middle) / step;
-  samples.first = std::max(samples.first, std::ceil(std::min(a, b)));
-  samples.last = std::min(samples.last, std::floor(std::max(a, b)));
-  return samples;
+  return {std::max(samples.first, std::min(a, b)), std::min(samples.last, std::max(a, b))};
 }
+
+// Of numbers below 2^52.
+double ceiling(double v) {
+  const double cut = static_cast<double>(static_cast<int64_t>(v));
+  return cut < v ? cut + 1 : cut;
+}
+
+Stretch whole(const Stretch& samples) { return {ceiling(samples.first), -ceiling(-samples.last)}; }
 
 // The ends of a region in units of the grid. Neighbouring regions share no sample: each has its lower end.
 struct Ends {
@@ -56,15 +62,15 @@ SampleBox readable_box(const Volume& volume, bool nearest) {
 
 Stretch clip(const SampleBox& box, const Line& line, const Stretch& within) {
   Stretch samples = within;
-  for (size_t a = 0; a < 3 && !samples.empty(); ++a)
+  for (size_t a = 0; a < 3; ++a)
     samples = along(box.low[a], box.high[a], line.middle[a], line.step[a], samples);
-  return samples;
+  return whole(samples);
 }
 
 Piece piece_in_region(const Frame& frame, size_t j, bool nearest, const Line& line, const Stretch& within) {
   Piece piece{line, within};
   const Ends ends = region_ends(frame, j, nearest);
-  piece.samples = along(ends.low, ends.high, line.middle[2], line.step[2], within);
+  piece.samples = whole(along(ends.low, ends.high, line.middle[2], line.step[2], within));
   if (piece.samples.empty()) return piece;
   const Region& region = frame.regions[j];
   const auto slice_at = [&](double n) {

@@ -9,6 +9,9 @@ namespace {
 
 // The first and last n with near <= n * step <= far, as the products compare in doubles.
 Stretch between(double near, double far, double step) {
+  const double beyond = 2 * kFarSample * step;
+  near = std::clamp(near, -beyond, beyond);
+  far = std::clamp(far, -beyond, beyond);
   double first = std::max(std::ceil(near / step), -kFarSample),
          last = std::min(std::floor(far / step), kFarSample);
   while ((first - 1) * step >= near && first > -kFarSample) --first;

@@ -76,8 +76,9 @@ Bounds make_bounds(const Size3& size, const BlockTable::RowReader& read_row, Wor
       static_cast<uint64_t>(size[0]) * static_cast<uint64_t>(size[1]) * static_cast<uint64_t>(size[2]);
   const uint64_t limit = voxels * sizeof(int16_t) * 3 / 100;
   for (int shift = kLargestShift; shift <= kCoarsestShift; ++shift) {
-    if (BlockTable::bytes(size, shift) + BlockTable::bytes(size, shift + 1) > limit) continue;
-    bounds.largest.build(size, shift, true, read_row, work, 0.93);
+    if (BlockTable::bytes(size, shift) + 2 * BlockTable::bytes(size, shift + 1) > limit) continue;
+    bounds.largest.build(size, shift, true, read_row, work, 0.9);
+    bounds.coarse_largest.build(size, shift + 1, true, read_row, work, 0.95);
     bounds.smallest.build(size, shift + 1, false, read_row, work, 1);
     break;
   }

@@ -34,13 +34,13 @@ class BlockTable {
 };
 
 struct Bounds {
-  BlockTable largest, smallest;
+  BlockTable largest, coarse_largest, smallest;
   bool empty() const { return largest.empty(); }
-  uint64_t bytes() const { return largest.bytes() + smallest.bytes(); }
+  uint64_t bytes() const { return largest.bytes() + coarse_largest.bytes() + smallest.bytes(); }
 };
 
-// Largest samples of blocks of 4 voxels an edge, smallest ones (seldom asked for) of 8: 1.8 % of the volume.
-// Volumes so thin that the tables would take more than 3 % get coarser ones or none.
+// Largest samples of blocks of 4 and of 8 voxels an edge, smallest ones (seldom asked for) of 8: 2 % of the
+// volume. Volumes so thin that the tables would take more than 3 % get coarser ones or none.
 Bounds make_bounds(const Size3& size, const BlockTable::RowReader& read_row, Work& work);
 
 }  // namespace render

@@ -60,7 +60,7 @@ struct Expected {
   double number;
 };
 
-Expected reduce(const Ray& ray, const render::Order& order) {
+Expected reduce(const Ray& ray, const render::Order& order, bool mean) {
   Expected expected{ray.samples[0], ray.numbers[0]};
   double sum = 0;
   for (size_t i = 0; i < ray.samples.size(); ++i) {
@@ -68,7 +68,7 @@ Expected reduce(const Ray& ray, const render::Order& order) {
     const bool nearer = ray.samples[i] == expected.sample && ray.numbers[i] < expected.number;
     if (order.better(ray.samples[i], expected.sample) || nearer) expected = {ray.samples[i], ray.numbers[i]};
   }
-  if (order.reduction == ZOX_RENDER_MEAN)
+  if (mean)
     expected.sample = static_cast<int>(std::floor(sum / static_cast<double>(ray.samples.size()) + 0.5));
   return expected;
 }
@@ -103,15 +103,16 @@ class SingleSamples {
       return;
     }
     const render::Volume& volume = *handle_.volume->volume;
-    const render::Order order{scene_.view.reduction, volume.storage.slope, volume.storage.intercept};
-    const Expected expected = reduce(ray, order);
+    const render::Order order(scene_.view.reduction, volume.storage.slope, volume.storage.intercept);
+    const Expected expected = reduce(ray, order, scene_.view.reduction == ZOX_RENDER_MEAN);
     const bool bricks = volume.layout == render::Layout::kBricks;
     if (!bricks) {
       EXPECT_EQ(picture.samples[i], expected.sample);
     } else if (scene_.view.reduction != ZOX_RENDER_LARGEST_MAGNITUDE) {
       EXPECT_NEAR(picture.samples[i], expected.sample, 1);
     } else {
-      EXPECT_NEAR(order.magnitude(picture.samples[i]), order.magnitude(expected.sample), 1.01 * order.slope);
+      EXPECT_NEAR(order.magnitude(picture.samples[i]), order.magnitude(expected.sample),
+                  1.01 * volume.storage.slope);
     }
     if (scene_.view.reduction == ZOX_RENDER_MEAN) return;
     const auto winner = std::find(ray.numbers.begin(), ray.numbers.end(), picture.depths[i]);
