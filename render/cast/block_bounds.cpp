@@ -5,8 +5,8 @@
 namespace render {
 namespace {
 
-// Chords are rounded; positions are not.
-constexpr double kSpareUnits = 4;
+// Chords are rounded, by far less than this; positions are not.
+constexpr double kSpareUnits = 64;
 
 }  // namespace
 
@@ -39,17 +39,24 @@ void Bundle::add(const Bundle& other) {
   }
 }
 
-void Bundle::cells(double first, double last, const Volume& volume, bool nearest, Size3& low,
-                   Size3& high) const {
-  const double begin = (first - first_) / (last_ - first_), end = (last - first_) / (last_ - first_);
+void Bundle::finish(const Volume& volume, bool nearest) {
+  const double factor = 1 / (kGrid * (last_ - first_));
   for (size_t a = 0; a < 3; ++a) {
-    const double low_slope = low_at_last_[a] - low_at_first_[a],
-                 high_slope = high_at_last_[a] - high_at_first_[a];
-    const double lowest = low_at_first_[a] + std::min(begin * low_slope, end * low_slope) - kSpareUnits;
-    const double highest = high_at_first_[a] + std::max(begin * high_slope, end * high_slope) + kSpareUnits;
-    const double shift = (nearest ? 0.5 : 0) - volume.first[a], most = volume.size[a] - 1;
-    low[a] = static_cast<int>(std::clamp(lowest * (1 / kGrid) + shift, 0.0, most));
-    high[a] = static_cast<int>(std::clamp(highest * (1 / kGrid) + shift, 0.0, most));
+    const double low_slope = (low_at_last_[a] - low_at_first_[a]) * factor;
+    const double high_slope = (high_at_last_[a] - high_at_first_[a]) * factor;
+    const double shift = (nearest ? 0.5 : 0) - volume.first[a];
+    low_[a] = {(low_at_first_[a] - kSpareUnits) * (1 / kGrid) + shift - first_ * low_slope, low_slope};
+    high_[a] = {(high_at_first_[a] + kSpareUnits) * (1 / kGrid) + shift - first_ * high_slope, high_slope};
+    most_[a] = volume.size[a] - 1;
+  }
+}
+
+void Bundle::cells(double first, double last, Size3& low, Size3& high) const {
+  for (size_t a = 0; a < 3; ++a) {
+    const double lowest = low_[a].begin + (low_[a].slope < 0 ? last : first) * low_[a].slope;
+    const double highest = high_[a].begin + (high_[a].slope < 0 ? first : last) * high_[a].slope;
+    low[a] = static_cast<int>(std::clamp(lowest, 0.0, most_[a]));
+    high[a] = static_cast<int>(std::clamp(highest, 0.0, most_[a]));
   }
 }
 

@@ -13,12 +13,20 @@ class Bundle {
   void reset(double first, double last);
   void add(const Line& line);
   void add(const Bundle& other);  // between the same numbers
-  // Cells (or voxels, for nearest samples) of a volume's array that hold samples first .. last of any line.
-  void cells(double first, double last, const Volume& volume, bool nearest, Size3& low, Size3& high) const;
+  // After the last line: for the cells (or voxels, for nearest samples) of a volume's array.
+  void finish(const Volume& volume, bool nearest);
+  // Those that hold samples first .. last of any line.
+  void cells(double first, double last, Size3& low, Size3& high) const;
 
  private:
   double first_ = 0, last_ = 0;
   std::array<double, 3> low_at_first_{}, low_at_last_{}, high_at_first_{}, high_at_last_{};
+  // A position in voxels of the array is begin + n * slope.
+  struct Chord {
+    double begin, slope;
+  };
+  std::array<Chord, 3> low_{}, high_{};
+  std::array<double, 3> most_{};
 };
 
 }  // namespace render

@@ -8,7 +8,7 @@ namespace render {
 
 int Tile::best_within(const Bundle& bundle, double first, double last, bool coarse) const {
   Size3 low, high;
-  bundle.cells(first, last, scene_.volume, scene_.casting.sampler.nearest, low, high);
+  bundle.cells(first, last, low, high);
   const Bounds& bounds = scene_.volume.bounds;
   const Wanted& wanted = scene_.casting.wanted;
   const BlockTable& table = coarse ? bounds.coarse_largest : bounds.largest;
@@ -27,7 +27,12 @@ void Tile::bundle_rays(Section& section) {
     section.quads[quad].add(section.lines[ray]);
     for (size_t q = 0; q <= quad; ++q) section.quad_begins[q] = ray;
   }
-  for (const Bundle& quad : section.quads) section.bundle.add(quad);
+  const bool nearest = scene_.casting.sampler.nearest;
+  for (Bundle& quad : section.quads) {
+    section.bundle.add(quad);
+    quad.finish(scene_.volume, nearest);
+  }
+  section.bundle.finish(scene_.volume, nearest);
 }
 
 // Stretches begin at multiples of their length. The most promising comes first; of equals the nearest.

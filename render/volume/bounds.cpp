@@ -1,5 +1,7 @@
 #include "volume/bounds.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 
 namespace render {
@@ -18,6 +20,38 @@ void merge_rows(const int16_t* row, int count, bool largest, int16_t* into) {
     for (int x = 0; x < count; ++x) into[x] = std::max(into[x], row[x]);
   else
     for (int x = 0; x < count; ++x) into[x] = std::min(into[x], row[x]);
+}
+
+constexpr int kLanes = 8;
+
+// Eight numbers are read at a time; what lies beyond the columns asked for is dropped at the end.
+template <bool kLargest>
+__m128i extreme_of(__m128i a, __m128i b) {
+  return kLargest ? _mm_max_epi16(a, b) : _mm_min_epi16(a, b);
+}
+
+template <bool kLargest>
+int extreme_lane(__m128i lanes, int columns) {
+  alignas(16) int16_t numbers[kLanes];
+  _mm_store_si128(reinterpret_cast<__m128i*>(numbers), lanes);
+  int16_t best = numbers[0];
+  for (int i = 1; i < columns; ++i) best = kLargest ? std::max(best, numbers[i]) : std::min(best, numbers[i]);
+  return best;
+}
+
+template <bool kLargest>
+int extreme(const int16_t* corner, const Size3& counts, const Size3& blocks) {
+  int best = kLargest ? INT16_MIN : INT16_MAX;
+  for (int x = 0; x < counts[0]; x += kLanes) {
+    __m128i lanes = _mm_set1_epi16(static_cast<int16_t>(best));
+    for (int z = 0; z < counts[2]; ++z) {
+      const int16_t* row = corner + x + int64_t{z} * blocks[1] * blocks[0];
+      for (int y = 0; y < counts[1]; ++y, row += blocks[0])
+        lanes = extreme_of<kLargest>(lanes, _mm_loadu_si128(reinterpret_cast<const __m128i*>(row)));
+    }
+    best = extreme_lane<kLargest>(lanes, std::min(counts[0] - x, kLanes));
+  }
+  return best;
 }
 
 }  // namespace
@@ -52,22 +86,17 @@ void BlockTable::build(const Size3& size, int shift, bool largest, const RowRead
   shift_ = shift;
   largest_ = largest;
   blocks_ = block_counts(size, shift);
-  values_.resize(bytes(size, shift) / sizeof(int16_t));
+  values_.resize(bytes(size, shift) / sizeof(int16_t) + kLanes);  // reads go on past the last number
   work.spread(blocks_[2], share, [&](int layer) { build_layer(size, layer, read_row); });
 }
 
 int BlockTable::over(const Size3& low, const Size3& high) const {
-  const int x0 = low[0] >> shift_, x1 = high[0] >> shift_;
-  int best = largest_ ? INT16_MIN : INT16_MAX;
-  for (int z = low[2] >> shift_; z <= high[2] >> shift_; ++z)
-    for (int y = low[1] >> shift_; y <= high[1] >> shift_; ++y) {
-      const int16_t* row = values_.data() + (int64_t{z} * blocks_[1] + y) * blocks_[0];
-      if (largest_)
-        for (int x = x0; x <= x1; ++x) best = std::max<int>(best, row[x]);
-      else
-        for (int x = x0; x <= x1; ++x) best = std::min<int>(best, row[x]);
-    }
-  return best;
+  const int x0 = low[0] >> shift_, y0 = low[1] >> shift_, z0 = low[2] >> shift_;
+  const int columns = (high[0] >> shift_) - x0 + 1, rows = (high[1] >> shift_) - y0 + 1;
+  const int layers = (high[2] >> shift_) - z0 + 1;
+  const int16_t* corner = values_.data() + (int64_t{z0} * blocks_[1] + y0) * blocks_[0] + x0;
+  return largest_ ? extreme<true>(corner, {columns, rows, layers}, blocks_)
+                  : extreme<false>(corner, {columns, rows, layers}, blocks_);
 }
 
 Bounds make_bounds(const Size3& size, const BlockTable::RowReader& read_row, Work& work) {
