@@ -78,6 +78,7 @@ void render_tiles(const Scene& scene, Work& work, Counts& counts) {
       }
     }
     if (!tile) tile = std::make_unique<Tile>(scene);
+    tile->begin_task();
     for (int t = task * kTilesPerTask; t < std::min(task * kTilesPerTask + kTilesPerTask, tiles); ++t)
       tile->render(t % columns * kTileEdge, t / columns * kTileEdge);
     const std::lock_guard lock(mutex);

@@ -5,6 +5,13 @@
 #include "cast/tile.h"
 
 namespace render {
+namespace {
+
+// Candidates that are cast before it is seen how many remain; and the share of all samples that is most.
+constexpr size_t kProbes = 3;
+constexpr double kMost = 0.85;
+
+}  // namespace
 
 int Tile::best_within(const Bundle& bundle, double first, double last, bool coarse) const {
   Size3 low, high;
@@ -84,12 +91,49 @@ void Tile::find_worst() {
 
 void Tile::cast_candidates() {
   find_worst();
-  for (const Candidate& candidate : candidates_) {
+  for (size_t i = 0; i < candidates_.size(); ++i) {
     // Equals may still be nearer.
-    if (done_ || scene_.order.better(worst_, candidate.best)) break;
-    add_candidate(candidate);
+    if (done_ || scene_.order.better(worst_, candidates_[i].best)) break;
+    if (i == kProbes && most_remain()) {
+      cast_runs();
+      break;
+    }
+    add_candidate(candidates_[i]);
   }
   run_batch();
+}
+
+// Whether so little can be left out that long stretches, which cost less a sample, are the better way.
+bool Tile::most_remain() const {
+  double remaining = 0, all = 0;
+  for (size_t i = kProbes; i < candidates_.size(); ++i)
+    if (scene_.order.better(candidates_[i].best, worst_))
+      remaining += candidates_[i].last - candidates_[i].first + 1;
+  for (const Section& section : sections_)
+    if (section.size > 0) all += section.all.last - section.all.first + 1;
+  return remaining > kMost * all;
+}
+
+// The candidates that remain, neighbours together.
+void Tile::cast_runs() {
+  const auto remaining = candidates_.begin() + kProbes;
+  std::sort(remaining, candidates_.end(), [](const Candidate& a, const Candidate& b) {
+    return a.section != b.section ? a.section < b.section : a.first < b.first;
+  });
+  const double most = scene_.casting.most_samples;
+  for (auto begin = remaining; begin != candidates_.end();) {
+    Candidate run = *begin;
+    for (++begin; begin != candidates_.end(); ++begin) {
+      const bool follows = begin->section == run.section && begin->first == run.last + 1;
+      if (!follows || begin->last - run.first >= most) break;
+      run.last = begin->last;
+      if (scene_.order.better(begin->best, run.best)) run.best = begin->best;
+    }
+    const Section& section = sections_[static_cast<size_t>(run.section)];
+    for (size_t ray = 0; ray < section.size; ++ray)
+      if (can_improve(section.pixels[ray], run.best, run.first))
+        add_stretch(section, ray, run.first, run.last);
+  }
 }
 
 // Where any ray of a quad could gain, the quad is bounded by itself.

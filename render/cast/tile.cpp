@@ -16,6 +16,12 @@ int row_of(size_t pixel) {
   return static_cast<int>(pixel / (2 * kQuadPixels) * kQuadEdge + pixel % kQuadPixels / kQuadEdge);
 }
 
+// A tile of at least so many samples tells of its neighbours; this share cast is next to all; so many are not
+// tried.
+constexpr int64_t kTelling = 2000;
+constexpr double kHopeless = 0.9;
+constexpr int kUntried = 7;
+
 double seconds() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
 }
@@ -35,15 +41,22 @@ Tile::Tile(const Scene& scene)
 
 void Tile::render(int left, int top) {
   const double begin = seconds();
+  const int64_t samples = counts_.samples, cast_before = counts_.cast;
   find_rays(left, top);
-  if (scene_.skip) find_candidates();
+  skip_ = scene_.skip && untried_ == 0;
+  if (skip_) find_candidates();
   const double bounded = seconds();
-  scene_.skip ? cast_candidates() : cast_everything();
+  skip_ ? cast_candidates() : cast_everything();
   const double cast = seconds();
   write(left, top);
   counts_.seconds_bounds += bounded - begin;
   counts_.seconds_cast += cast - bounded;
   counts_.seconds_window += seconds() - cast;
+  if (untried_ > 0) --untried_;
+  const int64_t all = counts_.samples - samples;
+  if (skip_ && all > kTelling &&
+      static_cast<double>(counts_.cast - cast_before) > kHopeless * static_cast<double>(all))
+    untried_ = kUntried;
 }
 
 void Tile::find_rays(int left, int top) {
@@ -158,7 +171,7 @@ void Tile::run_batch() {
     counts_.cast += batch_.count(i);
   }
   batch_.clear();
-  if (scene_.skip) find_worst();
+  if (skip_) find_worst();
 }
 
 int Tile::final_sample(size_t pixel) const {

@@ -39,6 +39,9 @@ struct Counts {
 class Tile {
  public:
   explicit Tile(const Scene& scene);
+  // Tiles of one task are neighbours: where nothing could be left out of one, the next few are not tried.
+  // What is left out depends on nothing else, and the picture not even on that.
+  void begin_task() { untried_ = 0; }
   void render(int left, int top);
   const Counts& counts() const { return counts_; }
 
@@ -73,6 +76,8 @@ class Tile {
   void find_candidates();
   int best_within(const Bundle& bundle, double first, double last, bool coarse) const;
   void cast_candidates();
+  bool most_remain() const;
+  void cast_runs();
   void add_candidate(const Candidate& candidate);
   bool can_improve(size_t pixel, int best, double first) const;
   void add_stretch(const Section& section, size_t ray, double first, double last);
@@ -96,6 +101,8 @@ class Tile {
   std::array<bool, kTilePixels> any_;
   int worst_ = 0;      // of all winners that can still be beaten
   bool done_ = false;  // there is none
+  bool skip_ = false;  // in this tile
+  int untried_ = 0;    // tiles to come that are cast as a whole
   Counts counts_;
 };
 

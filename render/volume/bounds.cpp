@@ -15,11 +15,12 @@ Size3 block_counts(const Size3& size, int shift) {
   return counts;
 }
 
-void merge_rows(const int16_t* row, int count, bool largest, int16_t* into) {
-  if (largest)
-    for (int x = 0; x < count; ++x) into[x] = std::max(into[x], row[x]);
-  else
-    for (int x = 0; x < count; ++x) into[x] = std::min(into[x], row[x]);
+// Extremes along rows, voxel by voxel.
+void merge_rows(const int16_t* row, int count, int16_t* largest, int16_t* smallest) {
+  for (int x = 0; x < count; ++x) {
+    largest[x] = std::max(largest[x], row[x]);
+    smallest[x] = std::min(smallest[x], row[x]);
+  }
 }
 
 constexpr int kLanes = 8;
@@ -62,32 +63,61 @@ uint64_t BlockTable::bytes(const Size3& size, int shift) {
          static_cast<uint64_t>(counts[2]) * sizeof(int16_t);
 }
 
-void BlockTable::build_layer(const Size3& size, int layer, const RowReader& read_row) {
-  const int edge = 1 << shift_;
-  const int16_t nothing = largest_ ? INT16_MIN : INT16_MAX;
-  std::vector<int16_t> merged(static_cast<size_t>(size[0])), row(static_cast<size_t>(size[0]));
-  int16_t* value = values_.data() + int64_t{layer} * blocks_[1] * blocks_[0];
-  for (int by = 0; by < blocks_[1]; ++by) {
-    std::fill(merged.begin(), merged.end(), nothing);
-    for (int z = layer * edge; z <= std::min(layer * edge + edge, size[2] - 1); ++z)
-      for (int y = by * edge; y <= std::min(by * edge + edge, size[1] - 1); ++y) {
-        read_row(y, z, row.data());
-        merge_rows(row.data(), size[0], largest_, merged.data());
-      }
-    for (int x = 0; x < size[0]; x += edge) {
-      const auto begin = merged.begin() + x, end = merged.begin() + std::min(x + edge + 1, size[0]);
-      *value++ = largest_ ? *std::max_element(begin, end) : *std::min_element(begin, end);
-    }
-  }
-}
-
-void BlockTable::build(const Size3& size, int shift, bool largest, const RowReader& read_row, Work& work,
-                       double share) {
+void BlockTable::resize(const Size3& size, int shift, bool largest) {
   shift_ = shift;
   largest_ = largest;
   blocks_ = block_counts(size, shift);
   values_.resize(bytes(size, shift) / sizeof(int16_t) + kLanes);  // reads go on past the last number
-  work.spread(blocks_[2], share, [&](int layer) { build_layer(size, layer, read_row); });
+}
+
+int16_t& BlockTable::at(int x, int y, int z) {
+  return values_[static_cast<size_t>((int64_t{z} * blocks_[1] + y) * blocks_[0] + x)];
+}
+
+// One layer of blocks of both tables, which have one shift.
+void build_layer(const Size3& size, int layer, const BlockTable::RowReader& read_row, BlockTable& largest,
+                 BlockTable& smallest) {
+  const int edge = 1 << largest.shift_;
+  const size_t columns = static_cast<size_t>(size[0]);
+  std::vector<int16_t> high(columns), low(columns), row(columns);
+  for (int by = 0; by < largest.blocks_[1]; ++by) {
+    std::fill(high.begin(), high.end(), INT16_MIN);
+    std::fill(low.begin(), low.end(), INT16_MAX);
+    for (int z = layer * edge; z <= std::min(layer * edge + edge, size[2] - 1); ++z)
+      for (int y = by * edge; y <= std::min(by * edge + edge, size[1] - 1); ++y) {
+        read_row(y, z, row.data());
+        merge_rows(row.data(), size[0], high.data(), low.data());
+      }
+    for (int bx = 0; bx < largest.blocks_[0]; ++bx) {
+      const int begin = bx * edge, end = std::min(begin + edge + 1, size[0]);
+      largest.at(bx, by, layer) = *std::max_element(high.begin() + begin, high.begin() + end);
+      smallest.at(bx, by, layer) = *std::min_element(low.begin() + begin, low.begin() + end);
+    }
+  }
+}
+
+void build_tables(const Size3& size, int shift, const BlockTable::RowReader& read_row, Work& work,
+                  BlockTable& largest, BlockTable& smallest) {
+  largest.resize(size, shift, true);
+  smallest.resize(size, shift, false);
+  work.spread(block_counts(size, shift)[2], 1,
+              [&](int layer) { build_layer(size, layer, read_row, largest, smallest); });
+}
+
+// Eight blocks make one of the next table: the voxels that they speak of overlap in the same way.
+BlockTable BlockTable::halved(const Size3& size) const {
+  BlockTable half;
+  half.resize(size, shift_ + 1, largest_);
+  for (int z = 0; z < half.blocks_[2]; ++z)
+    for (int y = 0; y < half.blocks_[1]; ++y)
+      for (int x = 0; x < half.blocks_[0]; ++x) {
+        const int e = 1 << half.shift_;
+        const Size3 low = {x * e, y * e, z * e};
+        const Size3 high = {std::min(low[0] + e, size[0]) - 1, std::min(low[1] + e, size[1]) - 1,
+                            std::min(low[2] + e, size[2]) - 1};
+        half.at(x, y, z) = static_cast<int16_t>(over(low, high));
+      }
+  return half;
 }
 
 int BlockTable::over(const Size3& low, const Size3& high) const {
@@ -106,9 +136,10 @@ Bounds make_bounds(const Size3& size, const BlockTable::RowReader& read_row, Wor
   const uint64_t limit = voxels * sizeof(int16_t) * 3 / 100;
   for (int shift = kLargestShift; shift <= kCoarsestShift; ++shift) {
     if (BlockTable::bytes(size, shift) + 2 * BlockTable::bytes(size, shift + 1) > limit) continue;
-    bounds.largest.build(size, shift, true, read_row, work, 0.9);
-    bounds.coarse_largest.build(size, shift + 1, true, read_row, work, 0.95);
-    bounds.smallest.build(size, shift + 1, false, read_row, work, 1);
+    BlockTable smallest;
+    build_tables(size, shift, read_row, work, bounds.largest, smallest);
+    bounds.coarse_largest = bounds.largest.halved(size);
+    bounds.smallest = smallest.halved(size);
     break;
   }
   return bounds;

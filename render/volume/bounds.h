@@ -17,15 +17,22 @@ class BlockTable {
   using RowReader = std::function<void(int y, int z, int16_t* samples)>;
   static uint64_t bytes(const Size3& size, int shift);
 
-  void build(const Size3& size, int shift, bool largest, const RowReader& read_row, Work& work, double share);
   bool empty() const { return values_.empty(); }
   uint64_t bytes() const { return values_.size() * sizeof(int16_t); }
 
   // The largest (or smallest) over the cells low .. high, which lie within the volume.
   int over(const Size3& low, const Size3& high) const;
 
+  // Of blocks twice as wide.
+  BlockTable halved(const Size3& size) const;
+  friend void build_layer(const Size3& size, int layer, const RowReader& read_row, BlockTable& largest,
+                          BlockTable& smallest);
+  friend void build_tables(const Size3& size, int shift, const RowReader& read_row, Work& work,
+                           BlockTable& largest, BlockTable& smallest);
+
  private:
-  void build_layer(const Size3& size, int layer, const RowReader& read_row);
+  void resize(const Size3& size, int shift, bool largest);
+  int16_t& at(int x, int y, int z);
 
   int shift_ = 0;
   bool largest_ = true;

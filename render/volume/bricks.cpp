@@ -78,6 +78,18 @@ uint64_t Bricks::z_term(int z) const {
          static_cast<uint64_t>(z / kBrickDepth) * across * across * kBrickVoxels;
 }
 
+// Four voxels of a row lie together in a cell, the next four a cell further on.
+void Bricks::read_row(int y, int z, int columns, int16_t* samples) const {
+  const int16_t* row = data + (y_term(y) | z_term(z));
+  const int16_t shift = static_cast<int16_t>(middle);
+  int x = 0;
+  for (; x + kCellEdge <= columns; x += kCellEdge) {
+    const int16_t* cell = row + x_term(x);
+    for (int i = 0; i < kCellEdge; ++i) samples[x + i] = static_cast<int16_t>(from_guarded(cell[i]) + shift);
+  }
+  for (; x < columns; ++x) samples[x] = static_cast<int16_t>(from_guarded(row[x_term(x)]) + shift);
+}
+
 // Only the bricks that hold voxels are ever touched.
 uint64_t bricks_bytes(const Size3& size) {
   return rounded_up(size[0], kBrickEdge) * rounded_up(size[1], kBrickEdge) *

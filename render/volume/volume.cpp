@@ -55,9 +55,7 @@ void Volume::read_row(int y, int z, int16_t* samples) const {
     std::memcpy(samples, stack.row(y, z), columns * sizeof(int16_t));
     return;
   }
-  const int16_t* row = bricks.data + (bricks.y_term(y) | bricks.z_term(z));
-  for (int x = 0; x < size[0]; ++x)
-    samples[x] = static_cast<int16_t>(from_guarded(row[bricks.x_term(x)]) + bricks.middle);
+  bricks.read_row(y, z, size[0], samples);
 }
 
 const Statistics& Volume::counted(Work& work) const {

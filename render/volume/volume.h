@@ -38,6 +38,7 @@ struct Bricks {
   uint64_t x_term(int x) const;
   uint64_t y_term(int y) const;
   uint64_t z_term(int z) const;
+  void read_row(int y, int z, int columns, int16_t* samples) const;
 };
 
 struct Volume {
