@@ -9,7 +9,7 @@
 namespace render {
 namespace {
 
-constexpr int kTilesPerTask = 16;
+constexpr int kTilesPerTask = 32;
 constexpr int kLongestStretch = 128;  // samples: planes that stay in the nearest caches
 static const double kStretchVoxels = getenv("KS") ? atoi(getenv("KS")) : 8;
 // Nearest stack operations reach over 1024 voxels, of which a stretch may take half.
