@@ -12,13 +12,14 @@ packages_of() {
   case $1 in
     build) echo g++ cmake make ;;
     tools) echo libinsighttoolkit5-dev libfftw3-dev uuid-dev libpng-dev libdeflate-dev libcli11-dev ;;
-    test) echo libgtest-dev binutils pkg-config clang abigail-tools qemu-user valgrind libc6-dbg ;;
+    test) echo libgtest-dev binutils pkg-config clang abigail-tools qemu-user valgrind libc6-dbg zlib1g-dev ;;
     check) echo clang clang-format clang-tidy shellcheck ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     demo) echo invesalius-examples ;;
     brain) echo mricron-data ;;
     bench) echo libbenchmark-dev libcli11-dev python3 ;;
     peers) echo python3-scipy python3-vtk9 xvfb xauth ;;
+    pictures) echo libvtk9-dev libinsighttoolkit5-dev python3-scipy zlib1g-dev ;;
     coverage) echo gcovr ;;
     viewer) echo libboost-dev libturbojpeg0-dev ;;
     view) echo chromium chromium-driver python3-selenium curl ;;
