@@ -4,6 +4,7 @@
 #   scripts/bench.sh --quick            the cases of the summary, under two minutes; writes nothing into docs/
 #   scripts/bench.sh --quick --write    the same, written
 #   scripts/bench.sh --peers            other libraries beside this one (installs ITK and SciPy); docs/peers.md
+#   scripts/bench.sh --pictures         whole pictures beside VTK, ITK and SciPy (installs them); docs/pictures.md
 #   scripts/bench.sh --filter general_divergent_trilinear --view oblique
 #                                       the rows of some cases only; see bench_ratio --help
 set -euo pipefail
@@ -14,10 +15,13 @@ cd "$(dirname "$0")/.."
 # Options that are not this script's own are those of bench_ratio.
 for argument in "$@"; do
   case $argument in
-    --quick | --write | --peers) ;;
+    --quick | --write | --peers | --pictures) ;;
     --*) grep -qF "\"$argument\"" bench/bench_ratio.cpp || refuse "$argument" ;;
   esac
 done
+if [[ "$*" == --pictures ]]; then
+  exec bench/pictures/run.sh
+fi
 scripts/deps.sh build bench
 command="scripts/bench.sh${*:+ $*}"
 build=build/bench
