@@ -2,15 +2,15 @@
 // decide, two at a time, what the tests' generator draws.
 #include "operations.h"
 
+#include "filled_planes.h"
 #include "operation_list.h"
 
 // zox_Malloc passes requests on that malloc must refuse.
 extern "C" const char* __asan_default_options() { return "allocator_may_return_null=1"; }
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
-  constexpr int kMaxima = 0 ZOX_MAXIMA(ZOX_TEST_ONE);
   constexpr int kFrame = 7;
-  constexpr int kOperations = zox_test::kCasterCount + kMaxima + 1 + kFrame;
+  constexpr int kOperations = zox_test::kCasterCount + zox_test::kMaximumCount + 1 + kFrame;
   static_assert(kOperations == 32);
   if (size == 0) return 0;
   int number = bytes[0] % kOperations;
@@ -22,12 +22,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* bytes, size_t size) {
   }
   number -= zox_test::kCasterCount;
   const zox_test::Random random(bytes, size);
-  if (number < kMaxima) {
+  if (number < zox_test::kMaximumCount) {
     zox_fuzz::fuzz_maximum(number, random);
-  } else if (number == kMaxima) {
+  } else if (number == zox_test::kMaximumCount) {
     zox_fuzz::fuzz_window_level(random);
   } else {
-    zox_fuzz::fuzz_frame(number - kMaxima - 1, random);
+    zox_fuzz::fuzz_frame(number - zox_test::kMaximumCount - 1, random);
   }
   return 0;
 }

@@ -7,41 +7,26 @@
 #include "operations.h"
 #include "reference.h"
 #include "targets.h"
-#include "voxels.h"
+#include "window_rows.h"
 #include "zox_volume_names.h"
 
 namespace zox_fuzz {
 namespace {
 
 using zox_test::GuardedBuffer;
+using zox_test::Mapping;
 using zox_test::Random;
-
-struct WindowLevelCall {
-  int len, center, width, outmin, outmax;
-};
-
-// Often a valid window, with garbage above the bits that count.
-WindowLevelCall draw_call(Random& random) {
-  WindowLevelCall call;
-  call.len = random.pick({random.whole(-1, 5), random.whole(0, 40), random.whole(0, 700)});
-  call.center = random.pick({random.whole(-300, 300), random.whole(-40000, 40000)});
-  call.width = random.pick({random.whole(-1, 600), random.whole(0, 70000)});
-  call.outmin = random.pick({0, random.whole(0, 255), random.whole(-1000, 1000)});
-  call.outmax = random.pick({255, random.whole(0, 255), random.whole(-1000, 1000)});
-  return call;
-}
-
-using WindowLevel = int (*)(const int16_t*, uint8_t*, int, int, int, int, int);
+using zox_test::Window;
 
 // The whole buffer after the call: `shift` is where dst lies behind src, below 0 in a buffer of its own.
-std::vector<uint8_t> run(WindowLevel map, const WindowLevelCall& call, const std::vector<uint8_t>& content,
+std::vector<uint8_t> run(Mapping map, int len, const Window& w, const std::vector<uint8_t>& content,
                          int shift, int* status) {
   GuardedBuffer both(content.size(), GuardedBuffer::Flush::kEnd);
   std::copy(content.begin(), content.end(), both.data());
-  GuardedBuffer apart(static_cast<size_t>(std::max(0, call.len)), GuardedBuffer::Flush::kEnd);
+  GuardedBuffer apart(static_cast<size_t>(std::max(0, len)), GuardedBuffer::Flush::kEnd);
   std::fill(apart.data(), apart.data() + apart.size(), uint8_t{77});
   uint8_t* dst = shift < 0 ? apart.data() : both.data() + shift;
-  *status = map(both.as<int16_t>(), dst, call.len, call.center, call.width, call.outmin, call.outmax);
+  *status = map(both.as<int16_t>(), dst, len, w.center, w.width, w.outmin, w.outmax);
   std::vector<uint8_t> after(both.data(), both.data() + both.size());
   after.insert(after.end(), apart.data(), apart.data() + apart.size());
   return after;
@@ -79,22 +64,23 @@ void fuzz_align(Random& random) {
 }  // namespace
 
 void fuzz_window_level(Random random) {
-  const WindowLevelCall call = draw_call(random);
+  const Window w = draw_window(random);
+  const int len = random.pick({random.whole(-1, 5), random.whole(0, 40), random.whole(0, 700)});
   const int shift = random.pick({-1, -1, 0, random.whole(0, 40)});
-  std::vector<uint8_t> content(2 * static_cast<size_t>(std::max(0, call.len)) + 64);
-  fill_voxels(content.data(), content.size(), 2, draw_contents(random), random);
+  std::vector<uint8_t> content(2 * static_cast<size_t>(std::max(0, len)) + 64);
+  fill_row(reinterpret_cast<int16_t*>(content.data()), static_cast<int>(content.size() / 2), w, random);
   int expected_status = 0;
-  const auto expected = run(reference::window_level_16s_8u, call, content, shift, &expected_status);
+  const auto expected = run(reference::window_level_16s_8u, len, w, content, shift, &expected_status);
   for (const zox_test::Target& target : zox_test::all_targets()) {
     if (!target.supported()) continue;
     int status = 0;
-    const WindowLevel map =
+    const Mapping map =
         target.operations ? target.operations->window_level_16s_8u : zox_Volume_WindowLevel_16S_8U;
-    const auto actual = run(map, call, content, shift, &status);
+    const auto actual = run(map, len, w, content, shift, &status);
     if (status == expected_status && actual == expected) continue;
-    disagree(std::string("WindowLevel, ") + target.name + ", len " + std::to_string(call.len) + ", window " +
-             std::to_string(call.center) + "," + std::to_string(call.width) + ", output " +
-             std::to_string(call.outmin) + " to " + std::to_string(call.outmax) + ", dst at " +
+    disagree(std::string("WindowLevel, ") + target.name + ", len " + std::to_string(len) + ", window " +
+             std::to_string(w.center) + "," + std::to_string(w.width) + ", output " +
+             std::to_string(w.outmin) + " to " + std::to_string(w.outmax) + ", dst at " +
              std::to_string(shift));
   }
 }

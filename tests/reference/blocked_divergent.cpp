@@ -1,5 +1,5 @@
 // Blocked volumes, every ray with its own step.
-#include "blocked_layout.h"
+#include "bricks.h"
 #include "reference.h"
 
 namespace reference {

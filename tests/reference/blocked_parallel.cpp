@@ -5,7 +5,7 @@
 // start of ray 0. Which one is taken is therefore part of the result.
 #include <cmath>
 
-#include "blocked_layout.h"
+#include "bricks.h"
 #include "reference.h"
 
 namespace reference {

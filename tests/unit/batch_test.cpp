@@ -1,9 +1,8 @@
 // What holds for the batch of every ray caster: which samples are taken and where they go.
-#include "batch.h"
-
 #include <limits>
 
 #include "implementations.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

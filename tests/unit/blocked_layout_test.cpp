@@ -1,6 +1,6 @@
 // Which element of a blocked buffer a voxel is, seen through every caster of blocked volumes.
-#include "batch.h"
 #include "implementations.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

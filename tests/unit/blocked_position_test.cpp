@@ -2,8 +2,8 @@
 // doubles, leads to different voxels.
 #include <cmath>
 
-#include "batch.h"
 #include "implementations.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

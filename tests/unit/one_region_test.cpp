@@ -2,9 +2,9 @@
 #include <array>
 #include <limits>
 
-#include "batch.h"
 #include "implementations.h"
 #include "repeated_pages.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

@@ -1,7 +1,7 @@
 // Slice stacks: which byte, or bit, a voxel is.
-#include "batch.h"
 #include "implementations.h"
 #include "reserved.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

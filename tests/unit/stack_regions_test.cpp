@@ -1,6 +1,6 @@
 // Slice stacks, casters that sort samples by slice: how a sample's z finds its region and slice.
-#include "batch.h"
 #include "implementations.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

@@ -1,8 +1,8 @@
 // Slice stacks, casters that sort samples by slice: how starts, steps and boundaries become fixed
 // point. Each question is put to a ray that stands some units short of coordinate 1 (or half a
 // voxel before it where voxels are nearest): does a sample get there?
-#include "batch.h"
 #include "implementations.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

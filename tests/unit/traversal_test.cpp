@@ -4,8 +4,8 @@
 #include <cmath>
 #include <limits>
 
-#include "batch.h"
 #include "implementations.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

@@ -1,7 +1,7 @@
 // What a trilinear sample is worth, given where it lies: the corner weights that all casters share,
 // and the three formulas, which differ in precision and in rounding.
-#include "batch.h"
 #include "implementations.h"
+#include "small_batch.h"
 #include "volumes.h"
 
 namespace zox_unit {

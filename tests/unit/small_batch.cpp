@@ -1,4 +1,4 @@
-#include "batch.h"
+#include "small_batch.h"
 
 #include <gtest/gtest.h>
 
