@@ -65,6 +65,9 @@ void count(benchmark::State& state, const Workload& workload, int passes,
     state.counters[name + "_ns"] = median(seconds[c]) * 1e9 / samples;
     if (c > 0) state.counters[name + "_ratio"] = ratio(seconds[0], seconds[c]);
     if (c > 1 && has_lists) state.counters[name + "_lists_ratio"] = ratio(seconds[1], seconds[c]);
+    for (std::size_t b = 1; b < c; ++b)
+      if (workload.contenders[b].name == "before_" + name)
+        state.counters[name + "_gain"] = ratio(seconds[b], seconds[c]);
   }
 }
 
@@ -120,6 +123,7 @@ class Table : public benchmark::BenchmarkReporter {
         print_value(run, set + "_ns", " | %6.3g", " | %6s");
         print_value(run, set + "_ratio", " x%5.2f", " %6s");
         print_value(run, set + "_lists_ratio", " %5.2f", " %5s");
+        print_value(run, set + "_gain", " gain %5.3f", "");
       }
       std::puts("");
     }
@@ -189,9 +193,9 @@ int main(int argc, char** argv) {
       ->delimiter(',');
   app.add_option("--load", options.loads, "cached, warm, cold, ragged, short, rays1 to rays3, rays7; full")
       ->delimiter(',');
-  app.add_option("--sets", options.sets, "base, avx2, avx512")
+  app.add_option("--sets", options.sets, "base, avx2, avx512; before_base and so on")
       ->delimiter(',')
-      ->check(CLI::IsMember({"base", "avx2", "avx512"}));
+      ->check(CLI::IsMember({"base", "avx2", "avx512", "before_base", "before_avx2", "before_avx512"}));
   app.add_option("--rounds", options.rounds, "interleaved runs of each contender")
       ->check(CLI::Range(1, 1000))
       ->capture_default_str();

@@ -1,86 +1,103 @@
 #!/usr/bin/env python3
-"""Turns the results of bench_ratio into the summary table, docs/performance.md and the plot."""
+"""Turns the results of bench_ratio into docs/performance.md, its plot and its complete figures."""
 
 import argparse
+import csv
+import io
 import os
 import subprocess
 import sys
 
 import plot
 import results
-from results import FAMILIES, SETS, mean, numbers, text
+from results import FAMILIES, MEMORIES, SETS, mean, numbers, text
 
-TO_REFERENCE = ("reference", "_ratio")
-TO_LISTS = ("lists", "_lists_ratio")
 HEADS = {"base": "baseline", "avx2": "AVX2", "avx512": "AVX-512"}
+VALUES = ("reference_ns", "lists_ns") + tuple(name + key for name in SETS for key in ("_ns", "_ratio", "_lists_ratio"))
+LOADS = {"cached": "full tiles, cached", "warm": "full tiles, warm", "cold": "full tiles, cold",
+         "ragged": "tiles cut at random", "short": "4 samples a ray", "rays1": "1 ray", "rays2": "2 rays",
+         "rays3": "3 rays", "rays7": "7 rays", "full": "maximum and window/level"}
 
 
-def ratio_cell(cases, name, suffix="_ratio"):
+def ratio_cell(cases, name):
     """Mean and worst ratio of one set."""
-    values = numbers(cases, name + suffix)
+    values = numbers(cases, name + "_ratio")
     return f"{mean(values):.2f} (worst {min(values):.2f})" if values else "–"
 
 
 def markdown(head, rows):
     lines = ["| " + " | ".join(head) + " |", "|---" * len(head) + "|"]
-    return lines + ["| " + " | ".join(row) + " |" for row in rows] + [""]
+    return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in rows] + [""])
 
 
-def aligned(head, rows):
-    widths = [max(len(row[i]) for row in [head] + rows) for i in range(len(head))]
-    return ["  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip() for row in [head] + rows]
-
-
-def family_rows(cases, scalar, suffix):
-    """scalar names the scalar code that the ratios refer to; families that it cannot run are left out."""
-    head = ["family", "cases", scalar + " ns"]
-    for name in SETS:
-        head += [HEADS[name] + " ns", HEADS[name] + " ratio", "goal"]
+def family_table(cases, fam):
     rows = []
+    for load, size in MEMORIES:
+        chosen = results.members(cases, fam, load, size)
+        if chosen:
+            rows.append([f"{load} {size.replace('x', '²×') if 'x' in size else size + '³'}", str(len(chosen)),
+                         text(mean(numbers(chosen, "reference_ns")))] + [ratio_cell(chosen, name) for name in SETS])
+    head = ["memory", "cases", "scalar ns"] + [HEADS[name] for name in SETS]
+    return markdown(head, rows) if rows else ""
+
+
+def family_tables(cases):
+    parts = []
     for fam in FAMILIES:
-        members = [case for case in cases if results.belongs(case, fam) and scalar + "_ns" in case.values]
-        if not members:
-            continue
-        row = [fam.name, str(len(members)), text(mean(numbers(members, scalar + "_ns")))]
-        for name in SETS:
-            goal = f"{fam.goals[name]:g}" + (f" (worst {fam.worst:g})" if name != "base" else "")
-            row += [text(mean(numbers(members, name + "_ns"))), ratio_cell(members, name, suffix), goal]
-        rows.append(row)
-    return head, rows
+        table = family_table(cases, fam)
+        if table:
+            parts.append(f"**{fam.name}.** Goal, AVX-512 cold: {fam.goal}.\n\n{table}")
+    return "\n".join(parts)
 
 
-def case_rows(cases):
-    head = ["operation", "view", "storage", "counts", "scalar ns", "lists ns"]
-    head += [HEADS[name] + unit for name in SETS for unit in (" ns", " ratio")]
-    rows = []
-    for case in cases:
-        values = case.values
-        row = [case.operation, case.view, case.storage, case.load]
-        row += [text(values.get(key)) for key in ("reference_ns", "lists_ns")]
-        rows.append(row + [text(values.get(name + key)) for name in SETS for key in ("_ns", "_ratio")])
-    return head, rows
-
-
-def grouped_rows(cases):
-    """One row an operation, size, storage and load, over its views."""
+def other_table(cases):
+    """Maxima and window/level: the mean over their operations."""
     groups = {}
     for case in cases:
-        groups.setdefault((case.operation, case.size, case.storage, case.load), []).append(case)
-    head = ["operation", "size", "storage", "load", "scalar ns"] + [HEADS[name] for name in SETS]
-    rows = [[*key, text(mean(numbers(members, "reference_ns")))] +
-            [ratio_cell(members, name) for name in SETS] for key, members in sorted(groups.items())]
-    return head, rows
+        if case.operation.startswith("find_max") and case.size == "256":
+            groups.setdefault(f"maximum, {case.storage}, {case.view} planes, {case.load} counts", []).append(case)
+        if case.operation.startswith("window"):
+            groups.setdefault(f"window/level, {case.storage}, {case.view}", []).append(case)
+    rows = [[name, text(mean(numbers(chosen, "reference_ns")))] +
+            [f"{text(mean(numbers(chosen, s + '_ns')))} ({ratio_cell(chosen, s)})" for s in SETS]
+            for name, chosen in groups.items()]
+    return markdown(["work", "scalar ns"] + [HEADS[name] + " ns (ratio)" for name in SETS], rows)
 
 
-def slower_lines(cases):
-    lines = []
+def padding_table(cases):
+    """The same cold volumes with and without a gap between the slices."""
+    rows = []
+    for view in ("z", "x", "oblique"):
+        row = [view]
+        for storage in ("packed", "1region"):
+            chosen = [c for c in cases if (c.size, c.view, c.storage, c.load) == ("256", view, storage, "cold")]
+            row += [text(mean(numbers(chosen, key))) for key in ("reference_ns", "avx512_ns")]
+        rows.append(row)
+    return markdown(["view", "packed, scalar ns", "packed, AVX-512 ns", "gap, scalar ns", "gap, AVX-512 ns"], rows)
+
+
+def slower_table(cases):
+    rows = []
+    for load, name in LOADS.items():
+        chosen = [case for case in cases if case.load == load]
+        cells = []
+        for s in SETS:
+            ratios = numbers(chosen, s + "_ratio")
+            slow = [ratio for ratio in ratios if ratio < 1]
+            cells.append(f"{len(slow)} of {len(ratios)}" + (f", worst {min(slow):.2f}" if slow else ""))
+        if chosen:
+            rows.append([name] + cells)
+    return markdown(["load"] + [HEADS[name] for name in SETS], rows)
+
+
+def complete(cases):
+    out = io.StringIO()
+    table = csv.writer(out, lineterminator="\n")
+    table.writerow(("operation", "size", "view", "storage", "load") + VALUES)
     for case in cases:
-        for name in SETS:
-            ratio = case.values.get(name + "_ratio")
-            if ratio is not None and ratio < 1:
-                path = "/".join((case.operation, case.size, case.view, case.storage, case.load))
-                lines.append(f"- `{path}`, {HEADS[name]}: {ratio:.2f}")
-    return lines
+        values = [f"{case.values[key]:.4g}" if key in case.values else "" for key in VALUES]
+        table.writerow([case.operation, case.size, case.view, case.storage, case.load] + values)
+    return out.getvalue()
 
 
 def first_line(*command):
@@ -105,24 +122,16 @@ def caches(context):
     return ", ".join(parts)
 
 
-def page(context, cases, compiler, library, command):
+def page(context, cases, options):
     here = os.path.dirname(os.path.abspath(__file__))
     with open(os.path.join(here, "performance.md.in"), encoding="utf-8") as file:
         template = file.read()
-    headline = [case for case in cases if any(results.belongs(case, fam) for fam in FAMILIES)]
-    casts = [case for case in cases if case.operation.startswith(("blocked", "general"))]
-    others = [case for case in cases if case not in casts]
-    slower = slower_lines(cases)
     fields = {
         "PROCESSOR": processor(), "CPUS": str(context["num_cpus"]), "CACHES": caches(context),
-        "TEXT": str(text_kib(library)), "COMPILER": first_line(compiler, "--version"), "DATE": context["date"], "COMMAND": command,
-        "COUNT": str(len(cases)),
-        "FAMILIES": "\n".join(markdown(*family_rows(cases, *TO_REFERENCE))),
-        "LISTS": "\n".join(markdown(*family_rows(cases, *TO_LISTS))),
-        "SLOWER": "\n".join(slower) if slower else "None.",
-        "HEADLINE": "\n".join(markdown(*case_rows(headline))),
-        "CASTS": "\n".join(markdown(*grouped_rows(casts))),
-        "OTHERS": "\n".join(markdown(*case_rows(others))),
+        "TEXT": str(text_kib(options.library)), "COMPILER": first_line(options.compiler, "--version"),
+        "DATE": context["date"], "COMMAND": options.command, "COUNT": str(len(cases)),
+        "FAMILIES": family_tables(cases), "OTHERS": other_table(cases), "PADDING": padding_table(cases),
+        "SLOWER": slower_table(cases),
     }
     for key, value in fields.items():
         template = template.replace(f"@{key}@", value)
@@ -142,19 +151,15 @@ def main():
     parser.add_argument("--compiler", help="path of the compiler, for the page")
     parser.add_argument("--library", help="path of libzox_volume.so, for the page")
     parser.add_argument("--command", help="command that made the results, for the page")
-    parser.add_argument("--docs", help="write performance.md and performance.svg into this directory")
+    parser.add_argument("--docs", help="write performance.md, .csv and .svg into this directory")
     options = parser.parse_args()
     context, cases = results.read(options.results)
-    print("\n".join(aligned(*family_rows(cases, *TO_REFERENCE))))
-    print("\nagainst scalar slice lists")
-    print("\n".join(aligned(*family_rows(cases, *TO_LISTS))))
-    slower = slower_lines(cases)
-    print(f"\nslower than the scalar reference: {len(slower)} of {len(cases) * len(SETS)}")
-    print("\n".join(slower[:12] + (["- …"] if len(slower) > 12 else [])))
+    print(family_tables(cases))
+    print(slower_table(cases))
     if options.docs:
         replace(os.path.join(options.docs, "performance.svg"), plot.draw(cases))
-        replace(os.path.join(options.docs, "performance.md"),
-                page(context, cases, options.compiler, options.library, options.command))
+        replace(os.path.join(options.docs, "performance.csv"), complete(cases))
+        replace(os.path.join(options.docs, "performance.md"), page(context, cases, options))
 
 
 if __name__ == "__main__":

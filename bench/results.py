@@ -5,6 +5,12 @@ import math
 from dataclasses import dataclass
 
 SETS = ("base", "avx2", "avx512")
+# What the caches hold before a run: the rows of every family's table.
+MEMORIES = (
+    ("cached", "256"),
+    ("warm", "256"), ("warm", "512x300"), ("warm", "512"),
+    ("cold", "256"), ("cold", "512x300"), ("cold", "512"),
+)
 
 
 @dataclass
@@ -16,61 +22,57 @@ class Case:
     load: str
     values: dict  # reference_ns, lists_ns, avx2_ns, avx2_ratio, avx2_lists_ratio, ...
 
+    def path(self):
+        return "/".join((self.operation, self.size, self.view, self.storage, self.load))
+
 
 @dataclass
 class Family:
     name: str
     operations: tuple
-    storages: tuple
-    load: str
-    goals: dict  # ratio to the reference: the geometric mean to reach
-    worst: float = 1.0  # no case below this
+    goal: str  # of AVX-512, mean over the views of cold volumes
+    lists: bool = True  # parallel nearest operations: where they use slice lists
 
 
-def family(name, operations, storages, avx512, avx2, worst=1.0, load="cached"):
-    goals = {"base": 1.3, "avx2": avx2, "avx512": avx512}
-    return Family(name, tuple(operations.split()), tuple(storages.split()), load, goals, worst)
+def family(name, operations, goal, lists=True):
+    return Family(name, tuple(operations.split()), goal, lists)
 
 
-MAXIMA = ("find_max_8u find_max_16s find_max_bmask_8u find_max_bmask_16s "
-          "find_max_cmask_8u find_max_cmask_16s")
 FAMILIES = (
-    family("blocked nearest",
-           "blocked_divergent_nearest_8u blocked_divergent_nearest_16s "
-           "blocked_parallel_nearest_8u blocked_parallel_nearest_16s", "bricks", 2.2, 2.0),
-    family("blocked trilinear in double",
-           "blocked_divergent_trilinear_8u blocked_divergent_trilinear_16s "
-           "blocked_parallel_trilinear_16s", "bricks", 2.1, 1.9),
-    family("blocked trilinear in integers", "blocked_parallel_trilinear_8u", "bricks", 2.8, 2.5),
-    family("general nearest and bit, slice lists",
+    family("General nearest and bit, slice lists",
            "general_divergent_nearest_8u general_divergent_nearest_16s general_divergent_nearest_bit_8u "
            "general_parallel_nearest_8u general_parallel_nearest_16s general_parallel_nearest_bit_8u",
-           "1region 3regions", 2.1, 2.0, worst=1.4),
-    family("general trilinear 8U", "general_divergent_trilinear_8u general_parallel_trilinear_8u",
-           "1region 3regions", 2.7, 2.5, worst=1.8),
-    family("general trilinear 16S", "general_divergent_trilinear_16s general_parallel_trilinear_16s",
-           "1region 3regions", 2.3, 2.2, worst=1.8),
-    family("parallel nearest and bit, one region",
+           "4, worst view 3"),
+    family("General parallel nearest and bit, one region",
            "general_parallel_nearest_8u general_parallel_nearest_16s general_parallel_nearest_bit_8u",
-           "1region", 1.6, 1.4),
-    family("maximum, full counts", MAXIMA, "64rays", 14, 14, load="full"),
-    family("maximum, ragged counts", MAXIMA, "64rays", 7, 7, load="ragged"),
-    family("window/level", "window_level_16s_8u", "image", 3.4, 2.8, load="full"),
+           "3, worst view 1.8", lists=False),
+    family("General trilinear 8U", "general_divergent_trilinear_8u general_parallel_trilinear_8u", "3.5"),
+    family("General trilinear 16S", "general_divergent_trilinear_16s general_parallel_trilinear_16s", "3.4"),
+    family("Blocked nearest",
+           "blocked_divergent_nearest_8u blocked_divergent_nearest_16s "
+           "blocked_parallel_nearest_8u blocked_parallel_nearest_16s", "3.8"),
+    family("Blocked trilinear in integers, 8U", "blocked_parallel_trilinear_8u", "4"),
+    family("Blocked trilinear in double, 8U", "blocked_divergent_trilinear_8u", "3.2"),
+    family("Blocked trilinear in double, 16S",
+           "blocked_divergent_trilinear_16s blocked_parallel_trilinear_16s", "3.8"),
 )
 
 
 def one_region_path(case):
     """Sampled without slice lists."""
-    return case.operation.startswith("general_parallel_nearest") and case.storage == "1region"
+    return case.operation.startswith("general_parallel_nearest") and case.storage in ("1region", "packed")
 
 
 def belongs(case, fam):
-    """The cases of a family's headline: falling rays and irregular stacks are in the long tables only."""
-    if case.operation not in fam.operations or case.storage not in fam.storages or case.load != fam.load:
+    """Falling rays and irregular stacks are in the complete figures only."""
+    if case.operation not in fam.operations or case.view == "falling" or one_region_path(case) == fam.lists:
         return False
-    if case.view == "falling" or case.size != ("512" if case.operation.startswith("window") else "256"):
-        return False
-    return one_region_path(case) == (fam.name == "parallel nearest and bit, one region")
+    storages = ("1region", "3regions", "bricks") if case.load == "cached" else ("packed", "bricks")
+    return case.storage in storages
+
+
+def members(cases, fam, load, size):
+    return [case for case in cases if case.load == load and case.size == size and belongs(case, fam)]
 
 
 def read(path):

@@ -10,15 +10,30 @@
 #include "ray_casters.h"
 #include "views.h"
 
+#ifdef ZOX_BENCH_BEFORE
+// The same type as today's: the order of its members must not have changed since.
+extern "C" const zox::Operations before_base, before_avx2, before_avx512;
+#endif
+
 namespace bench {
 namespace {
 
-std::vector<const zox::Operations*> chosen(const std::vector<std::string>& sets) {
-  std::vector<const zox::Operations*> result;
-  for (const zox::Operations* operations : zox::kAllOperations)
-    if (operations->supported() && std::count(sets.begin(), sets.end(), operations->name) > 0)
-      result.push_back(operations);
-  return result;
+struct Set {
+  std::string name;
+  const zox::Operations* operations;
+};
+
+std::vector<Set> chosen(const std::vector<std::string>& sets) {
+  std::vector<Set> all;
+#ifdef ZOX_BENCH_BEFORE
+  for (const zox::Operations* operations : {&before_base, &before_avx2, &before_avx512})
+    all.push_back({std::string("before_") + operations->name, operations});
+#endif
+  for (const zox::Operations* operations : zox::kAllOperations) all.push_back({operations->name, operations});
+  std::erase_if(all, [&](const Set& set) {
+    return !set.operations->supported() || std::count(sets.begin(), sets.end(), set.name) == 0;
+  });
+  return all;
 }
 
 // Adds the reference, then each set that has the operation; call makes a run of a function.
@@ -26,8 +41,8 @@ template <class Function, class Call>
 void add_contenders(Workload& workload, Function zox::Operations::*member, Function reference,
                     const std::vector<std::string>& sets, Call call) {
   workload.contenders.insert(workload.contenders.begin(), {"reference", call(reference)});
-  for (const zox::Operations* operations : chosen(sets))
-    if (operations->*member) workload.contenders.push_back({operations->name, call(operations->*member)});
+  for (const Set& set : chosen(sets))
+    if (set.operations->*member) workload.contenders.push_back({set.name, call(set.operations->*member)});
 }
 
 // The volume of the case before, mostly the right one.

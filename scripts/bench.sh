@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds the benchmarks, runs them and prints one table.
-#   scripts/bench.sh                    every case (some minutes); writes docs/performance.md and its plot
-#   scripts/bench.sh --quick            the cases of the summary, under two minutes; writes nothing into docs/
-#   scripts/bench.sh --quick --write    the same, written
+#   scripts/bench.sh                    every case (half an hour); writes docs/performance.md, .csv and .svg
+#   scripts/bench.sh --quick            the summary's 256-cubes, a few minutes; writes nothing into docs/
+#   scripts/bench.sh --before COMMIT --filter general_divergent --load cold
+#                                       the kernels of that commit beside these; any options of bench_ratio
 #   scripts/bench.sh --peers            other libraries beside this one (installs ITK and SciPy); docs/peers.md
 #   scripts/bench.sh --pictures         whole pictures beside VTK, ITK and SciPy (installs them); docs/pictures.md
 #   scripts/bench.sh --filter general_divergent_trilinear --view oblique
@@ -15,7 +16,7 @@ cd "$(dirname "$0")/.."
 # Options that are not this script's own are those of bench_ratio.
 for argument in "$@"; do
   case $argument in
-    --quick | --write | --peers | --pictures) ;;
+    --quick | --peers | --before | --pictures) ;;
     --*) grep -qF "\"$argument\"" bench/bench_ratio.cpp || refuse "$argument" ;;
   esac
 done
@@ -38,6 +39,24 @@ build() {  # targets, then options for cmake
   fi
 }
 
+# The kernels of another commit as objects of their own, their tables renamed.
+compare_with_commit() {  # commit, then options of bench_ratio
+  local old=$PWD/build/before set object
+  rm -rf "$old"
+  mkdir -p "$old/tree"
+  git archive "$1" | tar -x -C "$old/tree"
+  shift
+  { cmake -S "$old/tree" -B "$old/build" -DCMAKE_BUILD_TYPE=Release -DZOX_BUILD_TOOLS=OFF \
+      -DZOX_BUILD_CHECKER=OFF && cmake --build "$old/build" --target zox_volume_objects -j2; } >"$old/log" 2>&1 ||
+    { cat "$old/log" >&2; exit 1; }
+  for set in base avx2 avx512; do
+    object=$(find "$old/build" -name "$set.cpp.o" -o -name "operations_$set.cpp.o")
+    objcopy --redefine-sym "_ZN3zox${#set}${set}11kOperationsE=before_$set" "$object" "$old/$set.o"
+  done
+  build bench_ratio -DZOX_BENCH_BEFORE="$old"
+  "$build/bench_ratio" --sets before_base,base,before_avx2,avx2,before_avx512,avx512 "$@"
+}
+
 compare_with_peers() {
   scripts/deps.sh tools peers
   build bench_peers -DZOX_BENCH_PEERS=ON
@@ -56,13 +75,17 @@ if [[ $command == 'scripts/bench.sh --peers' ]]; then
   exit
 fi
 
-build 'bench_ratio zox_volume'
+if [ "${1:-}" = --before ]; then
+  compare_with_commit "${@:2}"
+  exit
+fi
+
+build 'bench_ratio zox_volume' -DZOX_BENCH_BEFORE=
 write=(--docs docs)
 run=()
 case "$command" in
   'scripts/bench.sh') ;;
   'scripts/bench.sh --quick') run=(--quick) write=() ;;
-  'scripts/bench.sh --quick --write') run=(--quick) ;;
   *) exec "$build/bench_ratio" "$@" ;;
 esac
 
