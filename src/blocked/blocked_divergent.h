@@ -33,6 +33,7 @@ using WalkOf = OwnWalk<decltype(walk_step<rules>(0.0))>;
 // Each ray walks from its own start, by the step at steps[r] or, parallel, by that of ray 0.
 template <BlockedRules rules, StepOf step_of, class Element>
 void cast_ray_by_ray(const BlockedVolume<Element>& volume, const zox_Rays& batch) {
+  BlockedSampler<rules.sampling, Element, typename WalkOf<rules>::Position> sampler(volume);
   for (int first = 0, end; first < batch.nrays; first = end) {
     WalkOf<rules> walk;
     Marchers rays;
@@ -46,9 +47,7 @@ void cast_ray_by_ray(const BlockedVolume<Element>& volume, const zox_Rays& batch
       }
       rays.add(r, batch.nsamples[r]);
     }
-    march<Element>(rays, walk, batch.planes, [&](const auto& positions, int n, Element* values) {
-      sample_blocked<rules.sampling>(volume, positions, n, values);
-    });
+    march<Element>(rays, walk, batch.planes, sampler);
   }
 }
 

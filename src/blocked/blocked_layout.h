@@ -30,6 +30,9 @@ struct BlockedVolume {
     z_shift = (2 * bits + 12) & 31;
   }
 
+  // Numbers are unsigned, whatever type carries them.
+  const Element* at(int number) const { return data + static_cast<uint32_t>(number); }
+
   // The element number of a voxel is the OR of its three terms; a neighbour's comes by
   // exchanging one term (XOR with both).
   uint32_t x_term(int x) const { return zox_indx(static_cast<uint32_t>(x)); }

@@ -11,15 +11,14 @@ namespace {
 
 template <BlockedRules rules, class Element, class Walk>
 void cast_sample_by_sample(const BlockedVolume<Element>& volume, const zox_Rays& batch, Walk& walk) {
+  BlockedSampler<rules.sampling, Element, typename Walk::Position> sampler(volume);
   Marchers rays;
   for (int r = 0; r < batch.nrays; ++r) {
     if (batch.nsamples[r] < 1) continue;
     if (rays.n != r) walk.move_lane(r, rays.n);
     rays.add(r, batch.nsamples[r]);
   }
-  march<Element>(rays, walk, batch.planes, [&](const auto& positions, int n, Element* values) {
-    sample_blocked<rules.sampling>(volume, positions, n, values);
-  });
+  march<Element>(rays, walk, batch.planes, sampler);
 }
 
 // Positions in doubles: offsets from the start of ray 0 and a base that starts there.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "blocked/blocked_layout.h"
+#include "numbers/cache_lines.h"
 #include "numbers/fixed_point.h"
 #include "numbers/value.h"
 #include "numbers/voxel_pair.h"
@@ -21,91 +22,156 @@ inline void locate(const Axes<double>& position, int n, Axes<int>& voxel) {
   for (int axis = 0; axis < 3; ++axis) truncate_lanes(position[axis].at, voxel[axis].at, n);
 }
 
+// Where samples lie, and what else their values need: set by place(), read by values_of().
+template <Sampling sampling, class Position>
+struct Places;
+template <class Position>
+struct Places<Sampling::kNearest, Position> {
+  Lanes<int> number;
+};
+template <class Position>
+struct Places<Sampling::kTrilinear, Position> {
+  Lanes<int> number[4];  // the left voxels of the pairs of Corners
+  Lanes<int> to_right;   // exchanges the x term for that of x + 1
+  Lanes<uint8_t> at_cell_end;
+  Axes<Position> fraction;  // of fixed point the voxel as well
+};
+template <class Position>
+using NearestPlaces = Places<Sampling::kNearest, Position>;
+template <class Position>
+using TrilinearPlaces = Places<Sampling::kTrilinear, Position>;
+
 template <class Element, class Position>
-void sample_nearest(const BlockedVolume<Element>& volume, const Axes<Position>& position, int n,
-                    Element* __restrict values) {
+void place(BlockedVolume<Element> volume, const Axes<Position>& position, int n,
+           NearestPlaces<Position>& __restrict to) {
   Axes<int> voxel;
-  Lanes<uint32_t> number;
   locate(position, n, voxel);
   for (int i = 0; i < padded(n); ++i) {
-    number[i] = volume.x_term(voxel[0][i]) | volume.y_term(voxel[1][i]) | volume.z_term(voxel[2][i]);
+    to.number[i] = static_cast<int>(volume.x_term(voxel[0][i]) | volume.y_term(voxel[1][i]) |
+                                    volume.z_term(voxel[2][i]));
   }
-  for (int i = 0; i < n; ++i) values[i] = volume.data[number[i]];
 }
 
-template <class Element>
-void fetch_corners(const BlockedVolume<Element>& volume, const Axes<int>& voxel, int n,
-                   Corners<Element>& corners) {
-  Lanes<uint32_t> number[4];
-  Lanes<uint32_t> to_right;  // exchanges the x term for that of x + 1
-  Lanes<uint8_t> at_cell_end;
+inline int fraction_of(int position, int) { return position; }
+inline double fraction_of(double position, int voxel) { return position - voxel; }
+
+template <class Element, class Position>
+void place(BlockedVolume<Element> volume, const Axes<Position>& position, int n,
+           TrilinearPlaces<Position>& __restrict to) {
+  Axes<int> voxel;
+  locate(position, n, voxel);
   for (int i = 0; i < padded(n); ++i) {
     int x = voxel[0][i], y = voxel[1][i], z = voxel[2][i];
     uint32_t x0 = volume.x_term(x), y0 = volume.y_term(y), z0 = volume.z_term(z);
     uint32_t y_exchange = y0 ^ volume.y_term(wrap_add(y, 1)), z_exchange = z0 ^ volume.z_term(wrap_add(z, 1));
     uint32_t first = x0 | y0 | z0;
-    number[0][i] = first;
-    number[1][i] = first ^ y_exchange;
-    number[2][i] = first ^ z_exchange;
-    number[3][i] = first ^ y_exchange ^ z_exchange;
-    to_right[i] = x0 ^ volume.x_term(wrap_add(x, 1));
-    at_cell_end[i] = (x & 3) == 3;
+    to.number[0][i] = static_cast<int>(first);
+    to.number[1][i] = static_cast<int>(first ^ y_exchange);
+    to.number[2][i] = static_cast<int>(first ^ z_exchange);
+    to.number[3][i] = static_cast<int>(first ^ y_exchange ^ z_exchange);
+    to.to_right[i] = static_cast<int>(x0 ^ volume.x_term(wrap_add(x, 1)));
+    to.at_cell_end[i] = (x & 3) == 3;
   }
+  for (int axis = 0; axis < 3; ++axis) {
+    for (int i = 0; i < padded(n); ++i) to.fraction[axis][i] = fraction_of(position[axis][i], voxel[axis][i]);
+  }
+}
+
+// Neighbouring rays mostly share cells: some lanes stand for all. Choosing lanes by their lines costs more
+// than it saves, as their number cannot be foreseen.
+template <class Element, class Position>
+[[gnu::always_inline]] inline void ask(const BlockedVolume<Element>& volume,
+                                       const NearestPlaces<Position>& places, int n) {
+  for (int i = 0; i < n; i += 4) __builtin_prefetch(volume.at(places.number[i]));
+}
+
+// The cells at both ends hold most corners.
+template <class Element, class Position>
+[[gnu::always_inline]] inline void ask(const BlockedVolume<Element>& volume,
+                                       const TrilinearPlaces<Position>& places, int n) {
+  for (int i = 0; i < n; i += 4) {
+    __builtin_prefetch(volume.at(places.number[0][i]));
+    __builtin_prefetch(volume.at(places.number[3][i]));
+  }
+}
+
+template <class Element, class Position>
+void values_of(const BlockedVolume<Element>& volume, const NearestPlaces<Position>& places, int n,
+               Element* __restrict values) {
+  for (int i = 0; i < n; ++i) values[i] = *volume.at(places.number[i]);
+}
+
+template <class Element, class Position>
+void fetch_corners(const BlockedVolume<Element>& volume, const TrilinearPlaces<Position>& places, int n,
+                   Corners<Element>& corners) {
   for (int row = 0; row < 4; ++row) {
-    for (int i = 0; i < n; ++i) {
-      corners.pair[row][i] = load_pair<Element>(volume.data + number[row][i]);
+    const int* number = places.number[row].at;
+    auto* pairs = corners.pair[row].at;
+    if constexpr (sizeof(Element) == 1) {
+      for (int i = 0; i < n; i += kTogether<Element>) {
+        __m128i together[1] = {_mm_setzero_si128()};
+        insert_pairs<0, 1, Element>(together, [&](int, int j) { return volume.at(number[i + j]); });
+        _mm_store_si128(reinterpret_cast<__m128i*>(pairs + i), together[0]);
+      }
+    } else {
+      for (int i = 0; i < n; ++i) pairs[i] = load_pair<Element>(volume.at(number[i]));
     }
   }
   // Inside a cell x + 1 is the next element. At its end the pair's right half came from another
   // voxel (of the same buffer, since x + 1 lies in it) and is replaced.
-  for (uint64_t lanes = flagged_lanes(at_cell_end, n); lanes != 0; lanes &= lanes - 1) {
+  for (uint64_t lanes = flagged_lanes(places.at_cell_end, n); lanes != 0; lanes &= lanes - 1) {
     int i = __builtin_ctzll(lanes);
     for (int row = 0; row < 4; ++row) {
-      Element right = volume.data[number[row][i] ^ to_right[i]];
+      Element right = *volume.at(places.number[row][i] ^ places.to_right[i]);
       corners.pair[row][i] = VoxelPair<Element>::with_right(corners.pair[row][i], right);
     }
   }
 }
 
 template <class Element>
-void sample_trilinear(const BlockedVolume<Element>& volume, const Axes<int>& position, int n,
-                      Element* __restrict values) {
-  Axes<int> voxel;
+void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<int>& places, int n,
+               Element* __restrict values) {
   Corners<Element> corners;
-  locate(position, n, voxel);
-  fetch_corners(volume, voxel, n, corners);
+  fetch_corners(volume, places, n, corners);
+  const auto& f = places.fraction;
   for (int i = 0; i < padded(n); ++i) {
-    values[i] = static_cast<Element>(
-        corners.interpolated(trilinear_fixed, i, position[0][i], position[1][i], position[2][i]));
+    values[i] = static_cast<Element>(corners.interpolated(trilinear_fixed, i, f[0][i], f[1][i], f[2][i]));
   }
 }
 
 template <class Element>
-void sample_trilinear(const BlockedVolume<Element>& volume, const Axes<double>& position, int n,
-                      Element* __restrict values) {
-  Axes<int> voxel;
+void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<double>& places, int n,
+               Element* __restrict values) {
   Corners<Element> corners;
   Lanes<double> sum;
   Lanes<int> truncated;
-  locate(position, n, voxel);
-  fetch_corners(volume, voxel, n, corners);
+  fetch_corners(volume, places, n, corners);
+  const auto& f = places.fraction;
   for (int i = 0; i < padded(n); ++i) {
-    sum[i] = corners.interpolated(trilinear_sum, i, position[0][i] - voxel[0][i],
-                                  position[1][i] - voxel[1][i], position[2][i] - voxel[2][i]);
+    sum[i] = corners.interpolated(trilinear_sum, i, f[0][i], f[1][i], f[2][i]);
   }
   truncate_lanes(sum.at, truncated.at, n);
   for (int i = 0; i < padded(n); ++i) values[i] = static_cast<Element>(truncated[i]);
 }
 
+// What march() does with positions. Samples are placed, and their lines asked for, up to kRing - 1 samples
+// before their values are computed: loads then find them in the cache.
 template <Sampling sampling, class Element, class Position>
-void sample_blocked(const BlockedVolume<Element>& volume, const Axes<Position>& position, int n,
-                    Element* __restrict values) {
-  if constexpr (sampling == Sampling::kNearest) {
-    sample_nearest(volume, position, n, values);
-  } else {
-    sample_trilinear(volume, position, n, values);
+struct BlockedSampler {
+  static constexpr int kRing = sampling == Sampling::kNearest ? 4 : 2;
+
+  explicit BlockedSampler(const BlockedVolume<Element>& from) : volume(from) {}
+
+  void place_next(int k, const Axes<Position>& position, int n, bool asked) {
+    auto& to = ring[k & (kRing - 1)];
+    place(volume, position, n, to);
+    if (asked) ask(volume, to, n);
   }
-}
+  void values(int k, int n, Element* __restrict to) { values_of(volume, ring[k & (kRing - 1)], n, to); }
+
+  const BlockedVolume<Element>& volume;
+  Places<sampling, Position> ring[kRing];
+};
 
 }  // namespace
 }  // namespace zox::ZOX_SET

@@ -3,6 +3,7 @@
 // others have ended, go ray by ray with a run of samples as the lanes.
 #pragma once
 
+#include "numbers/cache_lines.h"
 #include "numbers/fixed_point.h"
 #include "numbers/lanes.h"
 #include "zox_volume.h"
@@ -155,18 +156,24 @@ void store_lanes(const Lanes<Element>& values, const Marchers& rays, bool side_b
   }
 }
 
-// sample(positions, n, values) computes n samples. Ends with the rays' last samples written.
-template <class Element, class Walk, class Sample>
-void march(Marchers& rays, Walk& walk, void* const* planes, Sample sample) {
+// sampler.place_next() takes the positions of sample k, sampler.values() gives its values, up to
+// kRing - 1 samples later. Ends with the rays' last samples written.
+template <class Element, class Walk, class Sampler>
+void march(Marchers& rays, Walk& walk, void* const* planes, Sampler& sampler) {
   int k = 0;
   alignas(64) Lanes<Element> values;
   while (rays.n >= kFewRays) {
     bool side_by_side = rays.side_by_side();
     walk.pad(rays.n);
-    for (int end = rays.first_end(); k < end; ++k) {
-      sample(walk.positions(rays.n), rays.n, values.at);
+    const int end = rays.first_end();
+    const bool asked = rays.n >= kFewToAsk && end - k > Sampler::kRing;
+    for (int placed = k; k < end; ++k) {
+      for (; placed < end && placed - k < Sampler::kRing; ++placed) {
+        sampler.place_next(placed, walk.positions(rays.n), rays.n, asked);
+        walk.advance(rays.n);
+      }
+      sampler.values(k, rays.n, values.at);
       store_lanes(values, rays, side_by_side, static_cast<Element*>(planes[k]));
-      walk.advance(rays.n);
     }
     rays.drop_ended(k, walk);
   }
@@ -177,7 +184,8 @@ void march(Marchers& rays, Walk& walk, void* const* planes, Sample sample) {
       n = left < kLanes ? left : kLanes;
       Axes<typename Walk::Position> positions;
       ray.run(n, positions);
-      sample(positions, n, values.at);
+      sampler.place_next(0, positions, n, n >= kFewToAsk);
+      sampler.values(0, n, values.at);
       for (int i = 0; i < n; ++i) static_cast<Element*>(planes[first + i])[rays.ray[lane]] = values[i];
     }
   }

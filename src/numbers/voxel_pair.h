@@ -2,6 +2,7 @@
 #pragma once
 
 #include "numbers/lanes.h"
+#include "sets/vectors.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -47,6 +48,20 @@ typename VoxelPair<Element>::Type load_pair(const void* address) {
   typename VoxelPair<Element>::Type pair;
   __builtin_memcpy(&pair, address, sizeof pair);
   return pair;
+}
+
+// Loads are put together to 16 bytes before they are stored: a vector would wait for stores of one pair each.
+template <class Element>
+constexpr int kTogether = 16 / sizeof(typename VoxelPair<Element>::Type);
+
+// Pair number lane to kTogether - 1 of each of `rows` rows: row r of lane i is read at address(r, i).
+template <int lane, int rows, class Element, class Address>
+[[gnu::always_inline]] inline void insert_pairs(__m128i (&pairs)[rows], Address address) {
+  if constexpr (lane < kTogether<Element>) {
+    for (int r = 0; r < rows; ++r) pairs[r] = with_lane<lane>(pairs[r], load_pair<Element>(address(r, lane)));
+    keep_order();
+    insert_pairs<lane + 1, rows, Element>(pairs, address);
+  }
 }
 
 }  // namespace

@@ -15,6 +15,7 @@ using Vector = __m512i;
 using Mask = __mmask16;
 
 inline Vector load_vector(const int* from) { return _mm512_load_si512(from); }
+inline Vector load_anywhere(const int* from) { return _mm512_loadu_si512(from); }
 inline void store_vector(int* to, Vector v) { _mm512_store_si512(to, v); }
 inline void store_anywhere(int* to, Vector v) { _mm512_storeu_si512(to, v); }
 inline Vector broadcast(int v) { return _mm512_set1_epi32(v); }
@@ -28,7 +29,15 @@ template <int bits>
 Vector shift_right(Vector v) {
   return _mm512_srai_epi32(v, bits);
 }
+inline Vector shift_right(Vector v, int bits) { return _mm512_sra_epi32(v, _mm_cvtsi32_si128(bits)); }
+inline Vector bits_in(Vector v, Vector mask) { return _mm512_and_si512(v, mask); }
+inline Vector product(Vector a, Vector b) { return _mm512_mullo_epi32(a, b); }
 inline Vector smaller(Vector a, Vector b) { return _mm512_min_epi32(a, b); }
+// Lane i is what stands `by` lanes before it in `before` followed by v.
+template <int by>
+Vector lanes_before(Vector before, Vector v) {
+  return _mm512_alignr_epi32(v, before, 16 - by);
+}
 inline int lowest_of(Vector v) { return _mm512_reduce_min_epi32(v); }
 
 struct Packing {
@@ -46,6 +55,9 @@ using Mask = __m256i;
 inline Vector load_vector(const int* from) {
   return _mm256_load_si256(reinterpret_cast<const __m256i*>(from));
 }
+inline Vector load_anywhere(const int* from) {
+  return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(from));
+}
 inline void store_vector(int* to, Vector v) { _mm256_store_si256(reinterpret_cast<__m256i*>(to), v); }
 inline void store_anywhere(int* to, Vector v) { _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), v); }
 inline Vector broadcast(int v) { return _mm256_set1_epi32(v); }
@@ -59,7 +71,15 @@ template <int bits>
 Vector shift_right(Vector v) {
   return _mm256_srai_epi32(v, bits);
 }
+inline Vector shift_right(Vector v, int bits) { return _mm256_sra_epi32(v, _mm_cvtsi32_si128(bits)); }
+inline Vector bits_in(Vector v, Vector mask) { return _mm256_and_si256(v, mask); }
+inline Vector product(Vector a, Vector b) { return _mm256_mullo_epi32(a, b); }
 inline Vector smaller(Vector a, Vector b) { return _mm256_min_epi32(a, b); }
+template <int by>
+Vector lanes_before(Vector before, Vector v) {
+  if constexpr (by == kVector) return before;
+  return _mm256_alignr_epi8(v, _mm256_permute2x128_si256(before, v, 0x21), (16 - 4 * by) & 15);
+}
 inline int lowest_of(Vector v) {
   __m128i low = _mm_min_epi32(_mm256_castsi256_si128(v), _mm256_extracti128_si256(v, 1));
   low = _mm_min_epi32(low, _mm_shuffle_epi32(low, 0x4E));
@@ -95,6 +115,9 @@ using Vector = __m128i;
 using Mask = __m128i;
 
 inline Vector load_vector(const int* from) { return _mm_load_si128(reinterpret_cast<const __m128i*>(from)); }
+inline Vector load_anywhere(const int* from) {
+  return _mm_loadu_si128(reinterpret_cast<const __m128i*>(from));
+}
 inline void store_vector(int* to, Vector v) { _mm_store_si128(reinterpret_cast<__m128i*>(to), v); }
 inline void store_anywhere(int* to, Vector v) { _mm_storeu_si128(reinterpret_cast<__m128i*>(to), v); }
 inline Vector broadcast(int v) { return _mm_set1_epi32(v); }
@@ -110,7 +133,17 @@ template <int bits>
 Vector shift_right(Vector v) {
   return _mm_srai_epi32(v, bits);
 }
+inline Vector shift_right(Vector v, int bits) { return _mm_sra_epi32(v, _mm_cvtsi32_si128(bits)); }
+inline Vector bits_in(Vector v, Vector mask) { return _mm_and_si128(v, mask); }
+inline Vector product(Vector a, Vector b) {
+  __m128i even = _mm_mul_epu32(a, b), odd = _mm_mul_epu32(_mm_srli_epi64(a, 32), _mm_srli_epi64(b, 32));
+  return _mm_unpacklo_epi32(_mm_shuffle_epi32(even, 0x08), _mm_shuffle_epi32(odd, 0x08));
+}
 inline Vector smaller(Vector a, Vector b) { return select(_mm_cmplt_epi32(a, b), a, b); }
+template <int by>
+Vector lanes_before(Vector before, Vector v) {
+  return _mm_or_si128(_mm_slli_si128(v, 4 * by), _mm_srli_si128(before, 16 - 4 * by));
+}
 inline int lowest_of(Vector v) {
   v = smaller(v, _mm_shuffle_epi32(v, 0x4E));
   v = smaller(v, _mm_shuffle_epi32(v, 0xB1));
@@ -133,6 +166,20 @@ struct Packing {
 };
 
 #endif
+
+template <int lane>
+__m128i with_lane(__m128i v, uint16_t number) {
+  return _mm_insert_epi16(v, number, lane);
+}
+template <int lane>
+__m128i with_lane(__m128i v, uint32_t number) {
+#if defined(__SSE4_1__)
+  return _mm_insert_epi32(v, static_cast<int>(number), lane);
+#else
+  v = _mm_insert_epi16(v, static_cast<int>(number & 0xFFFF), 2 * lane);
+  return _mm_insert_epi16(v, static_cast<int>(number >> 16), 2 * lane + 1);
+#endif
+}
 
 // Whether eight numbers follow one another.
 inline bool consecutive_8(const int* number) {

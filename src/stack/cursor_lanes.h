@@ -3,6 +3,8 @@
 
 #include "numbers/lanes.h"
 #include "sets/vectors.h"
+#include "stack/region_walk.h"
+#include "stack/staged_samples.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -16,6 +18,13 @@ struct CursorLanes {
   Lanes<int> last_node;    // the last in this region
   Lanes<int> first_slice;  // of this region
   Lanes<int> slice;        // of the next sample; kNoSlice when the ray is done
+
+  void advance_first(int n) {
+    x[0] = wrap_add(x[0], wrap_mul(n, x_step[0]));
+    y[0] = wrap_add(y[0], wrap_mul(n, y_step[0]));
+    position[0] = wrap_add(position[0], wrap_mul(n, position_step[0]));
+    node[0] += n * node_step[0];
+  }
 };
 
 // What moves of one vector's lanes.
@@ -36,6 +45,23 @@ struct CursorGroup {
     store_vector(&c.slice[group], slice);
   }
 };
+
+// The next n samples of lane 0.
+template <SliceRules rules>
+void stage_run(const CursorLanes& c, int n, StagedSamples& stage) {
+  const int x = c.x[0], y = c.y[0], position = c.position[0], node = c.node[0],
+            first_slice = c.first_slice[0];
+  const int x_step = c.x_step[0], y_step = c.y_step[0], position_step = c.position_step[0];
+  const int node_step = c.node_step[0];
+  for (int i = 0; i < n; ++i) {
+    stage.x[i] = wrap_add(x, wrap_mul(i, x_step));
+    stage.y[i] = wrap_add(y, wrap_mul(i, y_step));
+    int at = wrap_add(position, wrap_mul(i, position_step));
+    stage.position[i] = at;
+    stage.place[i] = slice_of<rules>(at, first_slice);
+    stage.node[i] = node + i * node_step;
+  }
+}
 
 }  // namespace
 }  // namespace zox::ZOX_SET

@@ -69,29 +69,49 @@ struct SharedPosition {
 // Appends sample k of n rays, for which ray 0 is at position number i of `at`.
 // Lanes beyond n hold anything: every sum wraps.
 inline void append_rays(const RayOffsets& offsets, const Axes<int>& at, int i, int k, int n,
-                        StagedSamples& stage) {
-  int *x = stage.x + stage.n, *y = stage.y + stage.n, *slice = stage.slice + stage.n,
-      *node = stage.node + stage.n;
-  for (int lane = 0; lane < padded(n); ++lane) {
-    x[lane] = wrap_add(offsets.x[lane], at[0][i]);
-    y[lane] = wrap_add(offsets.y[lane], at[1][i]);
-    slice[lane] = wrap_add(offsets.slice[lane], at[2][i]) >> 21;
-    node[lane] = wrap_add(offsets.ray[lane], 64 * k);
+                        const StackView& view, StagedSamples& stage) {
+  const Vector x_at = broadcast(at[0][i]), y_at = broadcast(at[1][i]), z_at = broadcast(at[2][i]);
+  const Vector number = broadcast(64 * k);
+  for (int lane = 0; lane < n; lane += kVector) {
+    const int to = stage.n + lane;
+    Vector x = sum(load_vector(&offsets.x[lane]), x_at), y = sum(load_vector(&offsets.y[lane]), y_at);
+    Vector slice = shift_right<21>(sum(load_vector(&offsets.slice[lane]), z_at));
+    store_anywhere(stage.node + to, sum(load_vector(&offsets.ray[lane]), number));
+    store_anywhere(stage.place + to, stage.even ? view.offset(x, y, view.slice_start(slice)) : slice);
+    if (!stage.even || view.bits_are_read) store_anywhere(stage.x + to, x);
+    if (!stage.even) store_anywhere(stage.y + to, y);
   }
   stage.n += n;
 }
 
 // Appends samples k .. k + n - 1 of the one ray that is left.
-inline void append_run(const RayOffsets& offsets, const Axes<int>& at, int k, int n, StagedSamples& stage) {
+inline void append_run(const RayOffsets& offsets, const Axes<int>& at, int k, int n, const StackView& view,
+                       StagedSamples& stage) {
   const int x = offsets.x[0], y = offsets.y[0], slice = offsets.slice[0], node = offsets.ray[0] + 64 * k;
   const int end = stage.n;
   for (int i = 0; i < padded(n); ++i) {
     stage.x[end + i] = wrap_add(x, at[0][i]);
     stage.y[end + i] = wrap_add(y, at[1][i]);
-    stage.slice[end + i] = wrap_add(slice, at[2][i]) >> 21;
+    stage.place[end + i] = wrap_add(slice, at[2][i]) >> 21;
     stage.node[end + i] = node + 64 * i;
   }
+  if (stage.even) view.place_evenly(stage, end, n);
   stage.n += n;
+}
+
+// What the rays reach on one axis while ray 0 moves through these positions. False if a sum wraps.
+inline bool reach(const Lanes<int>& offsets, int rays, const Lanes<int>& at, int n, Range& reached) {
+  const Range offset = range_of(offsets.at, rays), position = range_of(at.at, n);
+  reached = {wrap_add(offset.low, position.low), wrap_add(offset.high, position.high)};
+  return int64_t{offset.low} + position.low == reached.low &&
+         int64_t{offset.high} + position.high == reached.high;
+}
+
+// Whether offsets reach the voxels of the next n samples.
+inline bool even_for(StackView& view, const RayOffsets& offsets, int rays, const Axes<int>& at, int n) {
+  Range x, y, z;
+  return reach(offsets.x, rays, at[0], n, x) && reach(offsets.y, rays, at[1], n, y) &&
+         reach(offsets.slice, rays, at[2], n, z) && view.even_for(x, y, {z.low >> 21, z.high >> 21});
 }
 
 // Fills offsets and lanes; rays without samples get none.
@@ -124,27 +144,34 @@ int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox
   Marchers rays;
   RayOffsets offsets;
   place_rays(batch, nrays, slices_per_z, offsets, rays);
-  StackView view(volume, 0);
-  StagedSamples stage;
+  StackSampler<rules> sampler(volume, batch.planes);
+  StageSink sink = sampler.sink();
+  StagedSamples* stage = sink.take();
   int first_plane = 0;
   for (int k = 0; k < max_samples; rays.drop_ended(k, offsets)) {
     for (int end = rays.first_end(); k < end;) {
       if (k - first_plane >= kNumberedPlanes) {
-        flush_stage<rules>(view, stage, batch.planes + first_plane);
+        sampler.finish();
         first_plane = k;
+        sampler.planes = batch.planes + k;
       }
       Axes<int> at;
       int n = end - k < kLanes ? end - k : kLanes;
       position.run(n, at);
-      if (rays.n == 1) append_run(offsets, at, k - first_plane, n, stage);
+      bool even = even_for(sampler.view, offsets, rays.n, at, n);
+      if (stage->even != even && stage->n > 0) stage = sink.take();
+      stage->even = even;
+      if (rays.n == 1) append_run(offsets, at, k - first_plane, n, sampler.view, *stage);
       for (int i = 0; i < n; ++i) {
-        if (rays.n > 1) append_rays(offsets, at, i, k - first_plane + i, rays.n, stage);
-        if (stage.n > kStage - kLanes) flush_stage<rules>(view, stage, batch.planes + first_plane);
+        if (rays.n > 1) append_rays(offsets, at, i, k - first_plane + i, rays.n, sampler.view, *stage);
+        if (stage->n <= kStage - kLanes) continue;
+        stage = sink.take();
+        stage->even = even;
       }
       k += n;
     }
   }
-  flush_stage<rules>(view, stage, batch.planes + first_plane);
+  sampler.finish();
   return ZOX_STS_NO_ERROR;
 }
 

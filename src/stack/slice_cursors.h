@@ -35,6 +35,7 @@ class SliceCursors {
   // Adds the ray as the next lane. False if its z leaves the range in which it runs one way.
   bool add(const Trace& trace, int ray) {
     if (trace.n < 1) return true;
+    reach_.include(trace, regions_);
     int lane = n_++;
     ray_[lane] = ray;
     if (regions_.n == 1) return enter_only_region(lane, trace);
@@ -44,22 +45,31 @@ class SliceCursors {
 
   // Appends every sample of the lowest slice that any cursor stands at, until none is left below
   // `nslices`. Samples below slice 0 are passed over.
-  void sweep(int nslices, StagedSamples& stage, const StageSink& sink) {
-    if (n_ == 1) return follow_one(nslices, stage, sink);
+  void sweep(int nslices, StackView& view, const StageSink& sink) {
+    stage_ = sink.take();
+    if (n_ == 1) return follow_one(nslices, view, sink);
     for (int s = lowest_slice(); s < nslices;) {
+      if (s >= 0) enter_slice(reach_.even(view, {s, s}), sink);
       Vector next = broadcast(kNoSlice);
       for (int group = 0; group < n_; group += kVector) {
-        next = smaller(next, append_group(s, group, stage, sink));
+        next = smaller(next, stage_->even ? append_group<true>(s, group, view, sink)
+                                          : append_group<false>(s, group, view, sink));
       }
-      s = lowest_of(next);
+      ++s;  // mostly some ray is there
+      if (bits_of(equal(next, broadcast(s))) == 0) s = lowest_of(next);
     }
-    sink.take(stage);
   }
 
  private:
   static constexpr int64_t kSlack = 1 << rules.bits;  // how far beyond the regions z may be
   static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
   static constexpr int kHalf = rules.half << (rules.bits - 1);
+
+  void enter_slice(bool even, const StageSink& sink) {
+    if (stage_->even == even) return;
+    if (stage_->n > 0) stage_ = sink.take();
+    stage_->even = even;
+  }
 
   int lowest_slice() const {
     int lowest = kNoSlice;
@@ -139,74 +149,67 @@ class SliceCursors {
   }
 
   // sweep() for a ray that is alone: it is in slice order as it stands.
-  void follow_one(int nslices, StagedSamples& stage, const StageSink& sink) {
+  void follow_one(int nslices, StackView& view, const StageSink& sink) {
     while (lanes_.slice[0] < nslices) {
+      StagedSamples& stage = *stage_;
       int left = (lanes_.last_node[0] - lanes_.node[0]) / lanes_.node_step[0] + 1;
       int n = left < kStage ? left : kStage;
-      stage_run(n, stage);
+      stage_run<rules>(lanes_, n, stage);
       advance_one(n, n == left);
       int below = 0;
-      while (below < n && stage.slice[below] < 0) ++below;
-      while (n > below && stage.slice[n - 1] >= nslices) --n;
+      while (below < n && stage.place[below] < 0) ++below;
+      while (n > below && stage.place[n - 1] >= nslices) --n;
       if (below > 0) stage.drop_first(below, n);
       stage.n = n - below;
-      sink.take(stage);
-    }
-  }
-
-  // The next n samples of lane 0.
-  void stage_run(int n, StagedSamples& stage) {
-    const CursorLanes& c = lanes_;
-    const int x = c.x[0], y = c.y[0], position = c.position[0], node = c.node[0],
-              first_slice = c.first_slice[0];
-    const int x_step = c.x_step[0], y_step = c.y_step[0], position_step = c.position_step[0];
-    const int node_step = c.node_step[0];
-    for (int i = 0; i < n; ++i) {
-      stage.x[i] = wrap_add(x, wrap_mul(i, x_step));
-      stage.y[i] = wrap_add(y, wrap_mul(i, y_step));
-      int at = wrap_add(position, wrap_mul(i, position_step));
-      stage.position[i] = at;
-      stage.slice[i] = slice_of<rules>(at, first_slice);
-      stage.node[i] = node + i * node_step;
+      if (stage.n == 0) continue;
+      stage.even = reach_.even(view, {stage.place[0], stage.place[stage.n - 1]});
+      if (stage.even) view.place_evenly(stage, 0, stage.n);
+      stage_ = sink.take();
     }
   }
 
   void advance_one(int n, bool ended) {
-    CursorLanes& c = lanes_;
-    c.x[0] = wrap_add(c.x[0], wrap_mul(n, c.x_step[0]));
-    c.y[0] = wrap_add(c.y[0], wrap_mul(n, c.y_step[0]));
-    c.position[0] = wrap_add(c.position[0], wrap_mul(n, c.position_step[0]));
-    c.node[0] += n * c.node_step[0];
-    c.slice[0] = ended ? kNoSlice : slice_of<rules>(c.position[0], c.first_slice[0]);
+    lanes_.advance_first(n);
+    lanes_.slice[0] = ended ? kNoSlice : slice_of<rules>(lanes_.position[0], lanes_.first_slice[0]);
     if (ended && regions_.n > 1) enter_region(0);
   }
 
   // Appends the samples of slice s of one vector's lanes and moves these on; the slices at which
   // they then stand.
-  Vector append_group(int s, int group, StagedSamples& stage, const StageSink& sink);
+  template <bool even>
+  Vector append_group(int s, int group, const StackView& view, const StageSink& sink);
 
   const Regions& regions_;
   CursorLanes lanes_;
   int n_ = 0;
+  Reach reach_;
+  StagedSamples* stage_ = nullptr;
   Trace trace_[kLanes];
   int ray_[kLanes];
   int region_[kLanes];  // the one to enter next
 };
 
 template <SliceRules rules>
-Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage, const StageSink& sink) {
+template <bool even>
+Vector SliceCursors<rules>::append_group(int s, int group, const StackView& view, const StageSink& sink) {
   const Vector wanted = broadcast(s), none = broadcast(kNoSlice);
   Mask on = equal(load_vector(&lanes_.slice[group]), wanted);
   if (bits_of(on) == 0) return load_vector(&lanes_.slice[group]);
+  const Vector place = even ? view.slice_start(wanted) : wanted;
   CursorGroup c(lanes_, group);
-  int n = stage.n;
+  StagedSamples* stage = stage_;
+  int n = stage->n;
   for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(c.slice, wanted)) {
     Packing packed(bits);
-    packed.append(stage.x + n, c.x);
-    packed.append(stage.y + n, c.y);
-    if constexpr (!rules.half) packed.append(stage.position + n, c.position);
-    packed.append(stage.node + n, c.node);
-    store_anywhere(stage.slice + n, wanted);
+    if constexpr (even) {
+      packed.append(stage->place + n, view.offset(c.x, c.y, place));
+    } else {
+      store_anywhere(stage->place + n, place);
+    }
+    if (!even || !rules.half || view.bits_are_read) packed.append(stage->x + n, c.x);
+    if (!even || !rules.half) packed.append(stage->y + n, c.y);
+    if constexpr (!rules.half) packed.append(stage->position + n, c.position);
+    packed.append(stage->node + n, c.node);
     n += s >= 0 ? __builtin_popcount(bits) : 0;
     Mask ended = both(on, equal(c.node, load_vector(&lanes_.last_node[group])));
     c.x = add_where(on, c.x, load_vector(&lanes_.x_step[group]));
@@ -224,12 +227,13 @@ Vector SliceCursors<rules>::append_group(int s, int group, StagedSamples& stage,
       c = CursorGroup(lanes_, group);
     }
     if (StagedSamples::full(n)) {
-      stage.n = n;
-      sink.take(stage);
+      stage->n = n;
+      stage_ = stage = sink.take();
+      stage->even = even;
       n = 0;
     }
   }
-  stage.n = n;
+  stage->n = n;
   c.put_back(lanes_, group);
   return c.slice;
 }

@@ -38,10 +38,9 @@ bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Region
     Trace t = trace_of<rules>(batch, r, regions.n == 1);
     if (!cursors.add(t, r)) return false;
   }
-  constexpr FetchRules fetch = fetch_rules(rules);
-  StackView view(volume, fetch.trilinear ? 1 : 0);
-  StagedSamples stage;
-  cursors.sweep(volume.nslices, stage, {flush_stage<fetch>, view, batch.planes});
+  StackSampler<fetch_rules(rules)> sampler(volume, batch.planes);
+  cursors.sweep(volume.nslices, sampler.view, sampler.sink());
+  sampler.finish();
   return true;
 }
 

@@ -1,6 +1,7 @@
 // The values of staged samples of a slice stack.
 #pragma once
 
+#include "numbers/cache_lines.h"
 #include "numbers/voxel_pair.h"
 #include "sets/vectors.h"
 #include "stack/slice_lists.h"
@@ -27,85 +28,120 @@ void store_samples(const int* node, int n, void* const* planes, Value value) {
   for (; i < n; ++i) static_cast<Element*>(planes[node[i] >> 6])[node[i] & 63] = value(i);
 }
 
-// A number for every staged sample.
-struct alignas(64) StageNumbers {
-  int at[kStageRoom];
-  int& operator[](int i) { return at[i]; }
-};
-
-// address(i) is where sample i is read; all that it needs it holds by value. Of every eighth sample,
-// whose followers are neighbours more often than not, the line is asked for before the first is read:
-// memory then works on many at once. A prefetch neither faults nor brings in a page: no slice is
-// visited by it.
-template <FetchRules rules, class Address>
-void sample_nearest_at(Address address, const StagedSamples& stage, const int* shift, void* const* planes) {
-  using Element = ElementOf<rules.voxel>;
-  for (int i = 0; i < stage.n; i += 8) __builtin_prefetch(address(i));
-  store_samples<Element>(stage.node, stage.n, planes, [=](int i) {
-    Element element = load<Element>(address(i));
-    keep_order();
-    if constexpr (rules.voxel == Voxel::kBit) element = bit_of(element, shift[i]);
-    return element;
-  });
+// The lines of a full stage are asked for while the stage before is read. Where choosing samples by their
+// lines costs about as much as it saves, every second one is taken: neighbours in slice order lie in
+// several rows.
+template <FetchRules rules>
+[[gnu::always_inline]] inline void ask_evenly(const StackView& view, const StagedSamples& stage) {
+  if constexpr (!rules.trilinear && (kVector < 16 || !rules.in_slice_order)) {
+    for (int i = 0; i < stage.n; i += 2) __builtin_prefetch(view.origin + stage.place[i]);
+    return;
+  }
+  alignas(64) int line_offset[kStageRoom];
+  const int lines = lines_of(view.origin, stage.place, stage.n, line_offset);
+  for (int i = 0; i < lines; ++i) {
+    const char* at = view.origin + line_offset[i];
+    __builtin_prefetch(at);
+    if constexpr (rules.trilinear) {
+      __builtin_prefetch(at + view.row_pitch);
+      __builtin_prefetch(at + view.slice_pitch);
+      __builtin_prefetch(at + view.slice_pitch + view.row_pitch);
+    }
+  }
 }
 
 // Columns and rows are taken as the operation's nodes would hold them: in 16 bits, unsigned, or as
 // they are.
 template <FetchRules rules>
-void sample_nearest(const StackView& view, bool even, const StagedSamples& stage, void* const* planes) {
-  constexpr bool bit = rules.voxel == Voxel::kBit;
-  constexpr int index_mask = rules.index_in_16_bits ? 0xFFFF : -1;
-  StageNumbers column, row, offset, shift;
-  for (int i = 0; i < padded(stage.n); ++i) {
-    int voxel = (stage.x[i] >> 21) & index_mask;
-    column[i] = bit ? voxel >> 3 : voxel * int{sizeof(ElementOf<rules.voxel>)};
-    row[i] = (stage.y[i] >> 21) & index_mask;
-    if constexpr (bit) shift[i] = bit_shift(voxel);
-  }
-  if (even) {
-    for (int i = 0; i < padded(stage.n); ++i) {
-      int in_slice = wrap_add(wrap_add(column[i], view.start), wrap_mul(row[i], view.row_pitch));
-      offset[i] = wrap_add(in_slice, wrap_mul(stage.slice[i], view.slice_pitch));
+int index_of(int fixed) {
+  return (fixed >> (rules.trilinear ? 20 : 21)) & (rules.index_in_16_bits ? 0xFFFF : -1);
+}
+
+template <FetchRules rules>
+int64_t offset_in_slice(const StackView& view, int x, int y, int beyond) {
+  int column = index_of<rules>(x) * int{sizeof(ElementOf<rules.voxel>)};
+  return byte_offset<rules.row_sum>(view.rowoffs[index_of<rules>(y) + beyond], column);
+}
+
+// By the tables, every second sample.
+template <FetchRules rules>
+[[gnu::always_inline]] inline void ask_corners(const StackView& view, const StagedSamples& stage) {
+  for (int i = 0; i < stage.n; i += 2) {
+    for (int beyond = 0; beyond < 2; ++beyond) {
+      int64_t row = offset_in_slice<rules>(view, stage.x[i], stage.y[i], beyond);
+      __builtin_prefetch(static_cast<const char*>(view.slices[stage.place[i]]) + row);
+      __builtin_prefetch(static_cast<const char*>(view.slices[stage.place[i] + 1]) + row);
     }
-    auto address = [origin = view.origin, to = offset.at](int i) { return origin + to[i]; };
-    sample_nearest_at<rules>(address, stage, shift.at, planes);
-  } else {
-    auto address = [slices = view.slices, rowoffs = view.rowoffs, slice = stage.slice, y = row.at,
-                    x = column.at](int i) {
-      const char* base = static_cast<const char*>(slices[slice[i]]);
-      return base + byte_offset<rules.row_sum>(rowoffs[y[i]], x[i]);
-    };
-    sample_nearest_at<rules>(address, stage, shift.at, planes);
   }
+}
+
+// Nearest samples by the tables: their addresses, kept for the reading, and every second line asked for.
+template <FetchRules rules>
+[[gnu::always_inline]] inline void look_up(const StackView& view, StagedSamples& __restrict stage) {
+  constexpr bool bit = rules.voxel == Voxel::kBit;
+  alignas(64) int column[kStageRoom], row[kStageRoom];
+  const int n = stage.n;
+  for (int i = 0; i < padded(n); ++i) {
+    int index = index_of<rules>(stage.x[i]);
+    column[i] = bit ? index >> 3 : index * int{sizeof(ElementOf<rules.voxel>)};
+    row[i] = index_of<rules>(stage.y[i]);
+  }
+  for (int i = 0; i < n; ++i) {
+    const char* slice = static_cast<const char*>(view.slices[stage.place[i]]);
+    stage.address[i] = slice + byte_offset<rules.row_sum>(view.rowoffs[row[i]], column[i]);
+  }
+  if (bit || n < kFewToAsk) return;
+  for (int i = 0; i < n; i += 2) __builtin_prefetch(stage.address[i]);
+}
+
+// address(i) is where sample i is read; all that it needs it holds by value.
+template <FetchRules rules, class Address>
+void read_nearest_at(Address address, const StagedSamples& stage, void* const* planes) {
+  using Element = ElementOf<rules.voxel>;
+  alignas(64) int shift[kStageRoom];
+  if constexpr (rules.voxel == Voxel::kBit) {
+    for (int i = 0; i < padded(stage.n); ++i) shift[i] = bit_shift(index_of<rules>(stage.x[i]));
+  }
+  [[maybe_unused]] const int* const bits = shift;
+  store_samples<Element>(stage.node, stage.n, planes, [=](int i) {
+    Element element = load<Element>(address(i));
+    keep_order();
+    if constexpr (rules.voxel == Voxel::kBit) element = bit_of(element, bits[i]);
+    return element;
+  });
+}
+
+template <FetchRules rules>
+void read_nearest(const StackView& view, const StagedSamples& stage, void* const* planes) {
+  if (stage.even) {
+    auto address = [origin = view.origin, place = stage.place](int i) { return origin + place[i]; };
+    return read_nearest_at<rules>(address, stage, planes);
+  }
+  auto address = [to = stage.address](int i) { return static_cast<const char*>(to[i]); };
+  read_nearest_at<rules>(address, stage, planes);
 }
 
 // Samples number `first` to `first + n - 1` of the stage, n up to 64.
 template <FetchRules rules, class Element>
-void fetch_stack_corners(const StackView& view, bool even, const StagedSamples& stage, int first, int n,
+void fetch_stack_corners(const StackView& view, const StagedSamples& stage, int first, int n,
                          Corners<Element>& corners) {
-  const int *x = stage.x + first, *y = stage.y + first, *slice = stage.slice + first;
-  if (even) {
-    Lanes<int> offset;
-    for (int i = 0; i < padded(n); ++i) {
-      int in_slice = wrap_add((x[i] >> 20) * int{sizeof(Element)}, wrap_mul(y[i] >> 20, view.row_pitch));
-      offset[i] = wrap_add(wrap_add(in_slice, view.start), wrap_mul(slice[i], view.slice_pitch));
-    }
+  const int *x = stage.x + first, *y = stage.y + first, *place = stage.place + first;
+  if (stage.even) {
     const char *origin = view.origin, *next_row = origin + view.row_pitch;
     const char *next_slice = origin + view.slice_pitch, *next_both = next_slice + view.row_pitch;
     for (int i = 0; i < n; ++i, keep_order()) {
-      corners.pair[0][i] = load_pair<Element>(origin + offset[i]);
-      corners.pair[1][i] = load_pair<Element>(next_row + offset[i]);
-      corners.pair[2][i] = load_pair<Element>(next_slice + offset[i]);
-      corners.pair[3][i] = load_pair<Element>(next_both + offset[i]);
+      corners.pair[0][i] = load_pair<Element>(origin + place[i]);
+      corners.pair[1][i] = load_pair<Element>(next_row + place[i]);
+      corners.pair[2][i] = load_pair<Element>(next_slice + place[i]);
+      corners.pair[3][i] = load_pair<Element>(next_both + place[i]);
     }
     return;
   }
   for (int i = 0; i < n; ++i, keep_order()) {
-    int column = (x[i] >> 20) * int{sizeof(Element)};
-    int64_t row_0 = byte_offset<rules.row_sum>(view.rowoffs[y[i] >> 20], column);
-    int64_t row_1 = byte_offset<rules.row_sum>(view.rowoffs[(y[i] >> 20) + 1], column);
-    const char* lower = static_cast<const char*>(view.slices[slice[i]]);
-    const char* upper = static_cast<const char*>(view.slices[slice[i] + 1]);
+    int64_t row_0 = offset_in_slice<rules>(view, x[i], y[i], 0);
+    int64_t row_1 = offset_in_slice<rules>(view, x[i], y[i], 1);
+    const char* lower = static_cast<const char*>(view.slices[place[i]]);
+    const char* upper = static_cast<const char*>(view.slices[place[i] + 1]);
     corners.pair[0][i] = load_pair<Element>(lower + row_0);
     corners.pair[1][i] = load_pair<Element>(lower + row_1);
     corners.pair[2][i] = load_pair<Element>(upper + row_0);
@@ -114,12 +150,12 @@ void fetch_stack_corners(const StackView& view, bool even, const StagedSamples& 
 }
 
 template <FetchRules rules, class Element = ElementOf<rules.voxel>>
-void sample_trilinear_block(const StackView& view, bool even, const StagedSamples& stage, int first, int n,
-                            void* const* planes) {
+void read_trilinear_block(const StackView& view, const StagedSamples& stage, int first, int n,
+                          void* const* planes) {
   const int *x = stage.x + first, *y = stage.y + first, *position = stage.position + first;
   Corners<Element> corners;
   Lanes<Element> values;
-  fetch_stack_corners<rules>(view, even, stage, first, n, corners);
+  fetch_stack_corners<rules>(view, stage, first, n, corners);
   if constexpr (rules.voxel == Voxel::k8U) {
     for (int i = 0; i < padded(n); ++i) {
       values[i] = static_cast<Element>(corners.interpolated(trilinear_fixed, i, x[i], y[i], position[i]));
@@ -136,35 +172,59 @@ void sample_trilinear_block(const StackView& view, bool even, const StagedSample
   store_samples<Element>(stage.node + first, n, planes, [&](int i) { return values[i]; });
 }
 
-// Whether offsets reach all that is staged. Indices that 16 bits would change are left to the
-// tables. The base set does not ask: its vectors cannot multiply, and looking up is quicker.
+// Two stages by turns: while one is filled, the lines of the other have been asked for.
 template <FetchRules rules>
-bool evenly_apart(StackView& view, StagedSamples& stage) {
-  constexpr int bits = rules.trilinear ? 20 : 21;
-  stage.pad();
-  int n = padded(stage.n);
-  Range y = range_of(stage.y, n);
-  if (rules.index_in_16_bits && (y.low < 0 || range_of(stage.x, n).low < 0)) return false;
-  Range slices = {stage.slice[0], stage.slice[stage.n - 1]};
-  if (!rules.in_slice_order) slices = range_of(stage.slice, n);
-  return view.even_for({y.low >> bits, y.high >> bits}, slices);
-}
+class StackSampler {
+ public:
+  StackSampler(const zox_Volume& volume, void* const* to) : view(volume, rules), planes(to) {}
 
-// Samples all that is staged, in order, and empties the stage.
-template <FetchRules rules>
-[[gnu::noinline]] void flush_stage(StackView& view, StagedSamples& stage, void* const* planes) {
-  if (stage.n == 0) return;
-  bool even = kVector > 4 && evenly_apart<rules>(view, stage);
-  if constexpr (rules.trilinear) {
-    for (int first = 0; first < stage.n; first += kLanes) {
-      int n = stage.n - first < kLanes ? stage.n - first : kLanes;
-      sample_trilinear_block<rules>(view, even, stage, first, n, planes);
-    }
-  } else {
-    sample_nearest<rules>(view, even, stage, planes);
+  StageSink sink() { return {swap, this}; }
+
+  // Samples all that is staged.
+  void finish() {
+    swap(this);
+    swap(this);
   }
-  stage.n = 0;
-}
+
+  StackView view;
+  void* const* planes;
+
+ private:
+  [[gnu::noinline]] static StagedSamples* swap(void* self) {
+    StackSampler& s = *static_cast<StackSampler*>(self);
+    StagedSamples& full = s.stages_[s.filled_];
+    s.filled_ ^= 1;
+    StagedSamples& asked = s.stages_[s.filled_];
+    if constexpr (!rules.trilinear) {
+      if (!full.even) look_up<rules>(s.view, full);
+    }
+    if (full.n >= kFewToAsk && rules.voxel != Voxel::kBit) {
+      if constexpr (kOffsetsPay) {
+        if (full.even) ask_evenly<rules>(s.view, full);
+      }
+      if constexpr (rules.trilinear) {
+        if (!full.even) ask_corners<rules>(s.view, full);
+      }
+    }
+    s.read(asked);
+    asked.n = 0;
+    return &asked;
+  }
+
+  void read(const StagedSamples& stage) const {
+    if constexpr (rules.trilinear) {
+      for (int first = 0; first < stage.n; first += kLanes) {
+        int n = stage.n - first < kLanes ? stage.n - first : kLanes;
+        read_trilinear_block<rules>(view, stage, first, n, planes);
+      }
+    } else {
+      read_nearest<rules>(view, stage, planes);
+    }
+  }
+
+  StagedSamples stages_[2];
+  int filled_ = 0;
+};
 
 }  // namespace
 }  // namespace zox::ZOX_SET

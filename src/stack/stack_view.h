@@ -2,6 +2,9 @@
 // offset, computed in vectors, replaces two table look-ups a sample.
 #pragma once
 
+#include "operations/rules.h"
+#include "sets/vectors.h"
+#include "stack/region_walk.h"
 #include "stack/staged_samples.h"
 #include "zox_volume.h"
 
@@ -37,28 +40,57 @@ struct Progression {
   int64_t span() const { return (pitch < 0 ? -pitch : pitch) * (high - low); }
 };
 
+// The base set looks rows and slices up: its vectors cannot multiply.
+constexpr bool kOffsetsPay = kVector > 4;
+
 class StackView {
  public:
-  // Trilinear operations read `beyond` = 1 more row, column and slice.
-  StackView(const zox_Volume& volume, int beyond)
-      : slices(volume.slices), rowoffs(volume.rowoffs), beyond_(beyond) {}
+  StackView(const zox_Volume& volume, FetchRules rules)
+      : slices(volume.slices),
+        rowoffs(volume.rowoffs),
+        bits_are_read(rules.voxel == Voxel::kBit),
+        bits_(rules.trilinear ? 20 : 21),
+        column_shift_(rules.voxel == Voxel::kBit  ? bits_ + 3
+                      : rules.voxel == Voxel::k8U ? bits_
+                                                  : bits_ - 1),
+        column_mask_(rules.voxel == Voxel::k16S ? -2 : -1),
+        index_in_16_bits_(rules.index_in_16_bits),
+        beyond_(rules.trilinear ? 1 : 0) {}
 
-  // Whether the 32-bit offsets below reach these samples. Looks only at table entries from the first to the
-  // last that samples of this call have used so far.
-  bool even_for(Range rows, Range slices_used) {
-    if (!even_) return false;
-    rows.high += beyond_;
+  // Whether the 32-bit offsets below reach samples of these x and y, in fixed point, and slices. Looks only
+  // at table entries from the first to the last of this call so far. Indices that 16 bits would change are
+  // left to the tables.
+  bool even_for(Range x, Range y, Range slices_used) {
+    if (!kOffsetsPay || !even_ || (index_in_16_bits_ && (x.low < 0 || y.low < 0))) return false;
+    Range rows = {y.low >> bits_, (y.high >> bits_) + beyond_};
     slices_used.high += beyond_;
     if (rows_.covers(rows) && stack_.covers(slices_used)) return true;
     even_ = extend(rows, slices_used);
     return even_;
   }
 
+  // Offsets in place of the slices of staged samples.
+  void place_evenly(StagedSamples& stage, int first, int n) const {
+    for (int i = first; i < first + n; i += kVector) {
+      Vector slice = slice_start(load_anywhere(stage.place + i));
+      store_anywhere(stage.place + i, offset(load_anywhere(stage.x + i), load_anywhere(stage.y + i), slice));
+    }
+  }
+
   const void* const* slices;
   const int32_t* rowoffs;
+  const bool bits_are_read;
 
   // Evenly apart: a voxel's address is origin plus, in bytes, start + column + row * row_pitch +
-  // slice * slice_pitch, of which the sum alone need fit in 32 bits.
+  // slice * slice_pitch, of which the sum alone need fit in 32 bits. What has been called so stays so.
+  Vector slice_start(Vector slice) const {
+    return sum(broadcast(start), product(slice, broadcast(slice_pitch)));
+  }
+  Vector offset(Vector x, Vector y, Vector slice_start) const {
+    Vector column = bits_in(shift_right(x, column_shift_), broadcast(column_mask_));
+    return sum(sum(column, slice_start), product(shift_right(y, bits_), broadcast(row_pitch)));
+  }
+
   const char* origin = nullptr;
   int start = 0;
   int row_pitch = 0;
@@ -75,26 +107,52 @@ class StackView {
     }
     int64_t first_row = rows_.first < 0 ? -rows_.first : rows_.first;
     if (first_row + rows_.span() + stack_.span() + kMostColumnBytes > kLargestOffset) return false;
-    origin = static_cast<const char*>(slices[stack_.low]);
+    if (!origin) {
+      origin = static_cast<const char*>(slices[stack_.low]);
+      origin_slice_ = stack_.low;
+    }
     row_pitch = static_cast<int>(rows_.pitch);
     slice_pitch = static_cast<int>(stack_.pitch);
-    int64_t at_zero = rows_.first - rows_.low * rows_.pitch - stack_.low * stack_.pitch;
+    int64_t at_zero = rows_.first - rows_.low * rows_.pitch - origin_slice_ * stack_.pitch;
     start = static_cast<int>(static_cast<uint32_t>(at_zero));
     return true;
   }
 
+  int bits_, column_shift_, column_mask_;
+  bool index_in_16_bits_;
   int beyond_;
   bool even_ = true;
+  int64_t origin_slice_ = 0;
   Progression rows_, stack_;
 };
 
-// Where staged samples go: samples them all, in order, and empties the stage.
-struct StageSink {
-  void (*sample)(StackView& view, StagedSamples& stage, void* const* planes);
-  StackView& view;
-  void* const* planes;
+// What all rays of a call reach.
+struct Reach {
+  void include(const Trace& t, const Regions& regions) {
+    int64_t last_x = t.x + int64_t{t.sx} * (t.n - 1), last_y = t.y + int64_t{t.sy} * (t.n - 1);
+    int64_t last_z = t.z + int64_t{t.sz} * (t.n - 1);
+    int64_t low = last_z < t.z ? last_z : t.z, high = last_z < t.z ? t.z : last_z;
+    inside &= last_x == static_cast<int>(last_x) && last_y == static_cast<int>(last_y) &&
+              low >= regions.Zb[0] - kRoundings && high <= regions.Zb[regions.n] + kRoundings;
+    x.include(t.x);
+    x.include(static_cast<int>(last_x));
+    y.include(t.y);
+    y.include(static_cast<int>(last_y));
+  }
 
-  void take(StagedSamples& stage) const { sample(view, stage, planes); }
+  bool even(StackView& view, Range slices) const { return inside && view.even_for(x, y, slices); }
+
+  static constexpr int64_t kRoundings = 1 << 10;  // by how much z of a sample inside may miss the regions
+  Range x, y;
+  bool inside = true;  // no sum wraps, and no ray leaves the stack: it may then leave the rows as well
+};
+
+// Where full stages go: what is staged will be sampled, in order, and an empty stage comes back.
+struct StageSink {
+  StagedSamples* (*swap)(void* sampler);
+  void* sampler;
+
+  StagedSamples* take() const { return swap(sampler); }
 };
 
 }  // namespace

@@ -10,13 +10,24 @@ namespace {
 constexpr int kStage = 256;
 constexpr int kStageRoom = kStage + 16;  // appending stores whole vectors
 
+struct Range {
+  int low = INT32_MAX, high = INT32_MIN;
+
+  void include(int number) {
+    low = number < low ? number : low;
+    high = number > high ? number : high;
+  }
+};
+
 struct StagedSamples {
   alignas(64) int x[kStageRoom];         // fixed point
   alignas(64) int y[kStageRoom];         // fixed point
   alignas(64) int position[kStageRoom];  // trilinear: in slices from the region's first, fixed point
-  alignas(64) int slice[kStageRoom];
-  alignas(64) int node[kStageRoom];  // r + 64 k
+  alignas(64) int place[kStageRoom];     // evenly apart: the voxel's offset, in bytes; else its slice
+  alignas(64) int node[kStageRoom];      // r + 64 k
+  const void* address[kStageRoom];       // nearest and not evenly apart: set when the stage is full
   int n = 0;
+  bool even = false;  // then y, and x of nearest samples but for bits, are not set
 
   // Whether a vector more would find no room.
   static bool full(int n) { return n > kStage - 16; }
@@ -27,32 +38,15 @@ struct StagedSamples {
       x[i - first] = x[i];
       y[i - first] = y[i];
       position[i - first] = position[i];
-      slice[i - first] = slice[i];
+      place[i - first] = place[i];
       node[i - first] = node[i];
     }
   }
-
-  // Repeats a sample behind the last, so that whole vectors hold samples only.
-  void pad() {
-    for (int i = n; i < padded(n); ++i) {
-      x[i] = x[0];
-      y[i] = y[0];
-      slice[i] = slice[0];
-    }
-  }
 };
 
-struct Range {
-  int low, high;
-};
-
-// Of the first n numbers, a multiple of 16.
 inline Range range_of(const int* number, int n) {
-  Range range = {INT32_MAX, INT32_MIN};
-  for (int i = 0; i < n; ++i) {
-    range.low = number[i] < range.low ? number[i] : range.low;
-    range.high = number[i] > range.high ? number[i] : range.high;
-  }
+  Range range;
+  for (int i = 0; i < n; ++i) range.include(number[i]);
   return range;
 }
 

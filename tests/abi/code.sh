@@ -58,6 +58,14 @@ for object in "$@"; do
         awk '$2 ~ /[A-TV-Z]/' "$scratch/names"
         failed=1
       fi
+      # Seven ways to sample slice stacks (all but bits), seven to sample blocked volumes.
+      asking=$(objdump --disassemble --no-show-raw-insn "$object" |
+        awk '/^[0-9a-f]+ </ { counted = 0 } /\tprefetch/ && !counted { counted = 1; ++n } END { print n + 0 }')
+      if [ "$asking" -lt 14 ]; then
+        echo "$object asks for lines of the cache in $asking functions only: the compiler drops calls of" \
+          "functions that do nothing else"
+        failed=1
+      fi
       ;;
   esac
 done
