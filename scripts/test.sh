@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# Builds and tests everything: g++ release with tool and checker, address and undefined-behaviour
+# Builds and tests everything: g++ release with all programs, Python and documents, address and undefined-behaviour
 # sanitizers, clang, source checks, emulated older processors, valgrind, a short fuzz. One line per
 # stage; the logs stand in build/logs. Under ten minutes on two cores.
 set -euo pipefail
@@ -26,10 +26,11 @@ emulate() {  # processor, sets that it lacks
   done
 }
 
-step "packages" scripts/deps.sh build tools python test check fuzz
+step "packages" scripts/deps.sh build tools viewer mpi python docs test check fuzz
 # Whatever has a place in the tree is demanded: nothing is left out unseen.
 stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON -DZOX_BUILD_CHECKER=ON \
-  -DZOX_BUILD_RENDER=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_PYTHON=ON
+  -DZOX_BUILD_RENDER=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_VIEWER=ON -DZOX_BUILD_MPI=ON -DZOX_BUILD_PYTHON=ON \
+  -DZOX_BUILD_DOCS=ON
 # Both sanitizers in one build without optimisation: a fifth of the compile time of two at -O2, and
 # no access is optimised away before it is checked.
 sanitize() {
