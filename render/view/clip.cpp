@@ -70,7 +70,12 @@ Stretch clip(const SampleBox& box, const Line& line, const Stretch& within) {
 Piece piece_in_region(const Frame& frame, size_t j, bool nearest, const Line& line, const Stretch& within) {
   Piece piece{line, within};
   const Ends ends = region_ends(frame, j, nearest);
-  piece.samples = whole(along(ends.low, ends.high, line.middle[2], line.step[2], within));
+  piece.samples = along(ends.low, ends.high, line.middle[2], line.step[2], within);
+  // Of the whole, which a part lies in: the step is rounded for the samples that are taken, and the same in
+  // all parts.
+  for (size_t a = 0; a < 2; ++a)
+    piece.samples = along(-kGrid / 2, frame.size[a] * kGrid, line.middle[a], line.step[a], piece.samples);
+  piece.samples = whole(piece.samples);
   if (piece.samples.empty()) return piece;
   const Region& region = frame.regions[j];
   const auto slice_at = [&](double n) {
@@ -81,7 +86,11 @@ Piece piece_in_region(const Frame& frame, size_t j, bool nearest, const Line& li
   };
   const double first = piece.samples.first, count = piece.samples.last - first;
   const double from = slice_at(first), to = slice_at(piece.samples.last);
-  piece.line.step[2] = count > 0 ? std::trunc((to - from) / count) : 0;
+  const double step = count > 0 ? (to - from) / count : 0;
+  // The nearest step may overshoot the last sample: not where that would leave the region.
+  const double end = from + count * to_whole(step);
+  const bool stays = end == to || (end > region.first * kGrid && end < region.last * kGrid);
+  piece.line.step[2] = stays ? to_whole(step) : std::trunc(step);
   piece.line.middle[2] = from - first * piece.line.step[2];
   return piece;
 }

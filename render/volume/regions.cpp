@@ -5,7 +5,7 @@
 namespace render {
 namespace {
 
-constexpr double kTolerance = 0.005;  // of the spacing
+constexpr double kTolerance = 1e-3;  // of the spacing
 
 bool is_even(const std::vector<double>& positions, size_t first, size_t last) {
   const double spacing = (positions[last] - positions[first]) / static_cast<double>(last - first);

@@ -13,7 +13,7 @@ struct Region {
 };
 
 // Cuts ascending positions into as few runs as reach from the first on, a gap of its own width being a run
-// by itself. Neighbouring runs share a slice. A slice may lie half a percent of the run's spacing from its
+// by itself. Neighbouring runs share a slice. A slice may lie a thousandth of the spacing from its
 // even place, which is what written digits leave.
 std::vector<Region> even_regions(const std::vector<double>& positions);
 

@@ -33,21 +33,20 @@ Statistics::Statistics(const uint64_t* counts)
     : counts_(counts, counts + kSamples), total_(std::accumulate(counts, counts + kSamples, uint64_t{0})) {}
 
 void Statistics::count(int columns, const Box& box, const RowReader& read_row, Work& work) {
-  // A failure leaves it to the next call.
-  std::call_once(once_, [&] {
-    std::vector<uint64_t> all(kSamples);
-    std::mutex mutex;
-    constexpr int kSlices = 64;  // of at most 2048 * 2048 voxels: the sums fit 32 bits
-    work.spread((box.size[2] + kSlices - 1) / kSlices, 0, [&](int part) {
-      std::vector<uint32_t> counts(2 * kSamples);
-      for (int z = part * kSlices; z < std::min(part * kSlices + kSlices, box.size[2]); ++z)
-        count_slice(columns, box, box.first[2] + z, read_row, counts);
-      const std::lock_guard lock(mutex);
-      for (size_t i = 0; i < kSamples; ++i) all[i] += uint64_t{counts[i]} + counts[i + kSamples];
-    });
-    total_ = std::accumulate(all.begin(), all.end(), uint64_t{0});
-    counts_ = std::move(all);
+  const std::lock_guard only_one(counting_);
+  if (!counts_.empty()) return;
+  std::vector<uint64_t> all(kSamples);
+  std::mutex mutex;
+  constexpr int kSlices = 64;  // of at most 2048 * 2048 voxels: the sums fit 32 bits
+  work.spread((box.size[2] + kSlices - 1) / kSlices, 0, [&](int part) {
+    std::vector<uint32_t> counts(2 * kSamples);
+    for (int z = part * kSlices; z < std::min(part * kSlices + kSlices, box.size[2]); ++z)
+      count_slice(columns, box, box.first[2] + z, read_row, counts);
+    const std::lock_guard lock(mutex);
+    for (size_t i = 0; i < kSamples; ++i) all[i] += uint64_t{counts[i]} + counts[i + kSamples];
   });
+  total_ = std::accumulate(all.begin(), all.end(), uint64_t{0});
+  counts_ = std::move(all);
 }
 
 int Statistics::percentile(double share) const {

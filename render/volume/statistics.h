@@ -30,7 +30,7 @@ class Statistics {
   int percentile(double share) const;
 
  private:
-  std::once_flag once_;
+  std::mutex counting_;
   std::vector<uint64_t> counts_;
   uint64_t total_ = 0;
 };

@@ -10,8 +10,14 @@ namespace {
 
 constexpr int kAllSteps = 65534;
 
-Layout chosen_layout(const zox_render_volume_options& options) {
-  return options.layout == ZOX_RENDER_BRICKS ? Layout::kBricks : Layout::kStack;
+// Up to 512 voxels an edge a stack is as quick as bricks and often needs no copy; of 1024 voxels an edge,
+// bricks take 0.72 of a stack's time. Of parts, the whole decides.
+constexpr int64_t kMostOfStack = int64_t{1} << 27;
+
+Layout chosen_layout(const zox_render_volume_options& options, const Size3& whole) {
+  if (options.layout != ZOX_RENDER_AUTO)
+    return options.layout == ZOX_RENDER_BRICKS ? Layout::kBricks : Layout::kStack;
+  return int64_t{whole[0]} * whole[1] * whole[2] > kMostOfStack ? Layout::kBricks : Layout::kStack;
 }
 
 // Whole numbers of more than 15 bits leave no room for the bit that the bricks need: they stay a stack.
@@ -80,7 +86,7 @@ std::unique_ptr<Volume> make_volume(const zox_render_array& record, const zox_re
   const Range found = find_range(array, work, 0.3);
   take_range(array, found, *volume);
   const Range range = array.range_given ? Range{array.lowest, array.highest} : found;
-  const Layout wanted = chosen_layout(options);
+  const Layout wanted = chosen_layout(options, array.whole);
   volume->storage =
       choose_storage(array, range.lowest, range.highest, options.precision != ZOX_RENDER_PRECISION_VOXEL,
                      wanted == Layout::kBricks ? kGuardedRange : kAllSteps);

@@ -15,9 +15,9 @@ TEST(EvenRegions, OneWhereAllGapsAreAlike) {
   EXPECT_EQ(firsts({0}), (std::vector<int>{0}));
   EXPECT_EQ(firsts({-3, 4}), (std::vector<int>{0}));
   EXPECT_EQ(firsts({0, 1.5, 3, 4.5, 6}), (std::vector<int>{0}));
-  EXPECT_EQ(firsts({0, 0.333, 0.667, 1, 1.333, 1.667}), (std::vector<int>{0}))
+  EXPECT_EQ(firsts({0, 0.3333, 0.6667, 1, 1.3333, 1.6667}), (std::vector<int>{0}))
       << "written digits are no gaps";
-  EXPECT_EQ(firsts({0, 1, 2.02, 3, 4}), (std::vector<int>{0, 1, 2, 3}));
+  EXPECT_EQ(firsts({0, 1, 2.004, 3, 4}), (std::vector<int>{0, 1, 2, 3}));
 }
 
 TEST(EvenRegions, CutWhereTheGapChanges) {
