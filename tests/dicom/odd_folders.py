@@ -143,7 +143,9 @@ def old_files_without_a_preamble(folder):
     for path in series(folder, "--syntax", "implicit"):
         data = pydicom.dcmread(path)
         path.unlink()
-        pydicom.filewriter.dcmwrite(path, pydicom.Dataset(data), write_like_original=True)
+        bare = pydicom.Dataset(data)
+        bare.is_little_endian = bare.is_implicit_VR = True
+        pydicom.filewriter.dcmwrite(path, bare, write_like_original=True)
 
 
 @case(0)
@@ -445,9 +447,9 @@ def unreadable_files(folder):
         path.chmod(0)
 
 
-@case(1, r"24 x 20|hardly span|voxels long|2048|columns")
-def columns_beyond_the_limit(folder):
-    series(folder, "--size", "2100,4,4")
+@case(0)
+def more_columns_than_a_whole_volume_may_have(folder):
+    series(folder, "--size", "2100,150,40")
 
 
 @case(1, r"There is no series 3")
@@ -473,7 +475,7 @@ def run(program, name, fill, status, sentences):
         fill(folder)
         before = sorted(os.listdir(folder))
         begin = time.monotonic()
-        done = subprocess.run([program, folder, "-o", out / "x.png", "--size", "64x64", *OPTIONS.get(name, [])],
+        done = subprocess.run([program, str(folder), "-o", out / "x.png", "--size", "64x64", *OPTIONS.get(name, [])],
                               capture_output=True, text=True, errors="replace", timeout=120)
         wrong = []
         if done.returncode != status:

@@ -73,7 +73,8 @@ void expect_same(const zox_render_array& array, const Settings& settings, int cu
     if (settings.depths) {
       EXPECT_TRUE(picture.depths == whole.depths) << what;
     }
-    EXPECT_TRUE(display(settings, picture) == whole.pixels) << what;
+    double center = 0, width = 0;
+    EXPECT_TRUE(display(settings, picture, center, width) == whole.pixels) << what;
   }
 }
 

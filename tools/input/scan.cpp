@@ -161,6 +161,13 @@ Scan read_scan(const std::string& path, const ReadOptions& options) {
   });
 }
 
+void map_voxels(Scan& scan) {
+  if (scan.file.empty()) return;
+  scan.memory = File(scan.file).map();
+  scan.array.data = static_cast<const std::byte*>(scan.memory.get()) + scan.offset;
+  scan.file.clear();
+}
+
 std::vector<std::string> list_series(const std::string& path, const ReadOptions& options) {
   const auto read = [&](SharedMemory&) {
     if (!is_dicom(path)) refuse(quoted(path) + " is no DICOM file or folder, which alone hold series.");

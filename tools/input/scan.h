@@ -55,6 +55,10 @@ struct Scan {
 // process has threads. Throws Failure.
 Scan read_scan(const std::string& path, const ReadOptions& options);
 
+// Maps voxels that were left in their file, so that array.data is set as without
+// ReadOptions::leave_in_file. Throws Failure.
+void map_voxels(Scan& scan);
+
 // The series of a folder of DICOM files, a line each: number, modality, slices, spacing, description.
 // By a child process, as read_scan. Throws Failure.
 std::vector<std::string> list_series(const std::string& path, const ReadOptions& options);

@@ -69,6 +69,34 @@ void PartVolume::add_to(Picture& picture, const Settings& settings) const {
   add_picture(settings, own, picture);
 }
 
+namespace {
+
+class Corner : public Source {
+ public:
+  explicit Corner(const Source& of) : Source(of.name()), of_(of) {}
+  const zox_render_array& whole() const override { return of_.whole(); }
+  PartArray take(const Part& part) const override {
+    PartArray result;
+    result.array = description(part);
+    result.voxels.resize(8 * type_bytes(result.array.type));
+    result.array.data = result.voxels.data();
+    std::fill(std::begin(result.array.strides), std::end(result.array.strides), 0);
+    return result;
+  }
+
+ private:
+  const Source& of_;
+};
+
+}  // namespace
+
+std::unique_ptr<PartVolume> corner(const Source& source, const Settings& settings) {
+  Measure zeros;
+  zeros.lowest = zeros.highest = 0;
+  const Part part{{0, 0, 0}, {2, 2, 2}, {0, 0, 0}, {2, 2, 2}};
+  return std::make_unique<PartVolume>(Corner(source), zeros, part, settings);
+}
+
 void add_picture(const Settings& settings, const Picture& other, Picture& picture) {
   if (other.sample_slope == 0) return;
   picture.sample_slope = other.sample_slope;
@@ -84,8 +112,10 @@ void add_picture(const Settings& settings, const Picture& other, Picture& pictur
   picture.most_part_bytes = std::max(picture.most_part_bytes, other.most_part_bytes);
 }
 
-std::vector<uint8_t> display(const Settings& settings, const Picture& picture) {
-  double center = settings.view.window_center, width = settings.view.window_width;
+std::vector<uint8_t> display(const Settings& settings, const Picture& picture, double& center,
+                             double& width) {
+  center = settings.view.window_center;
+  width = settings.view.window_width;
   if (width == 0)
     check(zox_render_window_of_counts(picture.sample_slope, picture.sample_intercept, picture.counts.data(),
                                       &center, &width),

@@ -45,10 +45,15 @@ class PartVolume {
   std::unique_ptr<zox_render_volume, Destroy> volume_;
 };
 
+// The first voxels of a volume, as zeros: it knows where views look as the whole does.
+std::unique_ptr<PartVolume> corner(const Source& source, const Settings& settings);
+
 // Adds another worker's picture. One to which no part was added changes nothing.
 void add_picture(const Settings& settings, const Picture& other, Picture& picture);
 
 // Display bytes; the view's window, or the default one of the counts where it has none.
-std::vector<uint8_t> display(const Settings& settings, const Picture& picture);
+// It is told.
+std::vector<uint8_t> display(const Settings& settings, const Picture& picture, double& window_center,
+                             double& window_width);
 
 }  // namespace zox::parts

@@ -42,7 +42,7 @@ SpreadVolume::SpreadVolume(const Group& group, const SpreadSource& from, const p
     for (int rank = 0; rank < group.size(); ++rank)
       parts_of_ranks.push_back(parts::share_of(all, measure_.slice_weights, rank, group.size()));
     parts_ = parts_of_ranks[static_cast<size_t>(group.rank())];
-    make_corner(settings);
+    corner_ = parts::corner(source_, settings);
   });
   if (from.distribute) from.distribute(parts_of_ranks);
   for (const parts::Part& part : parts_) voxels_ += voxels_of(part);
@@ -52,30 +52,6 @@ SpreadVolume::SpreadVolume(const Group& group, const SpreadSource& from, const p
     for (const parts::Part& part : parts_)
       kept_.push_back(std::make_unique<parts::PartVolume>(source_, measure_, part, settings));
   });
-}
-
-void SpreadVolume::make_corner(const parts::Settings& settings) {
-  // Of zeros: where the corner's voxels lie matters, not what they are.
-  class Corner : public parts::Source {
-   public:
-    explicit Corner(const parts::Source& of) : Source(of.name()), of_(of) {}
-    const zox_render_array& whole() const override { return of_.whole(); }
-    parts::PartArray take(const parts::Part& part) const override {
-      parts::PartArray result;
-      result.array = description(part);
-      result.voxels.resize(8 * parts::type_bytes(result.array.type));
-      result.array.data = result.voxels.data();
-      std::fill(std::begin(result.array.strides), std::end(result.array.strides), 0);
-      return result;
-    }
-
-   private:
-    const parts::Source& of_;
-  };
-  parts::Measure none;
-  none.lowest = none.highest = 0;
-  const parts::Part part{{0, 0, 0}, {2, 2, 2}, {0, 0, 0}, {2, 2, 2}};
-  corner_ = std::make_unique<parts::PartVolume>(Corner(source_), none, part, settings);
 }
 
 parts::Picture SpreadVolume::render(const parts::Settings& settings) const {

@@ -35,8 +35,6 @@ class SpreadVolume {
   uint64_t voxels() const { return voxels_; }
 
  private:
-  void make_corner(const zox::parts::Settings& settings);
-
   const Group& group_;
   const zox::parts::Source& source_;
   zox::parts::Measure measure_;

@@ -36,8 +36,9 @@ struct Words {
   std::string projection = "perspective", interpolation = "trilinear", reduction = "max", layout = "auto",
               precision = "auto";
   std::string size = "512x512", step = "0.5", zoom = "1", center, slab, depth_range, window;
-  std::string frames, spin = "z", colormap = "gray", png_level = "1", threads, volume, series, seconds = "60";
-  bool phantom = false, quiet = false, stats = false, no_skip = false;
+  std::string frames, spin = "z", colormap = "gray", png_level = "1", threads, memory, volume, series,
+                      seconds = "60";
+  bool phantom = false, quiet = false, stats = false, no_skip = false, marks = false;
 };
 
 void declare_files(CLI::App& app, Words& words) {
@@ -92,13 +93,17 @@ void declare_sampling(CLI::App& app, Words& words) {
 }
 
 void declare_display(CLI::App& app, Words& words) {
-  app.add_option(
-      "--window", words.window,
-      "CENTER,WIDTH of the values shown, or 'file' for the file's own (default: from percentiles)");
+  app.add_option("--window", words.window,
+                 "CENTER,WIDTH of the values shown, a name (docs/studies.md lists them), or 'file' for the "
+                 "file's own (default: "
+                 "from percentiles)");
   app.add_option("--colormap", words.colormap, "gray, inverse, hot or diverging")->capture_default_str();
   app.add_option("--png-level", words.png_level, "How hard to pack PNG files: 0 to 12")
       ->capture_default_str();
   app.add_option("-j,--threads", words.threads, "Threads (default: all cores)");
+  app.add_option("--memory", words.memory,
+                 "Bytes that voxels may take (512M, 2G): larger volumes are rendered part by part");
+  app.add_flag("--marks", words.marks, "Letters for the patient's sides and a scale bar on the picture");
   app.add_flag("--stats", words.stats, "Print one line of JSON instead of the report");
   app.add_flag("--quiet", words.quiet, "Print nothing but errors");
 }
@@ -176,6 +181,8 @@ Options judge(const Words& words) {
   options.series = words.series;
   options.seconds_to_read =
       number_word("--read-seconds", words.seconds, 0.001, 1e6, "a number of seconds from 0.001 to 1000000");
+  take_memory(words.memory, options);
+  options.marks = words.marks;
   options.quiet = words.quiet;
   options.stats = words.stats;
   return options;

@@ -4,6 +4,7 @@
 #include <zox_render.h>
 
 #include <array>
+#include <cstdint>
 #include <optional>
 #include <string>
 #include <vector>
@@ -39,6 +40,8 @@ struct Options {
   Colormap colormap = Colormap::kGray;
   int png_level = 1;
   int threads = 1;
+  uint64_t memory = 0;  // bytes that voxels may take; above 0: rendered in parts
+  bool marks = false;   // letters and a scale bar on the picture
   bool quiet = false, stats = false;
 };
 

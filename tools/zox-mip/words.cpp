@@ -1,5 +1,7 @@
 #include "words.h"
 
+#include <display/presets.h>
+
 #include <charconv>
 #include <cmath>
 #include <string_view>
@@ -81,12 +83,32 @@ void take_size(const std::string& text, Options& options) {
   options.view.height = static_cast<int32_t>((*size)[1]);
 }
 
+// A number of bytes, or of 1024 (K), 1024 * 1024 (M) or 1024 * 1024 * 1024 (G) of them.
+void take_memory(const std::string& text, Options& options) {
+  if (text.empty()) return;
+  const std::string units = "KMG";
+  const size_t unit = units.find(text.back());
+  const std::string digits = unit == std::string::npos ? text : text.substr(0, text.size() - 1);
+  const auto number = parse_numbers(digits, ',', 1);
+  const double bytes =
+      number ? std::ldexp((*number)[0], unit == std::string::npos ? 0 : 10 * (int(unit) + 1)) : 0;
+  if (!(bytes >= 1) || bytes > 1e15)
+    reject_usage("--memory takes a number of bytes such as 800M or 2G, not '" + text + "'.");
+  options.memory = static_cast<uint64_t>(bytes);
+}
+
 void take_window(const std::string& text, Options& options) {
   options.window_of_file = text == "file";
   if (text.empty() || options.window_of_file) return;
+  if (const auto preset = zox::display::preset(text)) {
+    options.view.window_center = preset->center;
+    options.view.window_width = preset->width;
+    return;
+  }
   const auto window = parse_numbers(text, ',', 2);
   if (!window || (*window)[1] <= 0)
-    reject_usage("--window takes CENTER,WIDTH with a width above 0, or 'file', not '" + text + "'.");
+    reject_usage("--window takes CENTER,WIDTH with a width above 0, a preset's name, or 'file', not '" +
+                 text + "'.");
   options.view.window_center = (*window)[0];
   options.view.window_width = (*window)[1];
 }

@@ -91,29 +91,44 @@ std::optional<double> even_distance(const std::vector<Placed>& placed) {
   return apart;
 }
 
+struct Gap {
+  std::string between;
+  double size;
+  long missing;  // slices; 0: the gap is no whole number of usual ones
+};
+
+// The gaps that are not the usual one.
+std::vector<Gap> odd_gaps(const std::vector<Placed>& placed, double usual) {
+  std::vector<Gap> odd;
+  for (size_t i = 1; i < placed.size(); ++i) {
+    const double size = placed[i].height - placed[i - 1].height;
+    if (std::abs(size - usual) <= kEvenShare * usual) continue;
+    const double times = size / usual;
+    const bool whole = times > 1.5 && std::abs(times - std::round(times)) <= kMissingShare;
+    odd.push_back({name_of(placed[i - 1].frame) + " and " + name_of(placed[i].frame), size,
+                   whole ? std::lround(times) - 1 : 0});
+  }
+  return odd;
+}
+
 void tell_gaps(const std::vector<Placed>& placed, std::vector<std::string>& notes) {
   const double usual = middle_gap(placed);
-  size_t odd = 0, missing = 0;
-  std::string first_odd, first_missing;
-  for (size_t i = 1; i < placed.size(); ++i) {
-    const double gap = placed[i].height - placed[i - 1].height;
-    if (std::abs(gap - usual) <= kEvenShare * usual) continue;
-    const std::string between = name_of(placed[i - 1].frame) + " and " + name_of(placed[i].frame);
-    const double times = gap / usual;
-    if (times > 1.5 && std::abs(times - std::round(times)) <= kMissingShare) {
-      if (missing == 0) first_missing = between;
-      missing += static_cast<size_t>(std::lround(times)) - 1;
-    } else if (odd++ == 0) {
-      first_odd = between + " are " + number(gap) + " mm apart";
-    }
-  }
-  if (missing > 0)
+  const std::vector<Gap> odd = odd_gaps(placed, usual);
+  if (odd.empty()) return;  // small differences that add up
+  const auto is_whole = [](const Gap& gap) { return gap.missing > 0; };
+  const bool all_whole = std::all_of(odd.begin(), odd.end(), is_whole);
+  // Where many are twice as wide the spacing has changed, and nothing is missing.
+  if (all_whole && odd.size() * 4 <= placed.size()) {
+    long missing = 0;
+    for (const Gap& gap : odd) missing += gap.missing;
     notes.push_back(std::to_string(missing) + (missing == 1 ? " slice seems" : " slices seem") +
-                    " to be missing, the first between " + first_missing +
+                    " to be missing, the first between " + odd[0].between +
                     "; the gap is rendered by what lies around it.");
-  if (odd > 0)
-    notes.push_back("The slices are not evenly spaced (" + number(usual) + " mm as a rule): " + first_odd +
-                    (odd == 1 ? "." : ", and " + std::to_string(odd - 1) + " more gaps differ."));
+    return;
+  }
+  notes.push_back("The slices are not evenly spaced (" + number(usual) + " mm as a rule): " + odd[0].between +
+                  " are " + number(odd[0].size) + " mm apart" +
+                  (odd.size() == 1 ? "." : ", and " + std::to_string(odd.size() - 1) + " more gaps differ."));
 }
 
 // What leads from a slice to the next along the stack, a millimetre of height.

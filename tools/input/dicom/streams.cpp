@@ -4,8 +4,10 @@
 #include <gdcmSequenceOfFragments.h>
 #include <gdcmTransferSyntax.h>
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 #include "tags.h"
@@ -20,11 +22,18 @@ std::string_view bytes_of(const gdcm::ByteValue* value) {
   return {value->GetPointer(), value->GetLength()};
 }
 
-// A JPEG stream of any kind ends with its end mark, which one byte may pad to an even length.
-bool ends_as_jpeg(std::string_view stream) {
-  const std::string_view mark("\xFF\xD9", 2);
+// Of a JPEG stream of any kind: it ends with its end mark, which one byte may pad to an even length, and
+// in the coded pixels, where no byte pattern can look like it, that mark does not come before.
+bool is_whole_jpeg(std::string_view stream) {
+  const std::string_view end("\xFF\xD9", 2), scan("\xFF\xDA", 2), data("\xFF\x93", 2);
   while (!stream.empty() && stream.back() == '\0') stream.remove_suffix(1);
-  return stream.ends_with(mark);
+  if (!stream.ends_with(end)) return false;
+  const size_t coded = std::min(stream.find(scan), stream.find(data));
+  return coded != std::string_view::npos && stream.find(end, coded) == stream.size() - end.size();
+}
+
+bool begins_as_jpeg(std::string_view fragment) {
+  return fragment.starts_with("\xFF\xD8\xFF") || fragment.starts_with("\xFF\x4F\xFF\x51");
 }
 
 uint32_t word(std::string_view bytes, size_t index) {
@@ -62,13 +71,24 @@ bool is_whole_rle(std::string_view stream, const Frame& frame) {
   return true;
 }
 
+// A frame is one fragment or several; its stream begins with the first.
+void check_jpegs(const gdcm::SequenceOfFragments& fragments) {
+  std::string stream;
+  for (size_t i = 0; i < fragments.GetNumberOfFragments(); ++i) {
+    const std::string_view fragment = bytes_of(fragments.GetFragment(i).GetByteValue());
+    if (begins_as_jpeg(fragment) && !stream.empty()) {
+      if (!is_whole_jpeg(stream)) cut_short();
+      stream.clear();
+    }
+    stream += fragment;
+  }
+  if (!is_whole_jpeg(stream)) cut_short();
+}
+
 void check_fragments(const gdcm::SequenceOfFragments& fragments, bool rle, const Frame& frame) {
   const size_t count = fragments.GetNumberOfFragments();
   if (count == 0) cut_short();
-  if (!rle) {
-    if (!ends_as_jpeg(bytes_of(fragments.GetFragment(count - 1).GetByteValue()))) cut_short();
-    return;
-  }
+  if (!rle) return check_jpegs(fragments);
   // A frame in runs is one fragment.
   for (size_t i = 0; i < count; ++i)
     if (!is_whole_rle(bytes_of(fragments.GetFragment(i).GetByteValue()), frame)) cut_short();
