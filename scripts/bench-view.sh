@@ -13,7 +13,7 @@ build() {
   cmake --preset release -DZOX_BUILD_VIEWER=ON
   cmake --build --preset release --target zox-view
 }
-stage "packages" scripts/deps.sh build tools viewer demo brain view vtk
+stage "packages" scripts/deps.sh build tools viewer demo brain view peers
 stage "build" build
 scans=build/view-demo
 stage "scans" scripts/demo-scans.sh "$scans"

@@ -13,7 +13,7 @@ packages_of() {
     build) echo g++ cmake make ;;
     tools) echo libinsighttoolkit5-dev libgdcm-dev libfftw3-dev uuid-dev libpng-dev libdeflate-dev libcli11-dev ;;
     test) echo libgtest-dev binutils pkg-config clang abigail-tools qemu-user valgrind libc6-dbg zlib1g-dev libgdcm-tools \
-      python3-numpy python3-pydicom ;;
+      curl python3 python3-numpy python3-pydicom ;;
     check) echo clang clang-format clang-tidy shellcheck ;;
     fuzz) echo clang libclang-rt-14-dev ;;
     demo) echo invesalius-examples ;;
@@ -23,8 +23,7 @@ packages_of() {
     pictures) echo libvtk9-dev libinsighttoolkit5-dev python3-scipy zlib1g-dev ;;
     coverage) echo gcovr ;;
     viewer) echo libboost-dev libturbojpeg0-dev ;;
-    view) echo chromium chromium-driver python3-selenium curl ;;
-    vtk) echo python3-vtk9 python3-numpy xvfb xauth ;;
+    view) echo chromium chromium-driver python3-selenium python3 ;;
     mpi) echo libopenmpi-dev openmpi-bin ;;
     python)
       echo python3 python3-numpy python3-nibabel python3-pydicom python3-pytest python3-hypothesis python3-pil \

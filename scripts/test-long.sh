@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # What test.sh has no time for: many threads under the thread sanitizer, counts of 2^31 - 1, a minute of
-# random work on all cores, a minute of each fuzz target, coverage, the Debian packages, and a walk through README
-# and the packages in bare Debian roots. One line per stage; the logs stand in build/logs. About a quarter of an hour on
+# random work on all cores, a minute of each fuzz target, coverage, zox-view's page in a browser, the Debian
+# packages, and a walk through README and the packages in bare Debian roots. One line per stage; the logs
+# stand in build/logs. About a quarter of an hour on
 # two cores. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
@@ -27,13 +28,21 @@ largest_counts() {
   build/long/zox_test_largest_counts --gtest_brief=1
 }
 
-step "packages" scripts/deps.sh build tools test fuzz coverage
+pages() {
+  cmake --preset release -B build/long -DZOX_BUILD_TESTS=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_VIEWER=ON \
+    -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF
+  cmake --build build/long --target zox-view zox-mip
+  tests/view/browser.sh build/long build/long/screenshots
+}
+
+step "packages" scripts/deps.sh build tools viewer test view fuzz coverage
 stage "many threads" many_threads
 stage "largest counts" largest_counts
 stage "soak" scripts/soak.sh 1
 # The same walk each time: what a change breaks, not what luck finds. Free walks: scripts/fuzz.sh.
 stage "fuzz operations" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 operations
 stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
+stage "pages in a browser" pages
 stage "coverage" scripts/coverage.sh
 stage "Debian packages" scripts/packages.sh
 stage "bare Debian" scripts/fresh-root.sh

@@ -109,7 +109,9 @@ class Browser(unittest.TestCase):
         """Width, height and grey values that the canvas shows; that it is grey."""
         width, height, data = self.driver.execute_script(
             "const canvas = arguments[0], {width, height} = canvas;"
-            "const data = canvas.getContext('2d').getImageData(0, 0, width, height).data;"
+            "const copy = new OffscreenCanvas(width, height).getContext('2d', {willReadFrequently: true});"
+            "copy.drawImage(canvas, 0, 0);"
+            "const data = copy.getImageData(0, 0, width, height).data;"
             "let text = ''; for (let i = 0; i < data.length; i += 4) {"
             "  if (data[i] !== data[i + 1] || data[i] !== data[i + 2]) throw new Error('colour');"
             "  text += String.fromCharCode(data[i]); }"
@@ -191,7 +193,7 @@ class Browser(unittest.TestCase):
         self.drag(80, 0, "middle")
         self.rest()
         self.assertLess(self.state("center")[0], -5)
-        self.assertAlmostEqual(self.state("center")[2], 0, places=6)
+        self.assertAlmostEqual(self.state("center")[2], 0, delta=1)
         self.assertNotEqual(difference(self.pixels(), before), "")
         self.driver.find_element(By.ID, "fit").click()
         self.rest()
@@ -292,7 +294,13 @@ class Browser(unittest.TestCase):
         WebDriverWait(self.driver, PATIENCE).until(lambda _: "voxel" in self.text(".under"))
         lines = self.text(".under").split("\n")
         voxel = [int(part) for part in lines[2].removeprefix("voxel ").split(",")]
-        self.assertAlmostEqual(float(lines[0].replace("−", "-")), phantom.voxel_value(voxel), delta=150)
+        around = [phantom.voxel_value([voxel[0] + x, voxel[1] + y, voxel[2] + z])
+                  for x in (-1, 0, 1) for y in (-1, 0, 1) for z in (-1, 0, 1)]
+        self.assertTrue(min(around) <= float(lines[0].replace("−", "-")) <= max(around), (lines, around))
+        place = [float(word) for word in lines[1].split()[1:6:2]]
+        for axis, letters in enumerate(("LR", "PA", "HF")):
+            sign = 1 if lines[1].split()[2 * axis] == letters[0] else -1
+            self.assertAlmostEqual(sign * place[axis], phantom.voxel_position(voxel)[axis], delta=phantom.SPACING[axis] / 2 + 0.06)
 
     def test_keys(self):
         self.open()

@@ -43,6 +43,13 @@ std::string presets() {
   return list + "]";
 }
 
+// No more bins than there are values between the ends, where those are whole numbers of steps.
+int bins_for(const zox_render_array& array, const zox_render_volume_info& info) {
+  if (array.type == ZOX_RENDER_FLOAT32 || array.type == ZOX_RENDER_FLOAT64) return kBins;
+  const double values = (info.highest - info.lowest) / std::abs(array.slope) + 1;
+  return values < kBins ? static_cast<int>(std::lround(values)) : kBins;
+}
+
 double length(const double (&vector)[3]) {
   return std::sqrt(vector[0] * vector[0] + vector[1] * vector[1] + vector[2] * vector[2]);
 }
@@ -87,8 +94,8 @@ std::string Volume::describe(const std::string& name) {
   check(zox_render_volume_get_info(volume, &info));
   double window[2];
   check(zox_render_default_window(volume, &window[0], &window[1]));
-  uint64_t counts[kBins];
-  check(zox_render_histogram(volume, kBins, counts));
+  std::vector<uint64_t> counts(static_cast<size_t>(bins_for(scan_.array, info)));
+  check(zox_render_histogram(volume, static_cast<int>(counts.size()), counts.data()));
   const double spacing[3] = {length(scan_.array.axes[0]), length(scan_.array.axes[1]),
                              length(scan_.array.axes[2])};
   JsonObject json;
@@ -98,7 +105,9 @@ std::string Volume::describe(const std::string& name) {
   json.number("lowest", info.lowest).number("highest", info.highest).number("value_step", info.sample_slope);
   json.flag("exact", info.exact != 0).list("center", info.center).list("window", window);
   if (scan_.window) json.list("file_window", {scan_.window->center, scan_.window->width});
-  json.raw("percentiles", percentiles(volume)).list("histogram", counts).raw("presets", presets());
+  json.raw("percentiles", percentiles(volume))
+      .raw("histogram", json_list(std::span<const uint64_t>(counts)))
+      .raw("presets", presets());
   return json.raw("notes", list_of_texts(scan_.notes)).str();
 }
 
