@@ -1,6 +1,7 @@
 #include "volume.h"
 
 #include <immintrin.h>
+#include <zox_volume_layout.h>
 
 #include <algorithm>
 #include <cmath>
@@ -48,22 +49,15 @@ void put_16s(std::byte* at, float value) {
   std::memcpy(at, &voxel, sizeof voxel);
 }
 
-std::size_t brick_index(int x, int y, int z, std::size_t bricks) {
-  const std::size_t brick = (x >> 6) + bricks * ((y >> 6) + bricks * (z >> 5));
-  return (x & 3) | (y & 3) << 2 | (z & 1) << 4 | ((x >> 2) & 15) << 5 | ((y >> 2) & 15) << 9 |
-         ((z >> 1) & 15) << 13 | brick << 17;
-}
-
 void fill_bricks(Volume& volume, Element element) {
   const auto [edge, slices] = volume.shape;
-  const std::size_t bricks = edge / 64;
   const int width = bytes_per_sample(element);
-  volume.voxels.resize(bricks * bricks * ((slices + 31) / 32) * 131072 * width);
+  volume.voxels.resize(zox_blocked_elements(edge, slices) * width);
   const Field field(std::max(edge, slices));
   for (int z = 0; z < slices; ++z)
     for (int y = 0; y < edge; ++y)
       for (int x = 0; x < edge; ++x) {
-        std::byte* at = volume.voxels.data() + brick_index(x, y, z, bricks) * width;
+        std::byte* at = volume.voxels.data() + std::size_t{zox_blocked_index(edge, x, y, z)} * width;
         (element == Element::k8U ? put_8u : put_16s)(at, field.at(x, y, z));
       }
   volume.record.data = volume.voxels.data();

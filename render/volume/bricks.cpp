@@ -1,4 +1,6 @@
 // Copies in bricks, written a cell (a line of the cache) at a time.
+#include <zox_volume_layout.h>
+
 #include <algorithm>
 #include <cstring>
 
@@ -9,10 +11,7 @@ namespace render {
 namespace {
 
 constexpr int kBrickEdge = 64, kBrickDepth = 32;
-constexpr uint64_t kBrickVoxels = uint64_t{64} * 64 * 32;
 constexpr int kCellEdge = 4, kCellDepth = 2;
-
-uint64_t bits(int value, int shift, int mask) { return static_cast<uint64_t>((value >> shift) & mask); }
 
 int grid_edge(const Size3& size) {
   int edge = kBrickEdge;
@@ -62,21 +61,9 @@ class CellRow {
 
 }  // namespace
 
-uint64_t Bricks::x_term(int x) const {
-  return bits(x, 0, 3) | bits(x, 2, 15) << 5 | static_cast<uint64_t>(x / kBrickEdge) * kBrickVoxels;
-}
-
-uint64_t Bricks::y_term(int y) const {
-  const uint64_t across = static_cast<uint64_t>(edge / kBrickEdge);
-  return bits(y, 0, 3) << 2 | bits(y, 2, 15) << 9 |
-         static_cast<uint64_t>(y / kBrickEdge) * across * kBrickVoxels;
-}
-
-uint64_t Bricks::z_term(int z) const {
-  const uint64_t across = static_cast<uint64_t>(edge / kBrickEdge);
-  return bits(z, 0, 1) << 4 | bits(z, 1, 15) << 13 |
-         static_cast<uint64_t>(z / kBrickDepth) * across * across * kBrickVoxels;
-}
+uint64_t Bricks::x_term(int x) const { return zox_blocked_x_term(x); }
+uint64_t Bricks::y_term(int y) const { return zox_blocked_y_term(edge, y); }
+uint64_t Bricks::z_term(int z) const { return zox_blocked_z_term(edge, z); }
 
 // Four voxels of a row lie together in a cell, the next four a cell further on.
 void Bricks::read_row(int y, int z, int columns, int16_t* samples) const {

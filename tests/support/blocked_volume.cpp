@@ -1,6 +1,7 @@
 #include "blocked_volume.h"
 
 #include <sys/mman.h>
+#include <zox_volume_layout.h>
 
 #include <map>
 #include <mutex>
@@ -49,10 +50,7 @@ BlockedVolume draw_sparse_volume(const Caster& caster, Random& random) {
 }
 
 size_t element_index(int bricks, int x, int y, int z) {
-  const int in_brick =
-      (x & 3) | (y & 3) << 2 | (z & 1) << 4 | (x >> 2 & 15) << 5 | (y >> 2 & 15) << 9 | (z >> 1 & 15) << 13;
-  const int brick = (x >> 6) + bricks * ((y >> 6) + bricks * (z >> 5));
-  return static_cast<size_t>(brick) * kBrickVoxels + static_cast<size_t>(in_brick);
+  return zox_blocked_index(kBrickEdge * bricks, x, y, z);
 }
 
 }  // namespace
