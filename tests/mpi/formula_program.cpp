@@ -70,7 +70,8 @@ int run(int argc, char** argv) {
   const parts::Settings settings = settings_of(size);
   // Parts of 512 voxels a side: what a rank holds at a time stays below half a gigabyte.
   const SpreadVolume volume(group, {*source, true, {}}, settings, 512, 0);
-  const parts::Picture picture = volume.render(settings);
+  int64_t cast = 0;
+  const parts::Picture picture = volume.render(settings, cast);
   return group.is_root() ? compare(volume, settings, picture, size) : 0;
 }
 

@@ -54,7 +54,7 @@ SpreadVolume::SpreadVolume(const Group& group, const SpreadSource& from, const p
   });
 }
 
-parts::Picture SpreadVolume::render(const parts::Settings& settings) const {
+parts::Picture SpreadVolume::render(const parts::Settings& settings, int64_t& cast) const {
   parts::Picture picture = parts::empty_picture(settings);
   group_.together([&] {
     for (const auto& volume : kept_) volume->add_to(picture, settings);
@@ -62,6 +62,7 @@ parts::Picture SpreadVolume::render(const parts::Settings& settings) const {
     for (const parts::Part& part : parts_)
       parts::PartVolume(source_, measure_, part, settings).add_to(picture, settings);
   });
+  cast = picture.samples_cast;
   reduce(group_, settings, picture);
   return picture;
 }

@@ -26,8 +26,8 @@ class SpreadVolume {
   SpreadVolume(const Group& group, const SpreadSource& from, const zox::parts::Settings& settings,
                int32_t longest, uint64_t keep_bytes);
 
-  // By all ranks together; the picture is the root's.
-  zox::parts::Picture render(const zox::parts::Settings& settings) const;
+  // By all ranks together; the picture is the root's, cast the number of samples that this rank took.
+  zox::parts::Picture render(const zox::parts::Settings& settings, int64_t& cast) const;
 
   // A corner of the volume, to ask for the geometry of views.
   const zox_render_volume* corner() const { return corner_->handle(); }

@@ -1,0 +1,195 @@
+// zox-mip-mpi: what zox-mip does, by many processes that each hold a part of the volume.
+#include <parts/source.h>
+
+#include <chrono>
+#include <cmath>
+#include <cstdio>
+#include <optional>
+
+#include "failure.h"
+#include "jobs.h"
+#include "output.h"
+#include "shared_source.h"
+#include "spread_volume.h"
+#include "volume.h"
+#include "writer.h"
+
+namespace zox_mip_mpi {
+namespace {
+
+namespace parts = zox::parts;
+using zox_mip::Job;
+using zox_mip::Options;
+
+// Parts no longer than every sampling operation takes.
+constexpr int32_t kLongestPart = 1024;
+// Of the memory a rank may take for the parts that it keeps.
+constexpr uint64_t kKeptBytes = uint64_t{1} << 40;
+
+void check_options(const Options& options) {
+  if (options.view.reduction == ZOX_RENDER_MEAN)
+    zox_mip::reject_usage(
+        "A volume on many ranks gives no mean; --reduction max, min and absmax can be had.");
+}
+
+zox::input::Scan read_at_root(const Group& group, const Options& options) {
+  zox::input::Scan scan;
+  zox_render_array_init(&scan.array);
+  group.together([&] {
+    if (!group.is_root()) return;
+    if (options.input.empty()) {
+      scan = zox::input::make_phantom();
+      return;
+    }
+    zox::input::ReadOptions read;
+    read.seconds = options.seconds_to_read;
+    read.volume = options.volume_number;
+    read.series = options.series;
+    read.memory_limit = options.memory;
+    read.leave_in_file = true;
+    scan = zox::input::read_scan(options.input, read);
+  });
+  return scan;
+}
+
+// The file's window, known to all.
+void take_window(const Group& group, const zox::input::Scan& scan, Options& options) {
+  if (!options.window_of_file) return;
+  group.together([&] {
+    if (group.is_root() && !scan.window)
+      throw zox::input::Failure("'" + options.input + "' names no window to show it in.");
+  });
+  double window[2] = {scan.window ? scan.window->center : 0, scan.window ? scan.window->width : 0};
+  group.share(window, sizeof window);
+  options.view.window_center = window[0];
+  options.view.window_width = window[1];
+}
+
+class Clock {
+ public:
+  double lap() {
+    const auto now = std::chrono::steady_clock::now();
+    return std::chrono::duration<double>(now - std::exchange(last_, now)).count();
+  }
+
+ private:
+  std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
+};
+
+std::string list_of(const std::vector<int64_t>& numbers) {
+  std::string text;
+  for (const int64_t number : numbers) text += (text.empty() ? "[" : ",") + std::to_string(number);
+  return text + "]";
+}
+
+// A number of every rank, at the root.
+std::vector<int64_t> gather(const Group& group, int64_t number) {
+  std::vector<int64_t> all(static_cast<size_t>(group.size()));
+  MPI_Gather(&number, 1, MPI_INT64_T, all.data(), 1, MPI_INT64_T, 0, group.communicator());
+  return all;
+}
+
+struct Totals {
+  int64_t samples = 0, cast = 0;
+  double seconds_read = 0, seconds_volume = 0, seconds_render = 0;
+};
+
+void make_picture(const Group& group, const Job& job, const SpreadVolume& volume, const Options& options,
+                  parts::Settings settings, zox_mip::Writer& writer, Totals& totals) {
+  settings.view = view_of(job, options, volume.corner());
+  int64_t cast = 0;
+  const parts::Picture picture = volume.render(settings, cast);
+  totals.cast += cast;
+  group.together([&] {
+    if (!group.is_root()) return;
+    totals.samples += picture.samples_asked;
+    if (picture.samples_asked == 0) throw zox::input::Failure("The view holds no sample of the volume.");
+    double center = 0, width = 0;
+    writer.planes().pixels = parts::display(settings, picture, center, width);
+    if (!writer.planes().samples.empty()) writer.planes().samples = picture.samples;
+    if (!writer.planes().depths.empty()) writer.planes().depths = picture.depths;
+    zox_render_geometry geometry;
+    zox_render_geometry_init(&geometry);
+    zox_mip::check(zox_render_view_geometry(volume.corner(), &settings.view, &geometry), options.input);
+    writer.write(job, geometry, zox_mip::info_of(volume.corner()));
+  });
+}
+
+void report(const Group& group, const SpreadVolume& volume, const Options& options, const Totals& totals) {
+  const std::vector<int64_t> voxels = gather(group, static_cast<int64_t>(volume.voxels()));
+  const std::vector<int64_t> cast = gather(group, totals.cast);
+  if (!group.is_root()) return;
+  std::FILE* to = options.output == zox::output::kStandardOutput ? stderr : stdout;
+  if (options.stats)
+    std::fprintf(to,
+                 "{\"ranks\":%d,\"samples\":%lld,\"samples_cast_by_rank\":%s,\"voxels_by_rank\":%s,"
+                 "\"seconds_reading\":%.6f,\"seconds_volume\":%.6f,\"seconds_rendering\":%.6f}\n",
+                 group.size(), static_cast<long long>(totals.samples), list_of(cast).c_str(),
+                 list_of(voxels).c_str(), totals.seconds_read, totals.seconds_volume, totals.seconds_render);
+  else if (!options.quiet)
+    std::fprintf(to, "%d ranks, %.1f million samples in %.2f s\n", group.size(),
+                 static_cast<double>(totals.samples) * 1e-6, totals.seconds_render);
+}
+
+void make_pictures(const Group& group, Options options) {
+  const std::vector<Job> jobs = make_jobs(options);
+  group.together([&] {
+    if (group.is_root())
+      check_outputs(jobs,
+                    options.input.empty() ? std::vector<std::string>() : zox::input::files_of(options.input));
+  });
+  Totals totals;
+  Clock clock;
+  zox::input::Scan scan = read_at_root(group, options);
+  take_window(group, scan, options);
+  const std::vector<std::string> notes = scan.notes;
+  totals.seconds_read = clock.lap();
+
+  const zox_mip::Pool pool = zox_mip::make_pool(options.threads);
+  parts::Settings settings{};
+  settings.view = options.view;
+  settings.options = options.volume;
+  zox_render_run_init(&settings.run);
+  settings.run.pool = pool.get();
+  settings.depths = !options.depth_output.empty();
+  SharedSource source(group, options.input.empty() ? "phantom" : options.input, std::move(scan));
+  const SpreadSource from{source, source.is_in_file(), [&](const auto& lists) { source.distribute(lists); }};
+  const SpreadVolume volume(group, from, settings, kLongestPart, kKeptBytes);
+  totals.seconds_volume = clock.lap();
+
+  zox_mip::Writer writer(options);
+  for (const Job& job : jobs) make_picture(group, job, volume, options, settings, writer, totals);
+  totals.seconds_render = clock.lap();
+  if (group.is_root() && !options.quiet)
+    for (const std::string& note : notes) std::fprintf(stderr, "zox-mip-mpi: %s\n", note.c_str());
+  report(group, volume, options, totals);
+}
+
+int run(const Group& group, int argc, char** argv) {
+  try {
+    // The root alone prints what --help and --version ask for.
+    std::optional<Options> options;
+    if (!group.is_root() && !std::freopen("/dev/null", "w", stdout)) return zox_mip::kExitFailed;
+    options = zox_mip::parse_options(argc, argv);
+    if (!options) return zox_mip::kExitDone;
+    check_options(*options);
+    make_pictures(group, std::move(*options));
+    return zox_mip::kExitDone;
+  } catch (const zox_mip::Failure& failure) {
+    if (group.is_root()) std::fprintf(stderr, "zox-mip-mpi: %s\n", failure.what());
+    return failure.status;
+  } catch (const std::exception& error) {
+    if (group.is_root()) std::fprintf(stderr, "zox-mip-mpi: %s\n", error.what());
+    return zox_mip::kExitFailed;
+  }
+}
+
+}  // namespace
+}  // namespace zox_mip_mpi
+
+int main(int argc, char** argv) {
+  MPI_Init(&argc, &argv);
+  const int status = zox_mip_mpi::run(zox_mip_mpi::Group(MPI_COMM_WORLD), argc, argv);
+  MPI_Finalize();
+  return status;
+}
