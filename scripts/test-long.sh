@@ -35,7 +35,14 @@ pages() {
   tests/view/browser.sh build/long build/long/screenshots
 }
 
-step "packages" scripts/deps.sh build tools viewer test view fuzz coverage
+many_ranks() {
+  cmake --preset release -B build/long -DZOX_BUILD_TESTS=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_VIEWER=ON \
+    -DZOX_BUILD_MPI=ON -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF
+  cmake --build build/long --target zox-mip zox-mip-mpi zox-mpi-formula
+  tests/mpi/same_picture.py build/long/zox-mip build/long/zox-mip-mpi build/long/tests/mpi/zox-mpi-formula
+}
+
+step "packages" scripts/deps.sh build tools viewer mpi test view fuzz coverage
 stage "many threads" many_threads
 stage "largest counts" largest_counts
 stage "soak" scripts/soak.sh 1
@@ -43,6 +50,7 @@ stage "soak" scripts/soak.sh 1
 stage "fuzz operations" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 operations
 stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
 stage "pages in a browser" pages
+stage "many ranks" many_ranks
 stage "coverage" scripts/coverage.sh
 stage "Debian packages" scripts/packages.sh
 stage "bare Debian" scripts/fresh-root.sh

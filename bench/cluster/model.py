@@ -13,9 +13,11 @@ rank), and the bytes of the reduction. The model is
 import csv
 import json
 import math
+import os
 import statistics
 import subprocess
 import sys
+import tempfile
 
 RANKS = [1, 2, 3, 4, 6, 8]
 # What a cluster brings, not this machine: a parallel file system's share of a node, and a network.
@@ -27,12 +29,11 @@ EDGE, PICTURE = 10_000, 4096
 
 
 def run(program, volume, ranks):
-    command = ["mpirun", "--oversubscribe", "-n", str(ranks), program, volume, "-o", "/dev/null/none.png"]
-    command[-1] = f"/tmp/zox-cluster-{ranks}.png"
+    command = ["mpirun", "--oversubscribe", "-n", str(ranks), program, volume, "-o", f"{tempfile.gettempdir()}/zox-cluster.png"]
     command += ["--size", "512x512", "--stats", "--threads", "1", "--view", "30,20"]
-    if hasattr(sys, "geteuid") or True:
-        command.insert(1, "--allow-run-as-root")
-    return json.loads(subprocess.run(command, capture_output=True, text=True, check=True).stdout)
+    allowed = {**os.environ, "OMPI_ALLOW_RUN_AS_ROOT": "1", "OMPI_ALLOW_RUN_AS_ROOT_CONFIRM": "1"}
+    done = subprocess.run(command, capture_output=True, text=True, check=True, env=allowed)
+    return json.loads(done.stdout)
 
 
 def measured(program, volume):
@@ -42,14 +43,14 @@ def measured(program, volume):
         samples, voxels = stats["samples_cast_by_rank"], stats["voxels_by_rank"]
         rows.append({"ranks": ranks, "samples_asked": stats["samples"], "samples_cast": sum(samples),
                      "balance": sum(samples) / ranks / max(samples), "voxels": sum(voxels),
-                     "most_voxels": max(voxels), "seconds": stats["seconds"]})
+                     "most_voxels": max(voxels)})
     return rows
 
 
 def rates(program, volume):
     runs = [run(program, volume, 1) for _ in range(5)]
-    pack = statistics.median(sum(r["voxels_by_rank"]) / (r["seconds"]["measure"] + r["seconds"]["make"]) for r in runs)
-    cast = statistics.median(sum(r["samples_cast_by_rank"]) / r["seconds"]["cast"] for r in runs)
+    pack = statistics.median(sum(r["voxels_by_rank"]) / r["seconds_volume"] for r in runs)
+    cast = statistics.median(sum(r["samples_cast_by_rank"]) / r["seconds_rendering"] for r in runs)
     share = runs[0]["samples_cast_by_rank"][0] / runs[0]["samples"]
     return pack, cast, share
 
