@@ -39,7 +39,7 @@ many_ranks() {
   cmake --preset release -B build/long -DZOX_BUILD_TESTS=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_VIEWER=ON \
     -DZOX_BUILD_MPI=ON -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF
   cmake --build build/long --target zox-mip zox-mip-mpi zox-mpi-formula
-  tests/mpi/same_picture.py build/long/zox-mip build/long/zox-mip-mpi build/long/tests/mpi/zox-mpi-formula
+  tests/mpi/same_picture.py build/long/zox-mip build/long/zox-mip-mpi build/long/zox-mpi-formula
 }
 
 step "packages" scripts/deps.sh build tools viewer mpi test view fuzz coverage
