@@ -42,8 +42,9 @@ enum {
   ZOX_RENDER_BAD_ARGUMENT = 1, /* a record or an argument is not what its description asks for */
   ZOX_RENDER_NO_MEMORY = 2,    /* memory could not be had; the sentence names the bytes wanted */
   ZOX_RENDER_CANCELLED = 3,    /* the progress callback asked for it */
-  ZOX_RENDER_EMPTY = 4,        /* the view holds no sample at all (a slab outside of the volume) */
-  ZOX_RENDER_FAILED = 5        /* anything else, a thread that could not be started among it */
+  /* The view holds no sample at all (a slab outside of the volume). The planes hold a picture of nothing. */
+  ZOX_RENDER_EMPTY = 4,
+  ZOX_RENDER_FAILED = 5 /* anything else, a thread that could not be started among it */
 };
 
 /* One or two words for a status, static, never null. */
@@ -141,7 +142,7 @@ void zox_render_array_init(zox_render_array* array);
 /* How the library keeps a volume. */
 enum {
   ZOX_RENDER_AUTO = 0,   /* whichever measured quicker for such a volume; zox_render_volume_info tells */
-  ZOX_RENDER_BRICKS = 1, /* a copy in bricks */
+  ZOX_RENDER_BRICKS = 1, /* a copy in bricks; whole numbers whose range passes 15 bits stay a stack */
   ZOX_RENDER_STACK = 2   /* slices: the caller's where their type and strides allow it, else a copy */
 };
 
@@ -149,7 +150,7 @@ enum {
 enum {
   ZOX_RENDER_PRECISION_AUTO = 0,
   ZOX_RENDER_PRECISION_VOXEL = 1, /* samples are whole voxel values */
-  ZOX_RENDER_PRECISION_FINE = 2   /* samples keep 7 more bits: smooth in narrow windows, twice the memory */
+  ZOX_RENDER_PRECISION_FINE = 2   /* samples keep 7 more bits: smooth in narrow windows (AUTO) */
 };
 
 /* How a volume is to be kept. */
@@ -179,7 +180,7 @@ typedef struct zox_render_volume_info {
   uint32_t record_size;
   int32_t size[3]; /* of the whole */
   int32_t layout;  /* ZOX_RENDER_BRICKS or ZOX_RENDER_STACK */
-  int32_t bits;    /* of a stored sample: 8 or 16 */
+  int32_t bits;    /* of a stored sample: 16 */
   int32_t copied;  /* 0: the caller's voxels are referred to */
   int32_t regions; /* of uniform slice spacing; 1 for even slices */
   /* value = sample * sample_slope + sample_intercept; exact is 0 when the array's values did not fit 16
