@@ -19,8 +19,8 @@
  *               exceptions are masked does not matter.
  * Exceptions    No floating-point exception is raised, nor a flag left, but those that the stated
  *               arithmetic raises for the given rays, and inexact: NaN and numbers that do not fit
- *               32 bits raise invalid where they are converted, also in the start of a General or
- *               parallel ray without samples.
+ *               32 bits raise invalid where they are converted. The start of a ray without samples
+ *               can do so only where a parallel operation compares starts.
  * Threads       Operations run to completion on the calling thread, create no threads and take no
  *               locks. But for the thread-count setting there is no shared state: any operations
  *               may run at the same time on one volume if their outputs do not overlap.

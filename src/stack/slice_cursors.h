@@ -34,7 +34,6 @@ class SliceCursors {
 
   // Adds the ray as the next lane. False if its z leaves the range in which it runs one way.
   bool add(const Trace& trace, int ray) {
-    if (trace.n < 1) return true;
     reach_.include(trace, regions_);
     int lane = n_++;
     ray_[lane] = ray;
@@ -61,7 +60,10 @@ class SliceCursors {
   }
 
  private:
-  static constexpr int64_t kSlack = 1 << rules.bits;  // how far beyond the regions z may be
+  // How far beyond the regions z may be: a rounded step is off by half a unit at most, and a trilinear ray
+  // has less than 2^21 of them; truncated steps fall short.
+  static constexpr int64_t kSlack = 1 << rules.bits;
+  // Leaves room for the half slice, 2^20, that rounding adds.
   static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
   static constexpr int kHalf = rules.half << (rules.bits - 1);
 

@@ -97,6 +97,7 @@ void sweep_lists(const zox_Volume& volume, const zox_Rays& batch, const Regions&
                  SampleNode<rules>* nodes) {
   if (volume.nslices > 0) memset(heads, 0xFF, sizeof *heads * static_cast<size_t>(volume.nslices));
   for (int r = 0; r < batch.nrays; ++r) {
+    if (batch.nsamples[r] < 1) continue;
     Trace t = trace_of<rules>(batch, r, regions.n == 1);
     RegionWalk walk(regions, t);
     for (int k = 0; k < t.n; ++k, walk.advance()) {

@@ -35,6 +35,7 @@ bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Region
   if (!Cursors::regions_ascend(regions)) return false;
   Cursors cursors(regions);
   for (int r = 0; r < batch.nrays; ++r) {
+    if (batch.nsamples[r] < 1) continue;  // its start may be anything
     Trace t = trace_of<rules>(batch, r, regions.n == 1);
     if (!cursors.add(t, r)) return false;
   }
