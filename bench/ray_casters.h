@@ -2,6 +2,7 @@
 #pragma once
 
 #include "operations/table.h"
+#include "operations/words.h"
 #include "reference.h"
 #include "scalar_lists.h"
 #include "volume.h"
@@ -18,36 +19,22 @@ struct RayCaster {
   bool one_region_path;  // volumes of one region are not sampled through slice lists
 };
 
-#define ZOX_BLOCKED(name, element, divergent) \
-  { #name, &zox::Operations::name, reference::name, nullptr, Element::element, true, divergent, false }
-#define ZOX_GENERAL(name, element, divergent, one_region)                                            \
-  {                                                                                                  \
-#name, &zox::Operations::name, reference::name, lists::name, Element::element, false, divergent, \
-        one_region                                                                                   \
-  }
+#define ZOX_BENCH_LISTS_Blocked(name) nullptr
+#define ZOX_BENCH_LISTS_General(name) lists::name
+#define ZOX_BENCH_CASTER(Name, name, rules, Layout_, Projection_, Sampling_, Voxel_) \
+  {#name,                                                                            \
+   &zox::Operations::name,                                                           \
+   reference::name,                                                                  \
+   ZOX_BENCH_LISTS_##Layout_(name),                                                  \
+   Element::k##Voxel_,                                                               \
+   zox::Layout::k##Layout_ == zox::Layout::kBlocked,                                 \
+   zox::Projection::k##Projection_ == zox::Projection::kDivergent,                   \
+   zox::Layout::k##Layout_ == zox::Layout::kGeneral &&                               \
+       zox::Projection::k##Projection_ == zox::Projection::kParallel &&              \
+       zox::Sampling::k##Sampling_ == zox::Sampling::kNearest},
 
-inline const RayCaster kRayCasters[] = {
-    ZOX_BLOCKED(blocked_divergent_nearest_8u, k8U, true),
-    ZOX_BLOCKED(blocked_divergent_nearest_16s, k16S, true),
-    ZOX_BLOCKED(blocked_divergent_trilinear_8u, k8U, true),
-    ZOX_BLOCKED(blocked_divergent_trilinear_16s, k16S, true),
-    ZOX_BLOCKED(blocked_parallel_nearest_8u, k8U, false),
-    ZOX_BLOCKED(blocked_parallel_nearest_16s, k16S, false),
-    ZOX_BLOCKED(blocked_parallel_trilinear_8u, k8U, false),
-    ZOX_BLOCKED(blocked_parallel_trilinear_16s, k16S, false),
-    ZOX_GENERAL(general_divergent_nearest_8u, k8U, true, false),
-    ZOX_GENERAL(general_divergent_nearest_16s, k16S, true, false),
-    ZOX_GENERAL(general_divergent_nearest_bit_8u, kBit, true, false),
-    ZOX_GENERAL(general_divergent_trilinear_8u, k8U, true, false),
-    ZOX_GENERAL(general_divergent_trilinear_16s, k16S, true, false),
-    ZOX_GENERAL(general_parallel_nearest_8u, k8U, false, true),
-    ZOX_GENERAL(general_parallel_nearest_16s, k16S, false, true),
-    ZOX_GENERAL(general_parallel_nearest_bit_8u, kBit, false, true),
-    ZOX_GENERAL(general_parallel_trilinear_8u, k8U, false, false),
-    ZOX_GENERAL(general_parallel_trilinear_16s, k16S, false, false),
-};
+inline const RayCaster kRayCasters[] = {ZOX_CASTERS(ZOX_BENCH_CASTER)};
 
-#undef ZOX_BLOCKED
-#undef ZOX_GENERAL
+#undef ZOX_BENCH_CASTER
 
 }  // namespace bench

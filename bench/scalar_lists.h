@@ -2,20 +2,14 @@
 // slice, then the slices are swept in ascending order. Signatures and results are the library's.
 #pragma once
 
+#include "operations/list.h"
 #include "zox_volume.h"
 
 namespace lists {
 
-int general_divergent_nearest_8u(const zox_Volume* volume, const zox_Rays* rays);
-int general_divergent_nearest_16s(const zox_Volume* volume, const zox_Rays* rays);
-int general_divergent_nearest_bit_8u(const zox_Volume* volume, const zox_Rays* rays);
-int general_divergent_trilinear_8u(const zox_Volume* volume, const zox_Rays* rays);
-int general_divergent_trilinear_16s(const zox_Volume* volume, const zox_Rays* rays);
 // The parallel nearest ones know the slice lists only: not for volumes of one region.
-int general_parallel_nearest_8u(const zox_Volume* volume, const zox_Rays* rays);
-int general_parallel_nearest_16s(const zox_Volume* volume, const zox_Rays* rays);
-int general_parallel_nearest_bit_8u(const zox_Volume* volume, const zox_Rays* rays);
-int general_parallel_trilinear_8u(const zox_Volume* volume, const zox_Rays* rays);
-int general_parallel_trilinear_16s(const zox_Volume* volume, const zox_Rays* rays);
+#define ZOX_BENCH_DECLARE(Name, name, ...) int name(const zox_Volume* volume, const zox_Rays* rays);
+ZOX_GENERAL_CASTERS(ZOX_BENCH_DECLARE)
+#undef ZOX_BENCH_DECLARE
 
 }  // namespace lists

@@ -42,6 +42,32 @@ outside() {  # pattern rooms...: hits in src/ outside the rooms, directories or 
   done
 }
 
+# Sets include nothing of the rest, numbers sets, a subject numbers and sets and of the operations' files the
+# data alone; none includes another subject.
+upward_includes() {
+  local room
+  outside '#include "(numbers|blocked|stack|maximum|window|operations)/' src/numbers/ src/blocked/ src/stack/ \
+    src/maximum/ src/window/ src/operations/ src/zox_
+  grep -nE '#include "(blocked|stack|maximum|window|operations)/' src/numbers/* || true
+  for room in blocked stack maximum window; do
+    grep -nE '#include "(blocked|stack|maximum|window|operations)/' "src/$room"/* |
+      grep -vE "#include \"($room/|operations/(list|words|rules)\.h)" || true
+  done
+}
+
+# Ray casters by name, all of them: in the list, in what people read, in what must be independent of it.
+spelled_out_lists() {
+  local file names
+  sources src checker tests fuzz bench render tools |
+    grep -vE '^(src/operations/list\.h|tests/reference/.*|tests/abi/(operations\.txt|zox_volume\.abi))$' |
+    grep -vE '^(tests/golden/checksums\.txt|bench/(scalar_lists\.cpp|results\.py))$' |
+    while read -r file; do
+      names=$(grep -oiE '(blocked|general)_(divergent|parallel)_(nearest|trilinear)(_bit)?_(8u|16s)' "$file" |
+        tr '[:upper:]' '[:lower:]' | sort -u | wc -l) || true
+      [ "$names" -le 12 ] || echo "$file"
+    done
+}
+
 library_headers() { outside '#include <' | { grep -vE '<(stdint|stddef|stdlib|string|immintrin)\.h>' || true; }; }
 
 result_changing_flags() {
@@ -103,6 +129,8 @@ complain "attributes outside src/export.h" outside '__attribute__' src/export.h
 complain "the C++ library in src" outside '(^|[^[:alnum:]_])std::'
 complain "headers that src does not need" library_headers
 complain "flags that change results" result_changing_flags
+complain "includes against the direction of the rooms" upward_includes
+complain "operations spelled out that src/operations/list.h lists" spelled_out_lists
 complain "longer than 250 lines" overlong
 complain "shell" script_errors
 complain "docs/guarantees.md names tests that do not exist" promises_without_test
