@@ -134,7 +134,7 @@ TEST_F(BadInputTest, CommandLines) {
 
 TEST_F(BadInputTest, CommandLinesThatMakeNoSense) {
   const std::pair<const char*, const char*> cases[] = {
-      {"", "output"},
+      {"", "--phantom"},
       {"-o p.png", "--phantom"},
       {"--phantom head.nii -o p.png", "--phantom"},
       {"--phantom", "output"},

@@ -46,6 +46,16 @@ Picture read_picture(const std::string& path) {
   return picture;
 }
 
+std::vector<uint8_t> read_colours(const std::string& path) {
+  png_image image{};
+  image.version = PNG_IMAGE_VERSION;
+  EXPECT_TRUE(png_image_begin_read_from_file(&image, path.c_str())) << path << ": " << image.message;
+  image.format = PNG_FORMAT_RGB;
+  std::vector<uint8_t> colours(PNG_IMAGE_SIZE(image));
+  EXPECT_TRUE(png_image_finish_read(&image, nullptr, colours.data(), 0, nullptr)) << image.message;
+  return colours;
+}
+
 Deep read_deep(const std::string& path) {
   Deep deep;
   FILE* file = std::fopen(path.c_str(), "rb");

@@ -16,6 +16,9 @@ struct Picture {
 // Fails the running test unless the file is an 8-bit grey PNG.
 Picture read_picture(const std::string& path);
 
+// Red, green and blue of every pixel of any PNG.
+std::vector<uint8_t> read_colours(const std::string& path);
+
 struct Deep {
   std::vector<uint16_t> pixels;
   std::string description;

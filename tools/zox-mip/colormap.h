@@ -4,7 +4,7 @@
 #include <map>
 #include <string>
 
-#include "png.h"
+#include "picture_file.h"
 
 namespace zox_mip {
 

@@ -6,7 +6,7 @@
 #include <thread>
 
 #include "failure.h"
-#include "png.h"
+#include "picture_file.h"
 #include "words.h"
 
 namespace zox_mip {
@@ -38,7 +38,7 @@ struct Words {
   std::string size = "512x512", step = "0.5", zoom = "1", center, slab, depth_range, window;
   std::string frames, spin = "z", colormap = "gray", png_level = "1", threads, memory, volume, series,
                       seconds = "60";
-  bool phantom = false, quiet = false, stats = false, no_skip = false, marks = false;
+  bool phantom = false, quiet = false, stats = false, no_skip = false, marks = false, list_series = false;
 };
 
 void declare_files(CLI::App& app, Words& words) {
@@ -46,14 +46,15 @@ void declare_files(CLI::App& app, Words& words) {
   app.add_flag("--phantom", words.phantom, "Show the built-in phantom instead of a file");
   app.add_option("-o,--output", words.output,
                  "PNG to write; {view} and {frame} in the name stand for those of each picture, - for "
-                 "standard output")
-      ->required();
+                 "standard output");
   app.add_option("--raw", words.raw,
                  "Also write the samples before the window (.png of 16 bits, .nrrd, .npy)");
   app.add_option("--depth", words.depth,
                  "Also write how deep each sample lies (.png of 16 bits, .nrrd, .npy)");
   app.add_option("--volume", words.volume, "Which volume of a file that holds several, from 0");
-  app.add_option("--series", words.series, "Which series of a folder that holds several");
+  app.add_option("--series", words.series,
+                 "Which series of a DICOM folder, by its number (default: the largest)");
+  app.add_flag("--list-series", words.list_series, "List the series of a DICOM folder, and do nothing else");
   app.add_option("--read-seconds", words.seconds, "Give up reading after so many seconds")
       ->capture_default_str();
 }
@@ -158,7 +159,7 @@ void check_names(const Words& words, const Options& options) {
 
 Options judge(const Words& words) {
   if (words.phantom == !words.input.empty()) reject_usage("Name one volume to show, or give --phantom.");
-  if (words.output.empty()) reject_usage("-o takes the name of a file to write.");
+  if (words.output.empty() && !words.list_series) reject_usage("-o takes the name of the output to write.");
   Options options;
   zox_render_view_init(&options.view);
   zox_render_volume_options_init(&options.volume);
@@ -179,6 +180,7 @@ Options judge(const Words& words) {
   if (!words.volume.empty())
     options.volume_number = whole_word("--volume", words.volume, 0, 1000000000, "a number");
   options.series = words.series;
+  options.list_series = words.list_series;
   options.seconds_to_read =
       number_word("--read-seconds", words.seconds, 0.001, 1e6, "a number of seconds from 0.001 to 1000000");
   take_memory(words.memory, options);

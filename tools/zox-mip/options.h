@@ -36,6 +36,7 @@ struct Options {
   zox_render_volume_options volume{};
   int volume_number = -1;  // of a file that holds several
   std::string series;
+  bool list_series = false;  // and nothing else
   double seconds_to_read = 60;
   Colormap colormap = Colormap::kGray;
   int png_level = 1;

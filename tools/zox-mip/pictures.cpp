@@ -49,15 +49,19 @@ struct Work {
   }
 };
 
-input::Scan read_volume(const Options& options) {
-  if (options.input.empty()) return input::make_phantom();
+input::ReadOptions read_options(const Options& options) {
   input::ReadOptions read;
   read.seconds = options.seconds_to_read;
   read.volume = options.volume_number;
   read.series = options.series;
   read.memory_limit = options.memory;
   read.leave_in_file = true;
-  return input::read_scan(options.input, read);
+  return read;
+}
+
+input::Scan read_volume(const Options& options) {
+  if (options.input.empty()) return input::make_phantom();
+  return input::read_scan(options.input, read_options(options));
 }
 
 // The library's limit of a volume that is held as a whole.
@@ -100,6 +104,12 @@ void make_picture(const Job& job, const Options& options, Drawer& drawer, Writer
 }
 
 }  // namespace
+
+void list_series(const Options& options) {
+  if (options.input.empty()) reject_usage("The phantom has no series: name a folder of DICOM files.");
+  for (const std::string& line : input::list_series(options.input, read_options(options)))
+    std::printf("%s\n", line.c_str());
+}
 
 void make_pictures(const Options& asked) {
   Options options = asked;

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "options.h"
-#include "png.h"
+#include "picture_file.h"
 
 namespace zox_mip {
 

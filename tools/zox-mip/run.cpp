@@ -24,7 +24,8 @@ int complain(const std::string& sentence, ExitStatus status) {
 
 int run(int argc, const char* const* argv) {
   try {
-    if (const auto options = parse_options(argc, argv)) make_pictures(*options);
+    if (const auto options = parse_options(argc, argv))
+      options->list_series ? list_series(*options) : make_pictures(*options);
     return kExitDone;
   } catch (const Failure& failure) {
     return complain(failure.what(), failure.status);

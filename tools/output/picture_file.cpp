@@ -1,4 +1,4 @@
-#include "png.h"
+#include "picture_file.h"
 
 #include <libdeflate.h>
 
