@@ -13,7 +13,7 @@ constexpr Preset kPresets[] = {
     {"liver", 60, 160, "differences within the liver"},
     {"lung", -600, 1500, "lung and airways"},
     {"mediastinum", 50, 350, "heart, vessels and nodes of the chest"},
-    {"skull", 600, 1400, "the skull in a maximum-intensity picture"},
+    {"skull", 1100, 2200, "the skull in a maximum-intensity picture"},
     {"soft-tissue", 50, 450, "muscle, fat and organs"},
     {"stroke", 40, 40, "early loss of contrast in the brain"},
     {"subdural", 75, 215, "blood along the skull"},
