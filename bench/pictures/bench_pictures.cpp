@@ -1,7 +1,6 @@
 // Times whole pictures of this library, VTK and ITK side by side: lines of comma-separated values, the
 // contenders taking turns. With one thread processor time counts, with two the clock on the wall.
 //   bench_pictures DIRECTORY ROUNDS     writes the pictures compared and the jobs there
-#include <sys/resource.h>
 #include <time.h>
 
 #include <algorithm>
@@ -126,39 +125,49 @@ void write_volume(const Voxels& voxels, const std::string& directory) {
   header << "\nElementDataFile = " << name << ".raw\n";
 }
 
+void time_picture(const Job& job, const std::string& row, std::vector<Entry>& entries, int threads,
+                  int rounds) {
+  for (Entry& entry : entries) entry.contender->draw(job);
+  take_turns(
+      entries, rounds, threads, [&](Contender& contender) { contender.draw(job); }, "picture," + row);
+}
+
+void time_itk(const Job& job, const std::string& row, const std::string& directory, int rounds) {
+  std::vector<Entry> entries;
+  entries.push_back({"zox", bench::make_zox(*job.voxels, 1, true), {}});
+  entries.push_back({"itk", bench::make_itk(*job.voxels, 1), {}});
+  compare(job, entries, directory);
+  take_turns(
+      entries, rounds, 1, [&](Contender& contender) { contender.draw(job); }, "picture beside ITK," + row);
+}
+
+// One turn around the head; volumes and what is known of them are kept.
+void time_rotation(const Job& job, const std::string& row, std::vector<Entry>& entries, int rounds) {
+  std::vector<double> azimuths;
+  for (int frame = 0; frame < kFrames; ++frame) azimuths.push_back(360.0 / kFrames * frame);
+  const std::vector<Job> frames = bench::make_jobs(*job.voxels, job.perspective, kEdge, azimuths, kElevation);
+  take_turns(
+      entries, rounds, 1,
+      [&](Contender& contender) {
+        for (const Job& frame : frames) contender.draw(frame);
+      },
+      "36 frames," + row);
+}
+
 void run(const Voxels& voxels, const std::string& directory, int rounds) {
   write_volume(voxels, directory);
   for (const int threads : {1, 2}) {
     std::vector<Entry> entries = contenders(voxels, threads);
     for (const bool perspective : {false, true}) {
-      const Job job = bench::make_job(voxels, perspective, kEdge, kAzimuth, kElevation);
-      const std::string projection = perspective ? "perspective" : "orthographic";
-      if (!perspective && threads == 1) entries.push_back({"itk", bench::make_itk(voxels, threads), {}});
-      if (threads == 1) {
-        write_job(job, directory);
-        compare(job, entries, directory);
-      }
-      for (Entry& entry : entries) entry.contender->draw(job);
-      const bool itk = entries.back().name == "itk";
-      take_turns(
-          entries, rounds, threads, [&](Contender& contender) { contender.draw(job); },
-          "picture," + voxels.name + "," + projection);
-      if (itk) entries.pop_back();
-      if (voxels.name == "noise") continue;
-      std::vector<Job> frames;
-      for (int frame = 0; frame < kFrames; ++frame) {
-        frames.push_back(job);
-        const Job turned = bench::make_job(voxels, perspective, kEdge, 10.0 * frame, kElevation);
-        frames.back().right = turned.right, frames.back().up = turned.up;
-        frames.back().forward = turned.forward, frames.back().azimuth = turned.azimuth;
-        frames.back().pixel_size = turned.pixel_size, frames.back().eye_distance = turned.eye_distance;
-      }
-      take_turns(
-          entries, std::max(1, rounds / 3), threads,
-          [&](Contender& contender) {
-            for (const Job& frame : frames) contender.draw(frame);
-          },
-          "36 frames," + voxels.name + "," + projection);
+      const Job job = bench::make_jobs(voxels, perspective, kEdge, {kAzimuth}, kElevation).front();
+      const std::string row = voxels.name + (perspective ? ",perspective" : ",orthographic");
+      if (threads == 1) compare(job, entries, directory);
+      time_picture(job, row, entries, threads, rounds);
+      if (threads != 1 || voxels.name == "noise") continue;
+      write_job(job, directory);
+      const int few = std::max(1, rounds / 3);
+      if (!perspective) time_itk(job, row, directory, few);
+      time_rotation(job, row, entries, few);
     }
   }
 }

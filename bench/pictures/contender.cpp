@@ -134,33 +134,38 @@ zox_render_view view_of(const Job& job) {
   return view;
 }
 
-Job make_job(const Voxels& voxels, bool perspective, int edge, double azimuth, double elevation) {
+std::vector<Job> make_jobs(const Voxels& voxels, bool perspective, int edge,
+                           const std::vector<double>& azimuths, double elevation) {
   zox_render_array array;
   zox_render_volume* volume = volume_of(voxels, array);
-  double window_center = 0, window_width = 0;
-  require(zox_render_default_window(volume, &window_center, &window_width));
-  Job job{};
-  job.voxels = &voxels;
-  job.perspective = perspective;
-  job.edge = edge;
-  job.azimuth = azimuth;
-  job.elevation = elevation;
-  job.black = window_center - window_width / 2;
-  job.white = window_center + window_width / 2;
-  const zox_render_view view = view_of(job);
-  zox_render_geometry geometry;
-  zox_render_geometry_init(&geometry);
-  require(zox_render_view_geometry(volume, &view, &geometry));
+  double center = 0, width = 0;
+  require(zox_render_default_window(volume, &center, &width));
+  std::vector<Job> jobs;
+  for (const double azimuth : azimuths) {
+    Job job{};
+    job.voxels = &voxels;
+    job.perspective = perspective;
+    job.edge = edge;
+    job.azimuth = azimuth;
+    job.elevation = elevation;
+    job.black = center - width / 2;
+    job.white = center + width / 2;
+    const zox_render_view view = view_of(job);
+    zox_render_geometry geometry;
+    zox_render_geometry_init(&geometry);
+    require(zox_render_view_geometry(volume, &view, &geometry));
+    job.right = vec(geometry.right);
+    job.up = vec(geometry.up);
+    job.forward = vec(geometry.forward);
+    job.center = vec(geometry.center);
+    job.pixel_size = geometry.pixel_size;
+    job.eye_distance = geometry.eye_distance;
+    job.field_of_view = view.field_of_view;
+    job.step = geometry.step;
+    jobs.push_back(job);
+  }
   zox_render_volume_destroy(volume);
-  job.right = vec(geometry.right);
-  job.up = vec(geometry.up);
-  job.forward = vec(geometry.forward);
-  job.center = vec(geometry.center);
-  job.pixel_size = geometry.pixel_size;
-  job.eye_distance = geometry.eye_distance;
-  job.field_of_view = view.field_of_view;
-  job.step = geometry.step;
-  return job;
+  return jobs;
 }
 
 }  // namespace bench

@@ -53,8 +53,10 @@ std::unique_ptr<Contender> make_zox(const Voxels& voxels, int threads, bool skip
 std::unique_ptr<Contender> make_vtk(const Voxels& voxels, int threads);
 std::unique_ptr<Contender> make_itk(const Voxels& voxels, int threads);  // orthographic only
 
-// The job's view in this library's words, and back: what the others need is asked from it.
+// The job's view in this library's words, and back, a job for each azimuth: what the others need is asked
+// from it.
 zox_render_view view_of(const Job& job);
-Job make_job(const Voxels& voxels, bool perspective, int edge, double azimuth, double elevation);
+std::vector<Job> make_jobs(const Voxels& voxels, bool perspective, int edge,
+                           const std::vector<double>& azimuths, double elevation);
 
 }  // namespace bench

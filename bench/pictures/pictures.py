@@ -122,7 +122,7 @@ def page(rows, command):
     lines = ["| | volume | rays | threads | zox, ms | VTK, ms | VTK / zox | without skipping, ms | VTK / that |",
              "|---|---|---|---|---|---|---|---|---|"]
     for (what, volume, projection, threads, contender), ours in medians.items():
-        if contender != "zox" or volume == "noise":
+        if contender != "zox" or volume == "noise" or what == "picture beside ITK":
             continue
         key = (what, volume, projection, threads)
         vtk, every = medians[(*key, "vtk")], medians.get((*key, "zox without skipping"))
@@ -131,8 +131,9 @@ def page(rows, command):
                      f"**{vtk / ours:.1f}** | {last} |")
     others = ["| volume | zox, ms | ITK, ms | ITK / zox | SciPy, ms | SciPy / zox |", "|---|---|---|---|---|---|"]
     for volume in SCANS:
-        key = ("picture", volume, "orthographic", "1")
-        ours, itk, scipy_ms = (medians[(*key, name)] for name in ("zox", "itk", "scipy"))
+        key = (volume, "orthographic", "1")
+        ours, itk = (medians[("picture beside ITK", *key, name)] for name in ("zox", "itk"))
+        scipy_ms = medians[("picture", *key, "scipy")]
         others.append(f"| {volume} | {ours:.1f} | {itk:.0f} | {itk / ours:.0f} | {scipy_ms:.0f} | "
                       f"{scipy_ms / ours:.0f} |")
     noise = ["| rays | threads | zox, ms | without skipping, ms | the loss |", "|---|---|---|---|---|"]
@@ -148,7 +149,9 @@ def page(rows, command):
     cpu = next(line.split(":")[1].strip() for line in open("/proc/cpuinfo") if line.startswith("model name"))
     for name, table in (("@VTK@", lines), ("@OTHERS@", others), ("@NOISE@", noise), ("@DIFFERENCES@", differences)):
         text = text.replace(name, "\n".join(table))
-    return text.replace("@COMMAND@", command).replace("@WHERE@", f"{cpu}, {time.strftime('%F', time.gmtime())}")
+    where = (f"{cpu}, {os.cpu_count()} processors, load {os.getloadavg()[2]:.0f}, "
+             f"{time.strftime('%F', time.gmtime())}")
+    return text.replace("@COMMAND@", command).replace("@WHERE@", where)
 
 
 def main():

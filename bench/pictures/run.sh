@@ -13,4 +13,4 @@ if ! {
   tail -n 30 "$build/build.log" >&2
   exit 1
 fi
-/usr/bin/python3 bench/pictures/pictures.py "$build" "${1:-9}" 'scripts/bench.sh --pictures' --docs docs
+/usr/bin/python3 bench/pictures/pictures.py "$build" "${1:-5}" 'scripts/bench.sh --pictures' --docs docs

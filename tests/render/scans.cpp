@@ -57,7 +57,8 @@ std::unique_ptr<Scene> read_brain() {
   for (size_t i = 0; i < count; ++i) voxels[i] = at<uint8_t>(file, begin + i);
   // Its columns run to the patient's right and its rows to the face.
   auto scene = make_scene(ZOX_RENDER_UINT8, size, std::move(voxels));
-  scene->array.axes[0][0] = scene->array.axes[1][1] = -1;
+  scene->array.axes[0][0] = scene->array.axes[1][1] = -0.5;
+  scene->array.axes[2][2] = 0.5;
   return scene;
 }
 

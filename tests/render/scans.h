@@ -7,7 +7,7 @@
 
 namespace zox_test {
 
-// The brain of mricron-data: 181 x 217 x 181 voxels of 1 mm, 8 bits.
+// The brain of mricron-data: 301 x 370 x 316 voxels of 0.5 mm, 8 bits.
 std::unique_ptr<Scene> read_brain();
 
 // The head of invesalius-examples: 256 x 256 x 108 voxels of 0.957 x 0.957 x 1.5 mm, 16 bits.
