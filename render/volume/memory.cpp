@@ -13,6 +13,8 @@
 namespace render {
 namespace {
 
+constexpr size_t kLargePage = size_t{1} << 21;
+
 // The first number of a file after the given word; `otherwise` where there is none.
 uint64_t number_in(const char* path, const char* format, uint64_t otherwise) {
   const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(std::fopen(path, "re"), std::fclose);
@@ -34,25 +36,27 @@ uint64_t available_memory() {
 
 }  // namespace
 
-Memory::Memory(uint64_t bytes) : bytes_(bytes) {
+Memory::Memory(uint64_t bytes) {
   if (bytes == 0) return;
-  void* block =
-      mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
-  if (block == MAP_FAILED)
+  // Rays jump through a volume: large pages, which begin at multiples of their size, spare misses of the
+  // address tables, and most of the faults by which memory comes.
+  bytes_ = bytes + kLargePage;
+  block_ = mmap(nullptr, bytes_, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  if (block_ == MAP_FAILED)
     fail(ZOX_RENDER_NO_MEMORY, std::to_string(bytes) + " bytes of memory were wanted and could not be had.");
-  data_ = static_cast<std::byte*>(block);
-  // Rays jump through a volume: large pages spare misses of the address tables.
-  madvise(block, bytes, MADV_HUGEPAGE);
+  const uintptr_t address = reinterpret_cast<uintptr_t>(block_);
+  data_ = static_cast<std::byte*>(block_) + (kLargePage - address % kLargePage) % kLargePage;
+  madvise(data_, bytes, MADV_HUGEPAGE);
 }
 
 Memory::~Memory() {
-  if (data_) munmap(data_, bytes_);
+  if (data_) munmap(block_, bytes_);
 }
 
-Memory::Memory(Memory&& other) noexcept
-    : data_(std::exchange(other.data_, nullptr)), bytes_(std::exchange(other.bytes_, 0)) {}
+Memory::Memory(Memory&& other) noexcept { *this = std::move(other); }
 
 Memory& Memory::operator=(Memory&& other) noexcept {
+  std::swap(block_, other.block_);
   std::swap(data_, other.data_);
   std::swap(bytes_, other.bytes_);
   return *this;

@@ -17,7 +17,8 @@ class Memory {
   std::byte* data() const { return data_; }
 
  private:
-  std::byte* data_ = nullptr;
+  void* block_ = nullptr;
+  std::byte* data_ = nullptr;  // within it
   size_t bytes_ = 0;
 };
 
