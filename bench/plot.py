@@ -11,10 +11,10 @@ TICKS = (0.5, 1, 2, 4, 8, 16, 32, 64)
 
 
 def headline(cases):
-    """The cases behind each bar: cold volumes of 512x512x300, and full maxima and pictures."""
+    """The cases behind each bar: cold volumes of 256x256x256, and full maxima and pictures."""
     rows = {}
     for case in cases:
-        real = case.load == "cold" and case.size == "512x300" and any(results.belongs(case, f) for f in results.FAMILIES)
+        real = case.load == "cold" and case.size == "256" and any(results.belongs(case, f) for f in results.FAMILIES)
         full = case.load == "full" and case.size in ("256", "512") and case.storage in ("64rays", "image")
         if real or full:
             rows.setdefault(case.operation, []).append(case)
