@@ -34,6 +34,8 @@ stage "scans" scripts/demo-scans.sh "$scans"
 
 # The address is the first line; the link shows the skull from the left and above.
 coproc SERVER { exec build/release/zox-view "$scans"; }
+server=$SERVER_PID
+trap 'kill "$server" 2>/dev/null || true' EXIT
 read -r address <&"${SERVER[0]}"
 link="$address#file=skull.mhd&azimuth=35&elevation=15&window=1400,1400"
 echo "$link"
@@ -41,4 +43,4 @@ if [ "$browser" ] && [ -n "${DISPLAY-}${WAYLAND_DISPLAY-}" ] && command -v xdg-o
   xdg-open "$link" >/dev/null 2>&1 &
 fi
 echo "Ctrl-C ends it."
-wait "$SERVER_PID"
+wait "$server"

@@ -5,7 +5,7 @@
 #include <memory>
 #include <new>
 
-#include "../output/png.h"
+#include "../output/picture_file.h"
 
 namespace zox::view {
 namespace {

@@ -55,7 +55,7 @@ std::string first_volume(const Options& options, Volumes& volumes, const std::op
     return first;
   } catch (const std::runtime_error& failure) {
     if (!folder || folder->list("").empty()) throw;
-    complain(failure.what(), 0);
+    complain(std::string(failure.what()) + " The page lists its files.", 0);
     return "";
   }
 }
