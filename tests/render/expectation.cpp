@@ -23,17 +23,24 @@ Interval largest(const std::vector<PlainSample>& samples, double sign) {
   return {-found.high, -found.low};
 }
 
-// Samples that need not count only widen the interval.
+// Samples that need not count only widen the interval: the lowest of them pull the mean down, one after
+// the other as long as they do, and the highest pull it up.
 Interval mean(const std::vector<PlainSample>& samples) {
   double low = 0, high = 0, sure = 0;
-  for (const PlainSample& sample : samples)
-    if (sample.sure) low += sample.low, high += sample.high, ++sure;
-  double low_count = sure, high_count = sure;
+  std::vector<double> lows, highs;
   for (const PlainSample& sample : samples) {
-    if (sample.sure) continue;
-    if (low_count == 0 || sample.low < low / low_count) low += sample.low, ++low_count;
-    if (high_count == 0 || sample.high > high / high_count) high += sample.high, ++high_count;
+    if (sample.sure)
+      low += sample.low, high += sample.high, ++sure;
+    else
+      lows.push_back(sample.low), highs.push_back(sample.high);
   }
+  std::sort(lows.begin(), lows.end());
+  std::sort(highs.rbegin(), highs.rend());
+  double low_count = sure, high_count = sure;
+  for (const double value : lows)
+    if (low_count == 0 || value < low / low_count) low += value, ++low_count;
+  for (const double value : highs)
+    if (high_count == 0 || value > high / high_count) high += value, ++high_count;
   // Half a unit for the mean's own rounding.
   return {low / low_count - 0.5, high / high_count + 0.5};
 }

@@ -139,6 +139,8 @@ void PlainRenderer::ray(int column, int row, std::vector<PlainSample>& samples) 
   PlainSample sample{};
   if (view_.slab_near == view_.slab_far) {
     const double number = view_.slab_near / step_;
+    const bool behind = view_.projection == ZOX_RENDER_PERSPECTIVE && view_.slab_near < -eye_distance_;
+    if (behind) return;
     if (take(number, voxel(position(column, row, number)), sample)) samples.push_back(sample);
     return;
   }
