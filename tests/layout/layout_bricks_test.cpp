@@ -5,7 +5,7 @@
 #include <random>
 #include <vector>
 
-#include "blocked_layout.h"
+#include "bricks.h"
 
 namespace {
 
