@@ -108,11 +108,8 @@ void fetch_corners(const BlockedVolume<Element>& volume, const TrilinearPlaces<P
     const int* number = places.number[row].at;
     auto* pairs = corners.pair[row].at;
     if constexpr (sizeof(Element) == 1) {
-      for (int i = 0; i < n; i += kTogether<Element>) {
-        __m128i together[1] = {_mm_setzero_si128()};
-        insert_pairs<0, 1, Element>(together, [&](int, int j) { return volume.at(number[i + j]); });
-        _mm_store_si128(reinterpret_cast<__m128i*>(pairs + i), together[0]);
-      }
+      for (int i = 0; i < n; i += kTogether<Element>)
+        store_together<Element>(pairs + i, [&](int j) { return volume.at(number[i + j]); });
     } else {
       for (int i = 0; i < n; ++i) pairs[i] = load_pair<Element>(volume.at(number[i]));
     }

@@ -54,14 +54,20 @@ typename VoxelPair<Element>::Type load_pair(const void* address) {
 template <class Element>
 constexpr int kTogether = 16 / sizeof(typename VoxelPair<Element>::Type);
 
-// Pair number lane to kTogether - 1 of each of `rows` rows: row r of lane i is read at address(r, i).
-template <int lane, int rows, class Element, class Address>
-[[gnu::always_inline]] inline void insert_pairs(__m128i (&pairs)[rows], Address address) {
+template <int lane, class Element, class Address>
+[[gnu::always_inline]] inline __m128i with_pairs(__m128i pairs, Address address) {
   if constexpr (lane < kTogether<Element>) {
-    for (int r = 0; r < rows; ++r) pairs[r] = with_lane<lane>(pairs[r], load_pair<Element>(address(r, lane)));
+    pairs = with_lane<lane>(pairs, load_pair<Element>(address(lane)));
     keep_order();
-    insert_pairs<lane + 1, rows, Element>(pairs, address);
+    return with_pairs<lane + 1, Element>(pairs, address);
   }
+  return pairs;
+}
+
+// kTogether pairs, pair j read at address(j).
+template <class Element, class Address>
+[[gnu::always_inline]] inline void store_together(typename VoxelPair<Element>::Type* pairs, Address address) {
+  _mm_store_si128(reinterpret_cast<__m128i*>(pairs), with_pairs<0, Element>(_mm_setzero_si128(), address));
 }
 
 }  // namespace
