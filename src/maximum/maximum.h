@@ -103,7 +103,10 @@ class MaximumBlock {
     alignas(64) Element counts[kRays];
     for (int i = 0; i < kRays; ++i) {
       int n = rays_.nsamples[first_ + i];
-      int left = n > first_plane ? n - first_plane : 0;
+      // The larger of the two first: clang 14 takes the difference of the smallest n into account where it
+      // is not chosen, and finds samples in rays of INT32_MIN.
+      const int end = n > first_plane ? n : first_plane;
+      const int left = end - first_plane;
       counts[i] = static_cast<Element>(left > kMostPlanes<Element> ? kMostPlanes<Element> : left);
     }
     Registers maximum = maximum_, count;
