@@ -12,8 +12,8 @@ struct Measure {
   // The smallest and largest stored voxel; infinite where there is no finite one.
   double lowest = std::numeric_limits<double>::infinity();
   double highest = -std::numeric_limits<double>::infinity();
-  // Of every slice: how many of its tiles of 16 x 16 voxels reach into the upper half of the slice's own
-  // range and of the ranges seen so far. It stands for the samples that skipping will not leave out.
+  // Of every slice: how many of its tiles of 16 x 16 voxels reach above the middle of the range seen up to
+  // that slice. It stands for the samples that skipping will not leave out; pictures do not depend on it.
   std::vector<double> slice_weights;
 };
 
