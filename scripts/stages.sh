@@ -83,41 +83,44 @@ stop_ticker() {
 }
 trap stop_ticker EXIT
 
-# A step is what a stage is, but no test.
-step() {  # name command...
+# Runs a command into a log and prints its line; the status is kept in $status. Never called where the
+# shell takes the answer (if, ||, &&): there it would go on after a command that fails within a function.
+run() {  # name command...
   local name=$1 begin=$SECONDS
   shift
   log=build/logs/${name// /-}.log
-  status=0
   start_ticker "$name" "$begin"
   set +e
   (set -e; "$@") >"$log" 2>&1 </dev/null
   status=$?
-  stop_ticker
   set -e
-  # What this machine cannot do, by the convention of test programs; the last line says why.
-  if [ $status = 77 ]; then
-    echo "skip   $name: $(tail -n 1 "$log")"
-    return 77
-  fi
-  if [ $status != 0 ]; then
-    echo "FAILED $name ($((SECONDS - begin)) s)"
-    failures "$log"
-    echo "The whole log is $log."
-    return 1
-  fi
-  printf 'ok     %-28s %4d s\n' "$name" $((SECONDS - begin))
+  stop_ticker
+  case $status in
+    0) printf 'ok     %-28s %4d s\n' "$name" $((SECONDS - begin)) ;;
+    # What this machine cannot do, by the convention of test programs; the last line says why.
+    77) echo "skip   $name: $(tail -n 1 "$log")" ;;
+    *)
+      echo "FAILED $name ($((SECONDS - begin)) s)"
+      failures "$log"
+      echo "The whole log is $log."
+      ;;
+  esac
+}
+
+# A step is what a stage is, but no test.
+step() {  # name command...
+  run "$@"
+  [ "$status" = 0 ] || exit "$status"
 }
 
 stage() {  # name command...
-  local result=0
-  step "$@" || result=$?
-  if [ $result = 77 ]; then
+  run "$@"
+  if [ "$status" = 77 ]; then
     skipped+=("$1")
-    return 0
+    return
   fi
   count "$log" "$status"
-  if [ $result != 0 ]; then
+  if [ "$status" != 0 ]; then
     summary
     exit 1
   fi

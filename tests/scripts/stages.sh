@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# A failing stage names the failed test and its message first, a skipped test is named in the sum, and a
-# step is no test.
+# A failing stage names the failed test and its message first and ends where its first command fails, a
+# skipped test is named in the sum, and a step is no test.
 # Usage: stages.sh SOURCE_DIRECTORY
 set -euo pipefail
 scratch=$(mktemp -d)
@@ -52,3 +52,18 @@ if bash run.sh >printed; then
 fi
 sed -i 's/([0-9]* s)/(0 s)/; s/ [0-9]* s$/ 0 s/' printed
 diff -u expected printed
+
+# A build that fails is the end of its stage: tests of an older build say nothing.
+cat >build.sh <<RUN
+set -euo pipefail
+. $1/scripts/stages.sh
+build_then_test() {
+  false
+  touch tested
+}
+stage build build_then_test
+RUN
+if bash build.sh >printed || [ -e tested ]; then
+  echo "a stage goes on after a command that failed"
+  exit 1
+fi
