@@ -43,20 +43,20 @@ render() {  # NAME ARGUMENTS...
   pictures+=("$picture")
 }
 
-step "build" build || exit 1
-step "unpack the skull" scripts/demo-scans.sh "$demo" || exit 1
+step "build" build
+step "unpack the skull" scripts/demo-scans.sh "$demo"
 for view in anterior left superior; do
-  render "skull-$view" "$demo/skull.mhd" --view "$view" || exit 1
+  render "skull-$view" "$demo/skull.mhd" --view "$view"
 done
-render skull-oblique "$demo/skull.mhd" --view 30,15 || exit 1
+render skull-oblique "$demo/skull.mhd" --view 30,15
 if [ -n "$brain" ]; then
   for view in anterior left superior; do
-    render "brain-$view" /usr/share/mricron/templates/ch2better.nii.gz --view "$view" || exit 1
+    render "brain-$view" /usr/share/mricron/templates/ch2better.nii.gz --view "$view"
   done
 fi
 if [ -n "$compare" ]; then
   for layout in blocked stack; do
-    render "skull-$layout" "$demo/skull.mhd" --view 30,10 --projection orthographic --layout "$layout" || exit 1
+    render "skull-$layout" "$demo/skull.mhd" --view 30,10 --projection orthographic --layout "$layout"
   done
 fi
 
