@@ -408,7 +408,9 @@ int zox_Volume_RayCast_General_Divergent_Trilinear_16S(const zox_Volume* volume,
  * and the voxel of ray i is, per axis, (o_i + trunc(position * 2^21)) >> 21 with
  *     o_i = trunc(d * 2^21) + 2^20, d being xi - x0, yi - y0, (zi - z0) * regscale[0].
  * X, Y and S stay below ZOX_MAX_GENERAL_NEAREST_COORDINATE in magnitude for as long as any ray has
- * samples, also where those of ray 0 have ended.
+ * samples, also where those of ray 0 have ended. Where the position of ray 0 is negative, trunc rounds
+ * it up: a sample less than 2^-21 below the end of its voxel, in slices too, then falls into the
+ * next one. Clip rays to 2^-21 short of the volume's upper ends (the last voxel's index + 0.5).
  * It reads neither regslice nor nslices, allocates nothing, does not order its reads by slice and
  * always succeeds.
  */
