@@ -137,5 +137,5 @@ build_and_test() {  # preset directory cmake-options...
   shift 2
   cmake --preset "$preset" -B "$directory" "$@"
   cmake --build "$directory"
-  ctest --test-dir "$directory" --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
+  ctest --test-dir "$directory" --label-exclude long --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
 }

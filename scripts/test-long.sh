@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# What test.sh has no time for: many threads under the thread sanitizer, counts of 2^31 - 1, a minute of
-# random work on all cores, a minute of each fuzz target, coverage, zox-view's page in a browser, the Debian
-# packages, and a walk through README and the packages in bare Debian roots. One line per stage; the logs
-# stand in build/logs. About a quarter of an hour on
-# two cores. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
+# What test.sh has no time for: counts of 2^31 - 1, the project as a part of others and as a wheel, many
+# threads under the thread sanitizer, a minute of random work on all cores, a minute of each fuzz target and a
+# walk of its own, zox-view's page in a browser, many ranks, coverage, the Debian packages, and a walk through
+# README and the packages in bare Debian roots. One line per stage; the logs stand in build/logs. Every change
+# of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
 . "$(dirname "$0")/usage.sh"
@@ -21,11 +21,10 @@ many_threads() {
   "${run[@]}" build/tsan/zox_test_differential --gtest_filter='*Threads*'
 }
 
-largest_counts() {
-  cmake --preset release -B build/long -DZOX_BUILD_TESTS=ON -DZOX_BUILD_TOOLS=OFF \
-    -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF
-  cmake --build build/long --target zox_test_largest_counts
-  build/long/zox_test_largest_counts --gtest_brief=1
+build() {
+  cmake --preset whole
+  cmake --build build/test
+  cmake --build build/test --target zox_test_largest_counts
 }
 
 fresh_walk() {
@@ -35,31 +34,19 @@ fresh_walk() {
   fi
 }
 
-pages() {
-  cmake --preset release -B build/long -DZOX_BUILD_TESTS=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_VIEWER=ON \
-    -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF
-  cmake --build build/long --target zox-view zox-mip
-  tests/view/browser.sh build/long build/long/screenshots
-}
-
-many_ranks() {
-  cmake --preset release -B build/long -DZOX_BUILD_TESTS=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_VIEWER=ON \
-    -DZOX_BUILD_MPI=ON -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF
-  cmake --build build/long --target zox-mip zox-mip-mpi zox-mpi-formula
-  tests/mpi/same_picture.py build/long/zox-mip build/long/zox-mip-mpi build/long/zox-mpi-formula
-}
-
-step "packages" scripts/deps.sh build tools viewer mpi test view fuzz coverage
+step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz coverage
+step "build" build
+stage "largest counts" build/test/zox_test_largest_counts --gtest_brief=1
+stage "taken by others" ctest --test-dir build/test --label-regex long
 stage "many threads" many_threads
-stage "largest counts" largest_counts
 stage "soak" scripts/soak.sh 1
 # The same walk each time: what a change breaks, not what luck finds.
 stage "fuzz operations" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 operations
 stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
 # Another walk each time. What it finds is kept and told, but fails no build, which need not have caused it.
 stage "fuzz anew" fresh_walk
-stage "pages in a browser" pages
-stage "many ranks" many_ranks
+stage "pages in a browser" tests/view/browser.sh build/test build/test/screenshots
+stage "many ranks" tests/mpi/same_picture.py build/test/zox-mip build/test/zox-mip-mpi build/test/zox-mpi-formula
 stage "coverage" scripts/coverage.sh
 stage "Debian packages" scripts/packages.sh
 stage "bare Debian" scripts/fresh-root.sh

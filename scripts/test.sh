@@ -28,9 +28,7 @@ emulate() {  # processor, sets that it lacks
 
 step "packages" scripts/deps.sh build tools viewer mpi python docs test check fuzz
 # Whatever has a place in the tree is demanded: nothing is left out unseen.
-stage "release" build_and_test release build/test -DZOX_BUILD_TESTS=ON -DZOX_BUILD_CHECKER=ON \
-  -DZOX_BUILD_RENDER=ON -DZOX_BUILD_TOOLS=ON -DZOX_BUILD_VIEWER=ON -DZOX_BUILD_MPI=ON -DZOX_BUILD_PYTHON=ON \
-  -DZOX_BUILD_DOCS=ON
+stage "release" build_and_test whole build/test
 # Both sanitizers in one build without optimisation: a fifth of the compile time of two at -O2, and
 # no access is optimised away before it is checked.
 sanitize() {
