@@ -71,12 +71,12 @@ struct SharedPosition {
 inline void append_rays(const RayOffsets& offsets, const Axes<int>& at, int i, int k, int n,
                         const StackView& view, StagedSamples& stage) {
   const Vector x_at = broadcast(at[0][i]), y_at = broadcast(at[1][i]), z_at = broadcast(at[2][i]);
-  const Vector number = broadcast(64 * k);
+  const Vector first_number = broadcast(sample_number(0, k));
   for (int lane = 0; lane < n; lane += kVector) {
     const int to = stage.n + lane;
     Vector x = sum(load_vector(&offsets.x[lane]), x_at), y = sum(load_vector(&offsets.y[lane]), y_at);
     Vector slice = shift_right<21>(sum(load_vector(&offsets.slice[lane]), z_at));
-    store_anywhere(stage.node + to, sum(load_vector(&offsets.ray[lane]), number));
+    store_anywhere(stage.number + to, sum(load_vector(&offsets.ray[lane]), first_number));
     store_anywhere(stage.place + to, stage.even ? view.offset(x, y, view.slice_start(slice)) : slice);
     if (!stage.even || view.bits_are_read) store_anywhere(stage.x + to, x);
     if (!stage.even) store_anywhere(stage.y + to, y);
@@ -87,13 +87,13 @@ inline void append_rays(const RayOffsets& offsets, const Axes<int>& at, int i, i
 // Appends samples k .. k + n - 1 of the one ray that is left.
 inline void append_run(const RayOffsets& offsets, const Axes<int>& at, int k, int n, const StackView& view,
                        StagedSamples& stage) {
-  const int x = offsets.x[0], y = offsets.y[0], slice = offsets.slice[0], node = offsets.ray[0] + 64 * k;
+  const int x = offsets.x[0], y = offsets.y[0], slice = offsets.slice[0];
   const int end = stage.n;
   for (int i = 0; i < padded(n); ++i) {
     stage.x[end + i] = wrap_add(x, at[0][i]);
     stage.y[end + i] = wrap_add(y, at[1][i]);
     stage.place[end + i] = wrap_add(slice, at[2][i]) >> 21;
-    stage.node[end + i] = node + 64 * i;
+    stage.number[end + i] = sample_number(offsets.ray[0], k + i);
   }
   if (stage.even) view.place_evenly(stage, end, n);
   stage.n += n;

@@ -140,12 +140,12 @@ class SliceCursors {
     lanes_.x[lane] = wrap_add(t.x, wrap_mul(k, t.sx));
     lanes_.y[lane] = wrap_add(t.y, wrap_mul(k, t.sy));
     lanes_.position[lane] = wrap_add(position, wrap_mul(back, step));
-    lanes_.node[lane] = ray_[lane] + 64 * k;
+    lanes_.number[lane] = sample_number(ray_[lane], k);
     lanes_.x_step[lane] = wrap_mul(sign, t.sx);
     lanes_.y_step[lane] = wrap_mul(sign, t.sy);
     lanes_.position_step[lane] = wrap_mul(sign, step);
-    lanes_.node_step[lane] = sign * 64;
-    lanes_.last_node[lane] = ray_[lane] + 64 * (step < 0 ? first : end - 1);
+    lanes_.number_step[lane] = sample_number(0, sign);
+    lanes_.last_number[lane] = sample_number(ray_[lane], step < 0 ? first : end - 1);
     lanes_.first_slice[lane] = regions_.first_slice[j];
     lanes_.slice[lane] = slice_of<rules>(lanes_.position[lane], lanes_.first_slice[lane]);
   }
@@ -154,7 +154,7 @@ class SliceCursors {
   void follow_one(int nslices, StackView& view, const StageSink& sink) {
     while (lanes_.slice[0] < nslices) {
       StagedSamples& stage = *stage_;
-      int left = (lanes_.last_node[0] - lanes_.node[0]) / lanes_.node_step[0] + 1;
+      int left = (lanes_.last_number[0] - lanes_.number[0]) / lanes_.number_step[0] + 1;
       int n = left < kStage ? left : kStage;
       stage_run<rules>(lanes_, n, stage);
       advance_one(n, n == left);
@@ -211,13 +211,13 @@ Vector SliceCursors<rules>::append_group(int s, int group, const StackView& view
     if (!even || !rules.half || view.bits_are_read) packed.append(stage->x + n, c.x);
     if (!even || !rules.half) packed.append(stage->y + n, c.y);
     if constexpr (!rules.half) packed.append(stage->position + n, c.position);
-    packed.append(stage->node + n, c.node);
+    packed.append(stage->number + n, c.number);
     n += s >= 0 ? __builtin_popcount(bits) : 0;
-    Mask ended = both(on, equal(c.node, load_vector(&lanes_.last_node[group])));
+    Mask ended = both(on, equal(c.number, load_vector(&lanes_.last_number[group])));
     c.x = add_where(on, c.x, load_vector(&lanes_.x_step[group]));
     c.y = add_where(on, c.y, load_vector(&lanes_.y_step[group]));
     c.position = add_where(on, c.position, load_vector(&lanes_.position_step[group]));
-    c.node = add_where(on, c.node, load_vector(&lanes_.node_step[group]));
+    c.number = add_where(on, c.number, load_vector(&lanes_.number_step[group]));
     Vector rounded = shift_right<rules.bits>(sum(c.position, broadcast(kHalf)));
     c.slice = select(on, sum(rounded, load_vector(&lanes_.first_slice[group])), c.slice);
     c.slice = select(ended, none, c.slice);

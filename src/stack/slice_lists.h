@@ -5,13 +5,14 @@
 
 #include "numbers/value.h"
 #include "stack/region_walk.h"
+#include "stack/sample_number.h"
 
 namespace zox::ZOX_SET {
 namespace {
 
 constexpr uint32_t kEndOfList = 0xFFFFFFFF;
 
-// The node of sample k of ray r has the number r + 64 k, which names its plane and ray again.
+// A sample on the list of its slice, in the place of its number.
 struct NearestNode {
   uint32_t next;
   uint16_t x, y;  // the voxel, kept in 16 bits and read back unsigned
@@ -104,7 +105,7 @@ void sweep_lists(const zox_Volume& volume, const zox_Rays& batch, const Regions&
       walk.enter_region();
       int s = slice_of<slice_rules(rules)>(walk.position(), walk.first_slice());
       if (s >= 0 && s < volume.nslices) {
-        uint32_t node = static_cast<uint32_t>(r + 64 * k);
+        uint32_t node = static_cast<uint32_t>(sample_number(r, k));
         nodes[node] = SampleNode<rules>(heads[s], t.x, t.y, walk.position());
         heads[s] = node;
       }
@@ -114,8 +115,8 @@ void sweep_lists(const zox_Volume& volume, const zox_Rays& batch, const Regions&
   }
   for (int s = 0; s < volume.nslices; ++s) {
     for (uint32_t node = heads[s]; node != kEndOfList; node = nodes[node].next) {
-      auto* plane = static_cast<ElementOf<rules.voxel>*>(batch.planes[node >> 6]);
-      plane[node & 63] = value_of<rules>(nodes[node], volume, s);
+      *sample_at<ElementOf<rules.voxel>>(batch.planes, static_cast<int>(node)) =
+          value_of<rules>(nodes[node], volume, s);
     }
   }
 }

@@ -10,8 +10,9 @@
 namespace zox::ZOX_SET {
 namespace {
 
-constexpr int kStackEntries = 512;  // a table up to this size stands on the stack
-constexpr int kStackSamples = 512;
+// Tables up to this size stand on the stack.
+constexpr int kStackEntries = ZOX_MAX_FIXED_SLICES;
+static_assert(kStackEntries == ZOX_MAX_FIXED_REGIONS + 1);
 
 inline int largest_count(const zox_Rays& batch) {
   int largest = batch.nsamples[0];
@@ -23,7 +24,7 @@ inline int largest_count(const zox_Rays& batch) {
 template <GeneralRules rules>
 [[gnu::noinline]] void sweep_with_stack_nodes(const zox_Volume& volume, const zox_Rays& batch,
                                               const Regions& regions, uint32_t* heads) {
-  alignas(16) char nodes[kStackSamples << rules.node_log2];
+  alignas(16) char nodes[ZOX_MAX_STACK_SAMPLES << rules.node_log2];
   sweep_lists<rules>(volume, batch, regions, heads, reinterpret_cast<SampleNode<rules>*>(nodes));
 }
 
@@ -52,11 +53,11 @@ int cast_buckets(const zox_Rays& batch, int largest, const zox_Volume& volume) {
   HeapBlock bounds, heads, nodes;
   bool grow = rules.tables == Tables::kGrow;
   int nregions = volume.nregions, nslices = volume.nslices;
-  if (grow && nregions > kStackEntries - 1 && !bounds.take(wrap_mul(wrap_add(nregions, 1), 4)))
+  if (grow && nregions > ZOX_MAX_FIXED_REGIONS && !bounds.take(wrap_mul(wrap_add(nregions, 1), 4)))
     return ZOX_STS_NO_MEMORY;
   if (grow && nslices > kStackEntries && !heads.take(wrap_mul(nslices, 4))) return ZOX_STS_NO_MEMORY;
   int node_bytes = static_cast<int>(static_cast<uint32_t>(largest) << rules.node_log2);
-  if (largest > kStackSamples && !nodes.take(node_bytes)) return ZOX_STS_NO_MEMORY;
+  if (largest > ZOX_MAX_STACK_SAMPLES && !nodes.take(node_bytes)) return ZOX_STS_NO_MEMORY;
 
   int32_t* Zb = bounds.as<int32_t>() ? bounds.as<int32_t>() : bounds_on_stack;
   uint32_t* head = heads.as<uint32_t>() ? heads.as<uint32_t>() : heads_on_stack;

@@ -10,22 +10,24 @@
 namespace zox::ZOX_SET {
 namespace {
 
-// Eight samples whose nodes follow one another lie side by side in one plane.
-inline bool side_by_side(const int* node) { return (node[0] & 63) <= 56 && consecutive_8(node); }
+// Eight samples whose numbers follow one another lie side by side in one plane.
+inline bool side_by_side(const int* number) {
+  return ray_of(number[0]) <= ZOX_MAX_GENERAL_RAYS - 8 && consecutive_8(number);
+}
 
 // Writes value(i) of sample i to its plane and ray.
 template <class Element, class Value>
-void store_samples(const int* node, int n, void* const* planes, Value value) {
+void store_samples(const int* number, int n, void* const* planes, Value value) {
   int i = 0;
   for (; i + 8 <= n; i += 8) {
-    if (side_by_side(node + i)) {
-      Element* to = static_cast<Element*>(planes[node[i] >> 6]) + (node[i] & 63);
+    if (side_by_side(number + i)) {
+      Element* to = sample_at<Element>(planes, number[i]);
       for (int j = 0; j < 8; ++j) to[j] = value(i + j);
     } else {
-      for (int j = i; j < i + 8; ++j) static_cast<Element*>(planes[node[j] >> 6])[node[j] & 63] = value(j);
+      for (int j = i; j < i + 8; ++j) *sample_at<Element>(planes, number[j]) = value(j);
     }
   }
-  for (; i < n; ++i) static_cast<Element*>(planes[node[i] >> 6])[node[i] & 63] = value(i);
+  for (; i < n; ++i) *sample_at<Element>(planes, number[i]) = value(i);
 }
 
 // The lines of a full stage are asked for while the stage before is read. Where choosing samples by their
@@ -103,7 +105,7 @@ void read_nearest_at(Address address, const StagedSamples& stage, void* const* p
     for (int i = 0; i < padded(stage.n); ++i) shift[i] = bit_shift(index_of<rules>(stage.x[i]));
   }
   [[maybe_unused]] const int* const bits = shift;
-  store_samples<Element>(stage.node, stage.n, planes, [=](int i) {
+  store_samples<Element>(stage.number, stage.n, planes, [=](int i) {
     Element element = load<Element>(address(i));
     keep_order();
     if constexpr (rules.voxel == Voxel::kBit) element = bit_of(element, bits[i]);
@@ -169,7 +171,7 @@ void read_trilinear_block(const StackView& view, const StagedSamples& stage, int
     truncate_lanes(real.at, truncated.at, n);
     for (int i = 0; i < padded(n); ++i) values[i] = static_cast<Element>(truncated[i]);
   }
-  store_samples<Element>(stage.node + first, n, planes, [&](int i) { return values[i]; });
+  store_samples<Element>(stage.number + first, n, planes, [&](int i) { return values[i]; });
 }
 
 // Two stages by turns: while one is filled, the lines of the other have been asked for.

@@ -3,6 +3,7 @@
 #pragma once
 
 #include "numbers/lanes.h"
+#include "stack/sample_number.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -24,7 +25,7 @@ struct StagedSamples {
   alignas(64) int y[kStageRoom];         // fixed point
   alignas(64) int position[kStageRoom];  // trilinear: in slices from the region's first, fixed point
   alignas(64) int place[kStageRoom];     // evenly apart: the voxel's offset, in bytes; else its slice
-  alignas(64) int node[kStageRoom];      // r + 64 k
+  alignas(64) int number[kStageRoom];    // of sample_number.h
   const void* address[kStageRoom];       // nearest and not evenly apart: set when the stage is full
   int n = 0;
   bool even = false;  // then y, and x of nearest samples but for bits, are not set
@@ -39,7 +40,7 @@ struct StagedSamples {
       y[i - first] = y[i];
       position[i - first] = position[i];
       place[i - first] = place[i];
-      node[i - first] = node[i];
+      number[i - first] = number[i];
     }
   }
 };
