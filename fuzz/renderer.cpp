@@ -40,7 +40,7 @@ void check_sentence(const zox_mip::Failure& failure, zox_mip::ExitStatus status)
 
 void check_options(const zox_mip::Options& options) {
   const zox_render_view& view = options.view;
-  require(!options.output.empty(), "no output");
+  require(!options.output.empty() || options.list_series, "no output");
   require(!options.views.empty(), "no view");
   require(view.width >= 1 && view.width <= 8192 && view.height >= 1 && view.height <= 8192, "size");
   require(view.step >= 0.05 && view.step <= 64, "step");

@@ -90,11 +90,11 @@ TEST_F(OutputTest, HelpAndVersion) {
   const Outcome help = run("--help");
   EXPECT_EQ(help.status, 0);
   for (const char* word :
-       {"--view",      "--projection", "--interpolation", "--size",        "--step",      "--window",
-        "-j",          "--quiet",      "--layout",        "--depth-range", "--phantom",   "--slab",
-        "--center",    "--reduction",  "--volume",        "--zoom",        "--no-skip",   "--stats",
-        "--depth",     "--raw",        "--frames",        "--spin",        "--precision", "--colormap",
-        "--png-level", "--series",     "--read-seconds"})
+       {"--view",      "--projection", "--interpolation", "--size",        "--step",         "--window",
+        "-j",          "--quiet",      "--layout",        "--depth-range", "--phantom",      "--slab",
+        "--center",    "--reduction",  "--volume",        "--zoom",        "--no-skip",      "--stats",
+        "--depth",     "--raw",        "--frames",        "--spin",        "--precision",    "--colormap",
+        "--png-level", "--series",     "--read-seconds",  "--list-series", "--list-presets", "{name}"})
     EXPECT_NE(help.out.find(word), std::string::npos) << word;
   const Outcome version = run("--version");
   EXPECT_EQ(version.status, 0);

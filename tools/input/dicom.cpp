@@ -57,7 +57,8 @@ auto telling(const std::string& path, Action action) try {
 } catch (const Failure&) {
   throw;
 } catch (const fs::filesystem_error& error) {
-  refuse(quoted(dicom::printable(path)) + " cannot be searched: " + error.code().message() + ".");
+  const std::string place = error.path1().empty() ? path : error.path1().string();
+  refuse(quoted(dicom::printable(place)) + " cannot be searched: " + error.code().message() + ".");
 } catch (const std::runtime_error& error) {
   refuse(error.what());
 }
@@ -65,7 +66,7 @@ auto telling(const std::string& path, Action action) try {
 Found read(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
   chosen_volume(path, 1, options.volume);
   Found found;
-  const dicom::Study study = dicom::read_study(path);
+  const dicom::Study study = dicom::read_study(path, options.list);
   const dicom::Series& series = dicom::choose(study, options.series, found.notes);
   const dicom::Arrangement stack = dicom::arrange(series);
   const dicom::VoxelType type = dicom::common_type(stack.frames);
@@ -89,13 +90,23 @@ Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemo
   return telling(path, [&] { return read(path, options, memory); });
 }
 
-std::vector<std::string> dicom_series(const std::string& path) {
+std::vector<std::string> dicom_series(const std::string& path, const ReadOptions& options) {
   return telling(path, [&] {
     std::vector<std::string> lines;
-    for (const dicom::Series& series : dicom::read_study(path).series)
+    for (const dicom::Series& series : dicom::read_study(path, options.list).series)
       lines.push_back(dicom::describe(series, static_cast<int>(lines.size()) + 1));
     return lines;
   });
+}
+
+SeriesOf dicom_series_of(const std::string& path) {
+  SeriesOf result;
+  // Not even the opening of anything else may wait.
+  if (std::error_code error; !fs::is_regular_file(path, error)) return result;
+  const dicom::FileContent content = dicom::read_frames(path);
+  result.is_dicom = content.is_dicom;
+  if (content.is_dicom && !content.damaged) result.uid = content.series_uid;
+  return result;
 }
 
 }  // namespace zox::input

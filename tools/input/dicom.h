@@ -11,6 +11,9 @@ std::vector<std::string> dicom_files(const std::string& path);
 Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemory& memory);
 
 // A line for each series. Throws Failure.
-std::vector<std::string> dicom_series(const std::string& path);
+std::vector<std::string> dicom_series(const std::string& path, const ReadOptions& options);
+
+// What the header of a file says.
+SeriesOf dicom_series_of(const std::string& path);
 
 }  // namespace zox::input

@@ -28,6 +28,8 @@ struct ReadOptions {
   int volume = -1;             // of a file that holds several, from 0; -1: there must be one only
   bool leave_in_file = false;  // voxels that lie in a file as they are: only told where (Scan::file)
   std::string series;          // of a DICOM folder, its number in the list; empty: the largest
+  // A list of DICOM files, of which these alone are read; empty: what the path stands for.
+  std::vector<std::string> list;
 };
 
 // Unmaps memory when its owner goes.
@@ -62,6 +64,15 @@ void map_voxels(Scan& scan);
 // The series of a folder of DICOM files, a line each: number, modality, slices, spacing, description.
 // By a child process, as read_scan. Throws Failure.
 std::vector<std::string> list_series(const std::string& path, const ReadOptions& options);
+
+// What a file says of the DICOM series that it belongs to.
+struct SeriesOf {
+  bool is_dicom = false;
+  std::optional<std::string> uid;  // none where the header cannot be read
+};
+
+// One for each path, by a child process, as read_scan. Never throws for what files hold.
+std::vector<SeriesOf> series_of(const std::vector<std::string>& paths, const ReadOptions& options);
 
 // The built-in head: ellipsoids and two vessels, in signed 16-bit; docs/zox-mip.md lists the shapes.
 Scan make_phantom();

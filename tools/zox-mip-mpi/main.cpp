@@ -11,6 +11,7 @@
 #include "output.h"
 #include "shared_source.h"
 #include "spread_volume.h"
+#include "studies.h"
 #include "volume.h"
 #include "writer.h"
 
@@ -30,6 +31,12 @@ void check_options(const Options& options) {
   if (options.view.reduction == ZOX_RENDER_MEAN)
     zox_mip::reject_usage(
         "A volume on many ranks gives no mean; --reduction max, min and absmax can be had.");
+  if (options.inputs.size() > 1) zox_mip::reject_usage("Many ranks show one volume; name one.");
+  if (options.list_series) zox_mip::reject_usage("zox-mip lists series, by one process.");
+}
+
+std::string name_of_input(const Options& options) {
+  return options.inputs.empty() ? "phantom" : options.inputs[0];
 }
 
 zox::input::Scan read_at_root(const Group& group, const Options& options) {
@@ -37,7 +44,7 @@ zox::input::Scan read_at_root(const Group& group, const Options& options) {
   zox_render_array_init(&scan.array);
   group.together([&] {
     if (!group.is_root()) return;
-    if (options.input.empty()) {
+    if (options.inputs.empty()) {
       scan = zox::input::make_phantom();
       return;
     }
@@ -47,7 +54,7 @@ zox::input::Scan read_at_root(const Group& group, const Options& options) {
     read.series = options.series;
     read.memory_limit = options.memory;
     read.leave_in_file = true;
-    scan = zox::input::read_scan(options.input, read);
+    scan = zox::input::read_scan(options.inputs[0], read);
   });
   return scan;
 }
@@ -57,7 +64,7 @@ void take_window(const Group& group, const zox::input::Scan& scan, Options& opti
   if (!options.window_of_file) return;
   group.together([&] {
     if (group.is_root() && !scan.window)
-      throw zox::input::Failure("'" + options.input + "' names no window to show it in.");
+      throw zox::input::Failure("'" + name_of_input(options) + "' names no window to show it in.");
   });
   double window[2] = {scan.window ? scan.window->center : 0, scan.window ? scan.window->width : 0};
   group.share(window, sizeof window);
@@ -110,7 +117,8 @@ void make_picture(const Group& group, const Job& job, const SpreadVolume& volume
     if (!writer.planes().depths.empty()) writer.planes().depths = picture.depths;
     zox_render_geometry geometry;
     zox_render_geometry_init(&geometry);
-    zox_mip::check(zox_render_view_geometry(volume.corner(), &settings.view, &geometry), options.input);
+    zox_mip::check(zox_render_view_geometry(volume.corner(), &settings.view, &geometry),
+                   name_of_input(options));
     writer.write(job, geometry, zox_mip::info_of(volume.corner()));
   });
 }
@@ -132,11 +140,11 @@ void report(const Group& group, const SpreadVolume& volume, const Options& optio
 }
 
 void make_pictures(const Group& group, Options options) {
-  const std::vector<Job> jobs = make_jobs(options);
+  const std::vector<Job> jobs = make_jobs(options, zox_mip::name_of(options.inputs));
   group.together([&] {
     if (group.is_root())
-      check_outputs(jobs,
-                    options.input.empty() ? std::vector<std::string>() : zox::input::files_of(options.input));
+      check_outputs(jobs, options.inputs.empty() ? std::vector<std::string>()
+                                                 : zox::input::files_of(options.inputs[0]));
   });
   Totals totals;
   Clock clock;
@@ -152,7 +160,7 @@ void make_pictures(const Group& group, Options options) {
   zox_render_run_init(&settings.run);
   settings.run.pool = pool.get();
   settings.depths = !options.depth_output.empty();
-  SharedSource source(group, options.input.empty() ? "phantom" : options.input, std::move(scan));
+  SharedSource source(group, name_of_input(options), std::move(scan));
   const SpreadSource from{source, source.is_in_file(), [&](const auto& lists) { source.distribute(lists); }};
   const SpreadVolume volume(group, from, settings, kLongestPart, kKeptBytes);
   totals.seconds_volume = clock.lap();

@@ -1,9 +1,13 @@
 #include "jobs.h"
 
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <numbers>
+#include <span>
 
 #include "failure.h"
 #include "output.h"
@@ -14,10 +18,40 @@ namespace {
 
 using zox::output::Kind;
 
-std::string replaced(std::string text, const std::string& part, const std::string& by) {
-  for (size_t at = 0; (at = text.find(part, at)) != std::string::npos; at += by.size())
-    text.replace(at, part.size(), by);
+struct Word {
+  std::string mark, meaning;
+};
+
+// In one go: what stands for a mark may look like another.
+std::string replaced(const std::string& pattern, std::span<const Word> words) {
+  std::string text;
+  for (size_t at = 0; at < pattern.size();) {
+    const auto found = std::find_if(words.begin(), words.end(), [&](const Word& word) {
+      return pattern.compare(at, word.mark.size(), word.mark) == 0;
+    });
+    text += found == words.end() ? pattern.substr(at, 1) : found->meaning;
+    at += found == words.end() ? 1 : found->mark.size();
+  }
   return text;
+}
+
+using FileNumber = std::pair<dev_t, ino_t>;
+using FileNumbers = std::map<FileNumber, std::string>;
+
+FileNumbers numbers_of(const std::vector<std::string>& files) {
+  FileNumbers numbers;
+  for (const std::string& file : files)
+    if (struct stat status{}; stat(file.c_str(), &status) == 0)
+      numbers.emplace(FileNumber{status.st_dev, status.st_ino}, file);
+  return numbers;
+}
+
+// The input that an output is, under whatever name; there is one at most.
+std::vector<std::string> same_file(const std::string& output, const FileNumbers& inputs) {
+  struct stat status {};
+  if (stat(output.c_str(), &status) != 0) return {};
+  const auto found = inputs.find({status.st_dev, status.st_ino});
+  return found == inputs.end() ? std::vector<std::string>() : std::vector{found->second};
 }
 
 // As many digits for every frame, so that names sort.
@@ -73,13 +107,15 @@ bool is_animation(const Options& options) {
   return options.spin.frames > 1 && options.output.find("{frame}") == std::string::npos;
 }
 
-std::vector<Job> make_jobs(const Options& options) {
+std::vector<Job> make_jobs(const Options& options, const std::string& name_of_volume) {
   std::vector<Job> jobs;
   const int frames = options.spin.frames;
   for (const NamedView& view : options.views)
     for (int frame = 0; frame < frames; ++frame) {
       const auto name = [&](const std::string& pattern) {
-        return replaced(replaced(pattern, "{view}", view.name), "{frame}", frame_name(frame, frames));
+        const Word words[] = {
+            {"{name}", name_of_volume}, {"{view}", view.name}, {"{frame}", frame_name(frame, frames)}};
+        return replaced(pattern, words);
       };
       Job job{&view, frame, name(options.output), name(options.depth_output), name(options.raw_output)};
       job.in_animation = is_animation(options);
@@ -104,7 +140,8 @@ void check_outputs(const std::vector<Job>& jobs, const std::vector<std::string>&
   std::sort(sorted.begin(), sorted.end());
   if (const auto twice = std::adjacent_find(sorted.begin(), sorted.end()); twice != sorted.end())
     reject_usage("Two pictures have the name '" + *twice + "'.");
-  for (const std::string& name : names) zox::output::check_place(name, inputs);
+  const FileNumbers numbers = numbers_of(inputs);
+  for (const std::string& name : names) zox::output::check_place(name, same_file(name, numbers));
 }
 
 zox_render_view view_of(const Job& job, const Options& options, const zox_render_volume* volume) {

@@ -15,8 +15,9 @@ struct Job {
   bool in_animation = false, last_of_animation = false;
 };
 
-// In the order in which they are made. The frames of an animation have one output, given to the last.
-std::vector<Job> make_jobs(const Options& options);
+// Of the volume `name`, in the order in which they are made. The frames of an animation have one output,
+// given to the last.
+std::vector<Job> make_jobs(const Options& options, const std::string& name);
 
 // Whether the frames go into one file.
 bool is_animation(const Options& options);

@@ -1,7 +1,10 @@
 #include "options.h"
 
+#include <display/presets.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdio>
 #include <iostream>
 #include <thread>
 
@@ -31,22 +34,27 @@ const std::map<std::string, int> kAxes = {{"x", 0}, {"y", 1}, {"z", 2}};
 
 // The words of the command line before they are judged.
 struct Words {
-  std::string input, output, depth, raw;
+  std::vector<std::string> inputs;
+  std::string output, depth, raw;
   std::vector<std::string> views = {"anterior"};
   std::string projection = "perspective", interpolation = "trilinear", reduction = "max", layout = "auto",
               precision = "auto";
   std::string size = "512x512", step = "0.5", zoom = "1", center, slab, depth_range, window;
   std::string frames, spin = "z", colormap = "gray", png_level = "1", threads, memory, volume, series,
                       seconds = "60";
-  bool phantom = false, quiet = false, stats = false, no_skip = false, marks = false, list_series = false;
+  bool phantom = false, quiet = false, stats = false, no_skip = false, marks = false, list_series = false,
+       list_presets = false;
 };
 
 void declare_files(CLI::App& app, Words& words) {
-  app.add_option("volume", words.input, "Volume to show: NIfTI, NRRD, MetaImage and others");
+  app.add_option(
+      "volume", words.inputs,
+      "Volumes to show: DICOM folders or files, NIfTI, NRRD, MetaImage and others; the DICOM files "
+      "of one series are one volume");
   app.add_flag("--phantom", words.phantom, "Show the built-in phantom instead of a file");
   app.add_option("-o,--output", words.output,
-                 "PNG to write; {view} and {frame} in the name stand for those of each picture, - for "
-                 "standard output");
+                 "PNG to write; {name}, {view} and {frame} in it stand for the volume's, the view's and the "
+                 "frame's, - for standard output");
   app.add_option("--raw", words.raw,
                  "Also write the samples before the window (.png of 16 bits, .nrrd, .npy)");
   app.add_option("--depth", words.depth,
@@ -54,7 +62,7 @@ void declare_files(CLI::App& app, Words& words) {
   app.add_option("--volume", words.volume, "Which volume of a file that holds several, from 0");
   app.add_option("--series", words.series,
                  "Which series of a DICOM folder, by its number (default: the largest)");
-  app.add_flag("--list-series", words.list_series, "List the series of a DICOM folder, and do nothing else");
+  app.add_flag("--list-series", words.list_series, "List the series of DICOM folders, and do nothing else");
   app.add_option("--read-seconds", words.seconds, "Give up reading after so many seconds")
       ->capture_default_str();
 }
@@ -95,9 +103,10 @@ void declare_sampling(CLI::App& app, Words& words) {
 
 void declare_display(CLI::App& app, Words& words) {
   app.add_option("--window", words.window,
-                 "CENTER,WIDTH of the values shown, a name (docs/studies.md lists them), or 'file' for the "
-                 "file's own (default: "
-                 "from percentiles)");
+                 "CENTER,WIDTH of the values shown, a name (--list-presets), or 'file' for the file's own "
+                 "(default: from percentiles)");
+  app.add_flag("--list-presets", words.list_presets,
+               "List the windows that have names, with centre and width, and do nothing else");
   app.add_option("--colormap", words.colormap, "gray, inverse, hot or diverging")->capture_default_str();
   app.add_option("--png-level", words.png_level, "How hard to pack PNG files: 0 to 12")
       ->capture_default_str();
@@ -157,13 +166,20 @@ void check_names(const Words& words, const Options& options) {
       reject_usage("Two outputs have the name '" + names[i] + "'.");
 }
 
+void print_presets() {
+  for (const zox::display::Preset& preset : zox::display::presets())
+    std::printf("%-14s %6g,%-6g %s\n", preset.name, preset.center, preset.width, preset.shows);
+}
+
 Options judge(const Words& words) {
-  if (words.phantom == !words.input.empty()) reject_usage("Name one volume to show, or give --phantom.");
+  if (words.phantom == !words.inputs.empty()) reject_usage("Name a volume to show, or give --phantom.");
+  if (std::count(words.inputs.begin(), words.inputs.end(), ""))
+    reject_usage("The name of a volume is empty.");
   if (words.output.empty() && !words.list_series) reject_usage("-o takes the name of the output to write.");
   Options options;
   zox_render_view_init(&options.view);
   zox_render_volume_options_init(&options.volume);
-  options.input = words.input;
+  options.inputs = words.inputs;
   options.output = words.output;
   options.depth_output = words.depth;
   options.raw_output = words.raw;
@@ -213,6 +229,10 @@ std::optional<Options> parse_options(int argc, const char* const* argv) {
     for (char& letter : sentence)
       if (letter == '\n') letter = ' ';
     reject_usage(sentence + (sentence.ends_with(".") ? "" : "."));
+  }
+  if (words.list_presets) {
+    print_presets();
+    return std::nullopt;
   }
   return judge(words);
 }

@@ -26,8 +26,9 @@ struct Spin {
 };
 
 struct Options {
-  std::string input;   // empty: the phantom
-  std::string output;  // {view} and {frame} stand for those of each picture; -: standard output
+  std::vector<std::string> inputs;  // files and folders; none: the phantom
+  // {name}, {view} and {frame} stand for those of each picture; -: standard output.
+  std::string output;
   std::string depth_output, raw_output;  // may be empty
   std::vector<NamedView> views;
   Spin spin;
@@ -46,8 +47,8 @@ struct Options {
   bool quiet = false, stats = false;
 };
 
-// Throws Failure on a bad command line. Empty when the command line only asked for --help or
-// --version, which has then been printed.
+// Throws Failure on a bad command line. Empty when the command line only asked for --help, --version or
+// --list-presets, which has then been printed.
 std::optional<Options> parse_options(int argc, const char* const* argv);
 
 }  // namespace zox_mip

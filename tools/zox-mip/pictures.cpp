@@ -1,20 +1,13 @@
 #include "pictures.h"
 
-#include <unistd.h>
-
+#include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <cstdio>
 #include <memory>
-#include <optional>
 
 #include "drawer.h"
 #include "failure.h"
-#include "jobs.h"
-#include "output.h"
 #include "planes.h"
-#include "progress.h"
-#include "report.h"
 #include "scan.h"
 #include "volume.h"
 #include "writer.h"
@@ -23,7 +16,6 @@ namespace zox_mip {
 namespace {
 
 namespace input = zox::input;
-namespace output = zox::output;
 
 class Clock {
  public:
@@ -37,31 +29,9 @@ class Clock {
   std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
 };
 
-// The share of all the work, shown as it grows.
-struct Work {
-  Progress bar;
-  bool shown;
-  double begin = 0, share = 0;  // of the part that is being done
-  static int show(void* user, double part) {
-    Work& work = *static_cast<Work*>(user);
-    if (work.shown) work.bar.show(work.begin + work.share * part);
-    return 0;
-  }
-};
-
-input::ReadOptions read_options(const Options& options) {
-  input::ReadOptions read;
-  read.seconds = options.seconds_to_read;
-  read.volume = options.volume_number;
-  read.series = options.series;
-  read.memory_limit = options.memory;
-  read.leave_in_file = true;
-  return read;
-}
-
-input::Scan read_volume(const Options& options) {
-  if (options.input.empty()) return input::make_phantom();
-  return input::read_scan(options.input, read_options(options));
+input::Scan read_volume(const Study& study, const Options& options) {
+  if (study.files.empty()) return input::make_phantom();
+  return input::read_scan(study.files[0], read_options(study, options));
 }
 
 // The library's limit of a volume that is held as a whole.
@@ -78,8 +48,14 @@ void apply_window_of_file(const input::Scan& scan, const std::string& name, Opti
   options.view.window_width = scan.window->width;
 }
 
-void tell(const std::string& text, const Options& options) {
-  std::fputs(text.c_str(), options.output == output::kStandardOutput ? stderr : stdout);
+// Of slices that are not evenly apart: the middle one of their distances.
+double usual_distance(const std::vector<double>& positions) {
+  std::vector<double> distances;
+  for (size_t i = 1; i < positions.size(); ++i)
+    distances.push_back(std::abs(positions[i] - positions[i - 1]));
+  const auto middle = distances.begin() + static_cast<ptrdiff_t>((distances.size() - 1) / 2);
+  std::nth_element(distances.begin(), middle, distances.end());
+  return *middle;
 }
 
 void describe(const input::Scan& scan, const std::string& name, Report& report) {
@@ -89,6 +65,7 @@ void describe(const input::Scan& scan, const std::string& name, Report& report) 
     const auto& step = scan.array.axes[axis];
     report.spacing[axis] = std::hypot(step[0], step[1], step[2]);
   }
+  if (!scan.positions.empty()) report.spacing[2] = usual_distance(scan.positions);
 }
 
 void make_picture(const Job& job, const Options& options, Drawer& drawer, Writer& writer, Report& report) {
@@ -105,35 +82,24 @@ void make_picture(const Job& job, const Options& options, Drawer& drawer, Writer
 
 }  // namespace
 
-void list_series(const Options& options) {
-  if (options.input.empty()) reject_usage("The phantom has no series: name a folder of DICOM files.");
-  for (const std::string& line : input::list_series(options.input, read_options(options)))
-    std::printf("%s\n", line.c_str());
-}
-
-void make_pictures(const Options& asked) {
+Report make_pictures(const Study& study, const Options& asked, Work& work) {
   Options options = asked;
-  const bool phantom = options.input.empty();
-  const std::string name = phantom ? "phantom" : "'" + options.input + "'";
-  const std::vector<Job> jobs = make_jobs(options);
-  check_outputs(jobs, phantom ? std::vector<std::string>() : input::files_of(options.input));
-
+  const std::string name = study.quoted_title();
   Report report;
   Clock clock;
-  input::Scan scan = read_volume(options);
-  const std::vector<std::string> notes = scan.notes;
+  input::Scan scan = read_volume(study, options);
+  report.notes = scan.notes;
   report.times.read = clock.lap();
   apply_window_of_file(scan, name, options);
-  describe(scan, phantom ? "phantom" : options.input, report);
+  describe(scan, study.title(), report);
 
-  Work work{{}, !options.quiet && isatty(STDERR_FILENO) != 0};
+  // The pool's threads end before another study is read: its process is made by fork.
   const Pool pool = make_pool(options.threads);
   zox_render_run run;
   zox_render_run_init(&run);
   run.pool = pool.get();
   run.progress = Work::show;
   run.progress_user = &work;
-  work.share = 1.0 / static_cast<double>(jobs.size() + 1);
   clock.lap();
   const bool in_parts = options.memory > 0 || is_too_large(scan);
   if (!in_parts) input::map_voxels(scan);
@@ -142,16 +108,12 @@ void make_pictures(const Options& asked) {
   report.times.volume = clock.lap();
 
   Writer writer(options);
-  for (const Job& job : jobs) {
-    work.begin += work.share;
+  for (const Job& job : study.jobs) {
+    work.next_step();
     make_picture(job, options, *drawer, writer, report);
   }
   report.info = drawer->info();
-  work.bar.clear();
-  if (!options.quiet)
-    for (const std::string& note : notes) std::fprintf(stderr, "zox-mip: %s\n", note.c_str());
-  if (options.stats) tell(report_json(report, options), options);
-  if (!options.quiet && !options.stats) tell(report_text(report, options), options);
+  return report;
 }
 
 }  // namespace zox_mip

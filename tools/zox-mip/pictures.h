@@ -1,14 +1,14 @@
-// From a command line to the files that it asks for.
+// From a study to the files that a command line asks for.
 #pragma once
 
 #include "options.h"
+#include "progress.h"
+#include "report.h"
+#include "studies.h"
 
 namespace zox_mip {
 
 // Throws Failure, or what the libraries of input and output throw.
-void make_pictures(const Options& options);
-
-// Prints the series of a folder, a line each. Throws likewise.
-void list_series(const Options& options);
+Report make_pictures(const Study& study, const Options& options, Work& work);
 
 }  // namespace zox_mip

@@ -9,7 +9,13 @@ namespace {
 constexpr int kBarLength = 40;
 }
 
-void Progress::show(double share) {
+int Work::show(void* user, double part) {
+  Work& work = *static_cast<Work*>(user);
+  if (work.shown_) work.draw(work.share_ * (static_cast<double>(work.done_) + part));
+  return 0;
+}
+
+void Work::draw(double share) {
   const int percent = static_cast<int>(share * 100);
   if (percent == percent_) return;
   percent_ = percent;
@@ -18,7 +24,7 @@ void Progress::show(double share) {
   std::fprintf(stderr, "\r[%s] %3d %%", bar.c_str(), percent);
 }
 
-void Progress::clear() {
+void Work::clear() {
   if (percent_ >= 0) std::fprintf(stderr, "\r%*s\r", kBarLength + 8, "");
   percent_ = -1;
 }

@@ -1,8 +1,11 @@
 #include "report.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdarg>
 #include <cstdio>
+
+#include "failure.h"
 
 namespace zox_mip {
 namespace {
@@ -16,15 +19,35 @@ std::string format(const char* pattern, ...) {
   return std::string(text, static_cast<size_t>(std::min(length, 511)));
 }
 
+// Bytes of the UTF-8 character at `at`; 0 where there is none.
+size_t character_bytes(const std::string& text, size_t at) {
+  const auto byte = [&](size_t i) { return i < text.size() ? static_cast<unsigned char>(text[i]) : 0U; };
+  const unsigned first = byte(at);
+  if (first < 0x80) return 1;
+  const size_t bytes = first >= 0xC2 && first < 0xE0 ? 2 : first >= 0xE0 && first < 0xF0 ? 3 : 4;
+  if (first < 0xC2 || first > 0xF4) return 0;
+  for (size_t i = 1; i < bytes; ++i)
+    if ((byte(at + i) & 0xC0) != 0x80) return 0;
+  const unsigned second = byte(at + 1);
+  const bool too_long = (first == 0xE0 && second < 0xA0) || (first == 0xF0 && second < 0x90);
+  const bool no_character = (first == 0xED && second > 0x9F) || (first == 0xF4 && second > 0x8F);
+  return too_long || no_character ? 0 : bytes;
+}
+
+// Names of files may be no text at all.
 std::string json_text(const std::string& text) {
   std::string json = "\"";
-  for (const char letter : text) {
-    if (static_cast<unsigned char>(letter) < ' ') {
-      json += format("\\u%04x", letter);
-      continue;
+  for (size_t at = 0; at < text.size();) {
+    const size_t bytes = character_bytes(text, at);
+    if (bytes == 0) {
+      json += "\\ufffd";
+    } else if (static_cast<unsigned char>(text[at]) < ' ') {
+      json += format("\\u%04x", text[at]);
+    } else {
+      if (text[at] == '"' || text[at] == '\\') json += '\\';
+      json.append(text, at, bytes);
     }
-    if (letter == '"' || letter == '\\') json += '\\';
-    json += letter;
+    at += std::max<size_t>(bytes, 1);
   }
   return json + '"';
 }
@@ -83,7 +106,7 @@ std::string picture_json(const Report::Picture& picture) {
 
 std::string picture_text(const Report::Picture& picture, const Options& options) {
   const zox_render_stats& stats = picture.stats;
-  std::string name = picture.job.output;
+  std::string name = printable(picture.job.output);
   if (is_animation(options)) name += ", frame " + std::to_string(picture.job.frame);
   return name +
          format(": %d x %d, window %.6g,%.6g, %.1f million samples", options.view.width, options.view.height,
@@ -96,10 +119,11 @@ std::string picture_text(const Report::Picture& picture, const Options& options)
 
 std::string report_text(const Report& report, const Options& options) {
   const zox_render_volume_info& info = report.info;
-  std::string text = report.name + format(": %d x %d x %d voxels of %.4g x %.4g x %.4g mm, %s, held %s",
-                                          info.size[0], info.size[1], info.size[2], report.spacing[0],
-                                          report.spacing[1], report.spacing[2], type_name(report.type),
-                                          info.layout == ZOX_RENDER_BRICKS ? "in bricks" : "as slices");
+  std::string text =
+      printable(report.name) + format(": %d x %d x %d voxels of %.4g x %.4g x %.4g mm, %s, held %s",
+                                      info.size[0], info.size[1], info.size[2], report.spacing[0],
+                                      report.spacing[1], report.spacing[2], type_name(report.type),
+                                      info.layout == ZOX_RENDER_BRICKS ? "in bricks" : "as slices");
   if (!info.exact)
     text +=
         format(", scaled to 16 bits: value = %.9g + %.9g * stored", info.sample_intercept, info.sample_slope);
@@ -107,6 +131,8 @@ std::string report_text(const Report& report, const Options& options) {
   for (const Report::Picture& picture : report.pictures) text += picture_text(picture, options);
   return text;
 }
+
+namespace {
 
 std::string report_json(const Report& report, const Options& options) {
   std::string json =
@@ -119,6 +145,58 @@ std::string report_json(const Report& report, const Options& options) {
   for (size_t i = 0; i < report.pictures.size(); ++i)
     json += std::string(i ? "," : "") + picture_json(report.pictures[i]);
   return json + "]}\n";
+}
+
+// A line of the table.
+std::string line_of(const Outcome& outcome, int width) {
+  std::string name = printable(outcome.title);
+  const std::string gap(static_cast<size_t>(width) - std::min<size_t>(name.size(), size_t(width)), ' ');
+  if (!outcome.report) return name + gap + "  failed\n";
+  const Report& report = *outcome.report;
+  const std::string size =
+      format("%d x %d x %d", report.info.size[0], report.info.size[1], report.info.size[2]);
+  const std::string spacing =
+      format("%.4g x %.4g x %.4g", report.spacing[0], report.spacing[1], report.spacing[2]);
+  const Times& times = report.times;
+  return name + gap +
+         format("  %-20s  %-24s  %8zu  %7.2f\n", size.c_str(), spacing.c_str(), report.pictures.size(),
+                times.read + times.volume + times.render + times.write);
+}
+
+}  // namespace
+
+std::string outcome_json(const Outcome& outcome, const Options& options) {
+  if (outcome.report) return report_json(*outcome.report, options);
+  return "{\"volume\":" + json_text(outcome.title) + ",\"error\":" + json_text(outcome.failure) + "}\n";
+}
+
+size_t Summary::failed() const {
+  return static_cast<size_t>(
+      std::count_if(outcomes.begin(), outcomes.end(), [](const Outcome& one) { return !one.report; }));
+}
+
+size_t Summary::pictures() const {
+  size_t pictures = 0;
+  for (const Outcome& outcome : outcomes)
+    if (outcome.report) pictures += outcome.report->pictures.size();
+  return pictures;
+}
+
+std::string summary_text(const Summary& summary) {
+  size_t width = 6;
+  for (const Outcome& outcome : summary.outcomes) width = std::max(width, outcome.title.size());
+  const int name_width = static_cast<int>(std::min<size_t>(width, 60));
+  std::string text = format("\n%-*s  %-20s  %-24s  %8s  %7s\n", name_width, "volume", "voxels",
+                            "spacing in mm", "pictures", "seconds");
+  for (const Outcome& outcome : summary.outcomes) text += line_of(outcome, name_width);
+  return text + format("%zu of %zu volumes shown, %zu pictures in %.2f s\n",
+                       summary.outcomes.size() - summary.failed(), summary.outcomes.size(),
+                       summary.pictures(), summary.seconds);
+}
+
+std::string summary_json(const Summary& summary) {
+  return format("{\"volumes\":%zu,\"failed\":%zu,\"pictures\":%zu,\"seconds\":%.6f}\n",
+                summary.outcomes.size(), summary.failed(), summary.pictures(), summary.seconds);
 }
 
 }  // namespace zox_mip

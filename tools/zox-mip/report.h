@@ -1,6 +1,7 @@
 // What the tool says of its work.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,13 +24,35 @@ struct Report {
     zox_render_stats stats{};
   };
   std::vector<Picture> pictures;
+  std::vector<std::string> notes;  // sentences on what was found
   Times times;
 };
 
 // A line for the volume and one for each picture.
 std::string report_text(const Report& report, const Options& options);
 
+// What came of a study.
+struct Outcome {
+  std::string title;
+  std::optional<Report> report;
+  std::string failure;  // why there is no report
+};
+
 // One line of JSON.
-std::string report_json(const Report& report, const Options& options);
+std::string outcome_json(const Outcome& outcome, const Options& options);
+
+// What came of all.
+struct Summary {
+  std::vector<Outcome> outcomes;
+  double seconds = 0;
+  size_t failed() const;
+  size_t pictures() const;
+};
+
+// A table with a line for each study, and a line for all.
+std::string summary_text(const Summary& summary);
+
+// One line of JSON, for all.
+std::string summary_json(const Summary& summary);
 
 }  // namespace zox_mip

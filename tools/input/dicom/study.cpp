@@ -1,7 +1,11 @@
 #include "study.h"
 
+#include <unistd.h>
+
 #include <algorithm>
+#include <cerrno>
 #include <charconv>
+#include <cstring>
 #include <filesystem>
 #include <stdexcept>
 
@@ -13,8 +17,7 @@ constexpr size_t kMostFiles = 200'000;
 
 std::vector<std::string> files_below(const fs::path& folder) {
   std::vector<std::string> files;
-  const auto options = fs::directory_options::skip_permission_denied;
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder, options)) {
+  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
     std::error_code ignored;
     if (!entry.is_regular_file(ignored)) continue;
     files.push_back(entry.path().string());
@@ -41,10 +44,16 @@ struct Reading {
   std::vector<Frame> frames;
 
   void add(const std::string& path) {
+    if (access(path.c_str(), R_OK) != 0)
+      throw std::runtime_error("'" + printable(path) + "' may not be read: " + std::strerror(errno) + ".");
     FileContent content = read_frames(path);
+    ++study.files;
+    take(path, content);
+  }
+
+  void take(const std::string& path, FileContent& content) {
     const std::string sentence = printable(fs::path(path).filename().string()) + " " + content.flaw + ".";
     if (content.damaged) throw std::runtime_error(sentence);
-    ++study.files;
     if (!content.is_dicom)
       ++study.not_dicom;
     else if (content.frames.empty())
@@ -59,8 +68,12 @@ void add_neighbours(const fs::path& file, Reading& reading) {
   for (const std::string& path : files_beside(file)) {
     std::error_code ignored;
     if (fs::equivalent(path, file, ignored)) continue;
-    for (Frame& frame : read_frames(path).frames)
-      if (frame.series_uid == uid) reading.frames.push_back(std::move(frame));
+    if (access(path.c_str(), R_OK) != 0) {
+      ++reading.study.closed;
+      continue;
+    }
+    FileContent content = read_frames(path);
+    if (content.is_dicom && (content.damaged || content.series_uid == uid)) reading.take(path, content);
   }
 }
 
@@ -95,6 +108,9 @@ std::vector<std::string> Study::notes() const {
   if (not_dicom > 0)
     notes.push_back(std::to_string(not_dicom) + (not_dicom == 1 ? " file is" : " files are") +
                     " no DICOM and " + (not_dicom == 1 ? "was" : "were") + " passed over.");
+  if (closed > 0)
+    notes.push_back(std::to_string(closed) + (closed == 1 ? " file" : " files") +
+                    " beside it may not be read and " + (closed == 1 ? "was" : "were") + " passed over.");
   if (flaws.size() == 1) notes.push_back("One DICOM file holds no slice: " + flaws[0].sentence);
   if (flaws.size() > 1)
     notes.push_back(std::to_string(flaws.size()) +
@@ -102,14 +118,11 @@ std::vector<std::string> Study::notes() const {
   return notes;
 }
 
-Study read_study(const std::string& path) {
+Study read_study(const std::string& path, const std::vector<std::string>& list) {
   Reading reading;
-  const bool folder = fs::is_directory(path);
-  if (folder) {
-    for (const std::string& file : files_below(path)) reading.add(file);
-  } else {
-    reading.add(path);
-  }
+  const bool folder = fs::is_directory(path), listed = !list.empty();
+  const std::vector<std::string> files = listed ? list : folder ? files_below(path) : std::vector{path};
+  for (const std::string& file : files) reading.add(file);
   if (reading.frames.empty()) {
     const std::string name = printable(path);
     if (!reading.study.flaws.empty())
@@ -117,16 +130,17 @@ Study read_study(const std::string& path) {
     throw std::runtime_error(reading.study.files == 0 ? name + " holds no files."
                                                       : name + " holds no DICOM files.");
   }
-  if (!folder && reading.frames.size() == 1) add_neighbours(path, reading);
+  const bool stands_for_others = !folder && !listed;
+  if (stands_for_others && reading.frames.size() == 1) add_neighbours(path, reading);
   reading.study.series = split_into_series(std::move(reading.frames));
   // A file stands for the series that it lies in, whatever else bears the same number.
-  if (!folder)
+  if (stands_for_others)
     std::stable_partition(reading.study.series.begin(), reading.study.series.end(),
                           [&](const Series& series) {
                             return std::any_of(series.frames.begin(), series.frames.end(),
                                                [&](const Frame& frame) { return frame.path == path; });
                           });
-  if (!folder) reading.study.series.resize(1);
+  if (stands_for_others) reading.study.series.resize(1);
   return reading.study;
 }
 

@@ -11,6 +11,7 @@ namespace zox::input::dicom {
 struct Study {
   std::vector<Series> series;
   size_t files = 0, not_dicom = 0;
+  size_t closed = 0;  // files beside the one that is named, which may not be read
   struct Flaw {
     std::string sentence, series_uid;
   };
@@ -19,9 +20,10 @@ struct Study {
 };
 
 // A folder: every file in it and below, without following links to folders. A file: the slices of its
-// series beside it, or the file alone if it holds several frames. Throws std::runtime_error with a
-// sentence where there is no slice at all, or a file that is damaged: what it was cannot be known.
-Study read_study(const std::string& path);
+// series beside it, or the file alone if it holds several frames. With a `list`: its files and no others.
+// Throws std::runtime_error with a sentence where there is no slice at all, or a file that is damaged or
+// may not be read: what it was cannot be known.
+Study read_study(const std::string& path, const std::vector<std::string>& list = {});
 
 // The files that read_study looks at.
 std::vector<std::string> files_of_study(const std::string& path);
