@@ -44,12 +44,13 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL GNU)
   # g++ 12 warns of the undefined vectors inside its own AVX-512 intrinsics.
   list(APPEND kernel_options -Wno-maybe-uninitialized -Wno-uninitialized)
 endif()
-set_source_files_properties(src/operations/base.cpp PROPERTIES
-  COMPILE_OPTIONS "${kernel_options}")
-set_source_files_properties(src/operations/avx2.cpp PROPERTIES
-  COMPILE_OPTIONS "${kernel_options};-mavx2;-mtune=haswell")
-set_source_files_properties(src/operations/avx512.cpp PROPERTIES
-  COMPILE_OPTIONS "${kernel_options};-mavx512f;-mavx512vl;-mavx512bw;-mavx512dq;-mtune=icelake-server;-mprefer-vector-width=512")
+set(zox_base_options ${kernel_options})
+set(zox_avx2_options ${kernel_options} -mavx2 -mtune=haswell)
+set(zox_avx512_options ${kernel_options} -mavx512f -mavx512vl -mavx512bw -mavx512dq -mtune=icelake-server
+  -mprefer-vector-width=512)
+foreach(set base avx2 avx512)
+  set_source_files_properties(src/operations/${set}.cpp PROPERTIES COMPILE_OPTIONS "${zox_${set}_options}")
+endforeach()
 
 add_library(zox_volume SHARED $<TARGET_OBJECTS:zox_volume_objects>)
 add_library(zox_volume::zox_volume ALIAS zox_volume)

@@ -125,6 +125,7 @@ analyse_all() {
 complain "not formatted (clang-format -i)" unformatted
 complain "intrinsics outside src/sets, src/numbers, src/window" \
   outside '(^|[^_[:alnum:]])_mm(256|512)?_|mmintrin' src/sets/ src/numbers/ src/window/
+complain "instruction sets told apart outside src/sets/set.h" outside '^ *#.*__(AVX|SSE)' src/sets/set.h
 complain "attributes outside src/export.h" outside '__attribute__' src/export.h
 complain "the C++ library in src" outside '(^|[^[:alnum:]_])std::'
 complain "headers that src does not need" library_headers

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "numbers/lanes.h"
-#include "sets/wide.h"
+#include "sets/set.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {
@@ -47,7 +47,7 @@ class MaximumBlock {
   static constexpr int kRays = bytes / int{sizeof(Element)};
 
   MaximumBlock(const zox_Rays& rays, int first) : rays_(rays), first_(first) {
-    for (auto& m : maximum_.v) m = Vector::all(kEmpty<Element>);
+    for (auto& m : maximum_.v) m = Part::all(kEmpty<Element>);
   }
 
   template <class Selection>
@@ -71,10 +71,10 @@ class MaximumBlock {
   }
 
  private:
-  using Vector = Wide<each>;
+  using Part = SampleVector<each>;
   static constexpr int kVectors = bytes / each;
   struct Registers {
-    Vector v[kVectors];
+    Part v[kVectors];
   };
   static constexpr int kPerVector = each / int{sizeof(Element)};
 
@@ -84,12 +84,12 @@ class MaximumBlock {
   template <class Selection>
   void add_planes(int k, int end, Selection selection) {
     Registers maximum = maximum_;
-    const Vector count = Vector::all(Element{1});
+    const Part count = Part::all(Element{1});
     for (; k < end; ++k) {
       const Element* from = samples(k);
-      const Vector limit = Vector::all(static_cast<Element>(selection.selects(k) ? 0 : 1));
+      const Part limit = Part::all(static_cast<Element>(selection.selects(k) ? 0 : 1));
       for (int i = 0; i < kVectors; ++i) {
-        Vector sample = Vector::load(from + i * kPerVector);
+        Part sample = Part::load(from + i * kPerVector);
         maximum.v[i] = Selection::kAll ? larger<Element>(maximum.v[i], sample)
                                        : larger_where<Element>(count, limit, maximum.v[i], sample);
       }
@@ -110,13 +110,13 @@ class MaximumBlock {
       counts[i] = static_cast<Element>(left > kMostPlanes<Element> ? kMostPlanes<Element> : left);
     }
     Registers maximum = maximum_, count;
-    for (int i = 0; i < kVectors; ++i) count.v[i] = Vector::load(counts + i * kPerVector);
+    for (int i = 0; i < kVectors; ++i) count.v[i] = Part::load(counts + i * kPerVector);
     for (int k = 0; k < planes; ++k) {
       const Element* from = samples(first_plane + k);
       bool selected = selection.selects(first_plane + k);
-      const Vector limit = Vector::all(static_cast<Element>(selected ? k : kMostPlanes<Element>));
+      const Part limit = Part::all(static_cast<Element>(selected ? k : kMostPlanes<Element>));
       for (int i = 0; i < kVectors; ++i) {
-        Vector sample = Vector::load(from + i * kPerVector);
+        Part sample = Part::load(from + i * kPerVector);
         maximum.v[i] = larger_where<Element>(count.v[i], limit, maximum.v[i], sample);
       }
     }
@@ -133,7 +133,7 @@ class MaximumBlock {
 // block, smaller blocks. Returns the first ray not done.
 template <class Element, int bytes, class Selection>
 int reduce_blocks(const zox_Rays& rays, int first, int n, Selection selection, Element* result) {
-  using Block = MaximumBlock<Element, bytes, (bytes < kWideBytes ? bytes : kWideBytes)>;
+  using Block = MaximumBlock<Element, bytes, (bytes < kVectorBytes ? bytes : kVectorBytes)>;
   auto reduce = [&](int at) {
     Block block(rays, at);
     block.reduce(selection);

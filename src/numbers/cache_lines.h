@@ -3,7 +3,7 @@
 // function that does nothing but prefetch: whatever asks is always_inline.
 #pragma once
 
-#include "sets/vectors.h"
+#include "sets/set.h"
 
 namespace zox::ZOX_SET {
 namespace {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "numbers/lanes.h"
-#include "sets/vectors.h"
+#include "sets/set.h"
 
 namespace zox::ZOX_SET {
 namespace {

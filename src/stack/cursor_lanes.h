@@ -2,7 +2,7 @@
 #pragma once
 
 #include "numbers/lanes.h"
-#include "sets/vectors.h"
+#include "sets/set.h"
 #include "stack/region_walk.h"
 #include "stack/staged_samples.h"
 

@@ -3,7 +3,7 @@
 
 #include "numbers/cache_lines.h"
 #include "numbers/voxel_pair.h"
-#include "sets/vectors.h"
+#include "sets/set.h"
 #include "stack/slice_lists.h"
 #include "stack/stack_view.h"
 

@@ -3,7 +3,7 @@
 #pragma once
 
 #include "operations/rules.h"
-#include "sets/vectors.h"
+#include "sets/set.h"
 #include "stack/region_walk.h"
 #include "stack/staged_samples.h"
 #include "zox_volume.h"

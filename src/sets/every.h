@@ -1,0 +1,51 @@
+// What every instruction set has alike: 16 bytes at a time.
+#pragma once
+
+#include <immintrin.h>
+#include <stdint.h>
+
+namespace zox::ZOX_SET {
+namespace {
+
+// 16 bytes, or the first 8 or 4 of them: every set has these.
+template <int bytes>
+struct SampleVector {
+  __m128i v;
+
+  static SampleVector load(const void* from) {
+    SampleVector w{_mm_setzero_si128()};
+    if constexpr (bytes == 16) w.v = _mm_loadu_si128(static_cast<const __m128i*>(from));
+    if constexpr (bytes == 8) w.v = _mm_loadl_epi64(static_cast<const __m128i*>(from));
+    if constexpr (bytes == 4) w.v = _mm_loadu_si32(from);
+    return w;
+  }
+  void store(void* to) const { __builtin_memcpy(to, &v, bytes); }
+  static SampleVector all(uint8_t value) { return {_mm_set1_epi8(static_cast<char>(value))}; }
+  static SampleVector all(int16_t value) { return {_mm_set1_epi16(value)}; }
+};
+
+inline __m128i larger_of(uint8_t, __m128i a, __m128i b) { return _mm_max_epu8(a, b); }
+inline __m128i larger_of(int16_t, __m128i a, __m128i b) { return _mm_max_epi16(a, b); }
+inline __m128i above(uint8_t, __m128i a, __m128i b) { return _mm_cmpgt_epi8(a, b); }
+inline __m128i above(int16_t, __m128i a, __m128i b) { return _mm_cmpgt_epi16(a, b); }
+inline __m128i where(__m128i on, __m128i yes, __m128i no) {
+  return _mm_or_si128(_mm_and_si128(on, yes), _mm_andnot_si128(on, no));
+}
+
+template <int lane>
+__m128i with_lane(__m128i v, uint16_t number) {
+  return _mm_insert_epi16(v, number, lane);
+}
+
+// Whether eight numbers follow one another.
+inline bool consecutive_8(const int* number) {
+  __m128i first = _mm_set1_epi32(number[0]);
+  __m128i low = _mm_sub_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(number)), first);
+  __m128i high = _mm_sub_epi32(_mm_loadu_si128(reinterpret_cast<const __m128i*>(number + 4)), first);
+  __m128i right = _mm_and_si128(_mm_cmpeq_epi32(low, _mm_set_epi32(3, 2, 1, 0)),
+                                _mm_cmpeq_epi32(high, _mm_set_epi32(7, 6, 5, 4)));
+  return _mm_movemask_epi8(right) == 0xFFFF;
+}
+
+}  // namespace
+}  // namespace zox::ZOX_SET

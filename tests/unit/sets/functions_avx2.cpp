@@ -1,0 +1,2 @@
+#define ZOX_SET avx2
+#include "functions.inl"

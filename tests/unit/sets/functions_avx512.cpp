@@ -1,0 +1,2 @@
+#define ZOX_SET avx512
+#include "functions.inl"

@@ -1,0 +1,2 @@
+#define ZOX_SET base
+#include "functions.inl"
