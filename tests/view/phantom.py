@@ -1,4 +1,5 @@
 """The phantom by the formula in docs/zox-mip.md, and small volumes for tests."""
+import gzip
 import math
 import struct
 
@@ -37,11 +38,21 @@ def voxel_value(voxel):
     return value_at(voxel_position(voxel))
 
 
+def nrrd_head(side, encoding):
+    return (f"NRRD0004\ntype: short\ndimension: 3\nsizes: {side} {side} {side}\nendian: little\n"
+            f"encoding: {encoding}\nspace: left-posterior-superior\n"
+            "space directions: (1,0,0) (0,1,0) (0,0,1)\nspace origin: (0,0,0)\n\n").encode()
+
+
+def write_packed_zeros(path, side):
+    """A cube of zeros that takes a while to unpack."""
+    slices = gzip.compress(bytes(2 * side * side * 16), 6)
+    with open(path, "wb") as file:
+        file.write(nrrd_head(side, "gzip") + slices * (side // 16))
+
+
 def write_nrrd(path, most, side=16):
     """A cube of 16-bit voxels that rise from 0 to `most`."""
     voxels = [most * i // (side ** 3 - 1) for i in range(side ** 3)]
-    head = (f"NRRD0004\ntype: short\ndimension: 3\nsizes: {side} {side} {side}\nendian: little\n"
-            "encoding: raw\nspace: left-posterior-superior\n"
-            "space directions: (1,0,0) (0,1,0) (0,0,1)\nspace origin: (0,0,0)\n\n")
     with open(path, "wb") as file:
-        file.write(head.encode() + struct.pack(f"<{len(voxels)}h", *voxels))
+        file.write(nrrd_head(side, "raw") + struct.pack(f"<{len(voxels)}h", *voxels))

@@ -135,52 +135,6 @@ class Pictures(unittest.TestCase):
         self.assertEqual(together, alone)
 
 
-class Files(unittest.TestCase):
-    def test_folder_files_are_opened_and_no_others(self):
-        with tempfile.TemporaryDirectory() as folder:
-            inside = os.path.join(folder, "in", "sub")
-            os.makedirs(inside)
-            phantom.write_nrrd(os.path.join(folder, "in", "one.nrrd"), 7)
-            phantom.write_nrrd(os.path.join(inside, "two.nrrd"), 9)
-            phantom.write_nrrd(os.path.join(folder, "outside.nrrd"), 11)
-            os.symlink("../outside.nrrd", os.path.join(folder, "in", "link.nrrd"))
-            with open(os.path.join(folder, "in", "broken.nrrd"), "w", encoding="ascii") as file:
-                file.write("NRRD0004\n")
-            with Server(ZOX_VIEW, os.path.join(folder, "in")) as server:
-                self.check_folder(server)
-
-    def check_folder(self, server):
-        with server.view() as view:
-            self.assertEqual(view.opened(), {"do": "no volume", "folder": True})
-            view.ask("files")
-            entries = view.hear()[0]["entries"]
-            self.assertEqual([(entry["name"], entry["folder"]) for entry in entries],
-                             [("sub", True), ("broken.nrrd", False), ("link.nrrd", False), ("one.nrrd", False)])
-            for name in ("..", "../", "sub/../..", "/", "/etc", "%00", "sub\0"):
-                view.ask("files", folder=name)
-                self.assertEqual(view.hear()[0]["do"], "error", name)
-        for name, most in (("one.nrrd", 7), ("sub/two.nrrd", 9), ("sub/../one.nrrd", 7)):
-            with server.view(file=name) as view:
-                self.assertEqual(view.opened()["highest"], most)
-        for name in ("link.nrrd", "../outside.nrrd", "sub/../../outside.nrrd", "/etc/passwd", "no.nrrd", "broken.nrrd",
-                     "one.nrrd\0", "x" * 3000):
-            with server.view(file=name) as view:
-                said = view.opened()
-                self.assertEqual(said["do"], "error", name)
-                self.assertRegex(said["text"], r"^[^\n]+\.$")
-
-    def test_a_file_alone_opens_no_other(self):
-        with tempfile.TemporaryDirectory() as folder:
-            one, two = (os.path.join(folder, name) for name in ("one.nrrd", "two.nrrd"))
-            phantom.write_nrrd(one, 7)
-            phantom.write_nrrd(two, 9)
-            with Server(ZOX_VIEW, one) as server:
-                with server.view() as view:
-                    self.assertEqual(view.opened()["highest"], 7)
-                with server.view(file=two) as view:
-                    self.assertEqual(view.opened()["do"], "error")
-
-
 class Program(unittest.TestCase):
     def test_ends_cleanly_in_the_middle_of_work(self):
         for how in (signal.SIGINT, signal.SIGTERM):

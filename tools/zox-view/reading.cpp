@@ -128,6 +128,28 @@ void answer(int socket, const std::string& path, const input::ReadOptions& optio
   }
 }
 
+// Each file by a process of its own: what ends it, such as a system that is out of memory, ends no other.
+void answer_apart(int socket, const std::string& path, const input::ReadOptions& options) {
+  int ends[2];
+  if (socketpair(AF_UNIX, SOCK_SEQPACKET | SOCK_CLOEXEC, 0, ends) != 0)
+    return send_with_descriptor(socket, path + " cannot be read: the system is out of sockets.", -1);
+  const Descriptor ours(ends[0]);
+  const pid_t child = fork();
+  if (child == 0) {
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
+    answer(ends[1], path, options);
+    _exit(0);
+  }
+  close(ends[1]);
+  std::string sentence(kMaxSentence, '\0');
+  const Received received = receive_with_descriptor(ours.number(), sentence);
+  const Descriptor shared(received.descriptor);
+  if (!received.arrived) sentence = path + " cannot be read: the system ended the process that read it.";
+  send_with_descriptor(socket, sentence, shared.number());
+  while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
+  }
+}
+
 // Ends when the server does: its end of the socket is then closed. A group of its own: Ctrl-C is the
 // server's, and stop() ends the readers too.
 [[noreturn]] void serve(int socket, const input::ReadOptions& options) {
@@ -138,7 +160,7 @@ void answer(int socket, const std::string& path, const input::ReadOptions& optio
     const ssize_t bytes = recv(socket, path.data(), path.size(), 0);
     if (bytes < 0 && errno == EINTR) continue;
     if (bytes <= 0) _exit(0);
-    answer(socket, std::string(path.data(), static_cast<size_t>(bytes)), options);
+    answer_apart(socket, std::string(path.data(), static_cast<size_t>(bytes)), options);
   }
 }
 
@@ -170,11 +192,12 @@ void Reading::stop() { kill(-process_, SIGKILL); }
 input::Scan Reading::read(const std::string& path) {
   const std::lock_guard turn(turn_);
   if (path.size() > kMaxPath || send(socket_, path.data(), path.size(), MSG_NOSIGNAL) < 0)
-    throw input::Failure(path + " cannot be read: the reading process has ended.");
+    throw input::Failure(path + " cannot be read: the reading process has ended; start zox-view again.");
   std::string sentence(kMaxSentence, '\0');
   const Received received = receive_with_descriptor(socket_, sentence);
   const Descriptor shared(received.descriptor);
-  if (!received.arrived) throw input::Failure(path + " cannot be read: the reading process has ended.");
+  if (!received.arrived)
+    throw input::Failure(path + " cannot be read: the reading process has ended; start zox-view again.");
   if (shared.number() < 0) throw input::Failure(sentence);
   return unpack(shared.number());
 }
