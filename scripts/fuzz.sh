@@ -24,10 +24,7 @@ run() {  # command...: quiet, or its whole output and the end
   "$@" >"$log" 2>&1 </dev/null || { cat "$log"; exit 1; }
 }
 
-# Debug keeps the kernels at the flags given here: the vectoriser's time is not worth it.
-run cmake -S . -B build/fuzz -DCMAKE_BUILD_TYPE=Debug -DCMAKE_C_COMPILER=clang -DCMAKE_CXX_COMPILER=clang++ \
-  -DCMAKE_C_FLAGS=-O1 -DCMAKE_CXX_FLAGS=-O1 -DZOX_BUILD_FUZZ=ON \
-  -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_CHECKER=OFF -DZOX_BUILD_TESTS=OFF
+run cmake --preset fuzz
 for name in $only; do
   run cmake --build build/fuzz --target "fuzz_$name" -j "$(nproc)"
   # New inputs are collected aside from the seeds, and serve the next run, but not a walk to be repeated.

@@ -12,9 +12,8 @@ cd "$(dirname "$0")/.."
 . scripts/stages.sh
 
 many_threads() {
-  local flags="-fsanitize=thread" run=()
-  cmake --preset debug -B build/tsan -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_PYTHON=OFF -DZOX_BUILD_CHECKER=OFF \
-    -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_CXX_FLAGS_DEBUG="-O1 -g1"
+  local run=()
+  cmake --preset tsan
   cmake --build build/tsan --target zox_test_differential
   # The sanitizer cannot place its shadow where the system scatters mappings widely.
   if setarch -R true; then run=(setarch -R); fi

@@ -31,13 +31,7 @@ step "packages" scripts/deps.sh build tools viewer mpi python docs test check fu
 stage "release" build_and_test whole build/test
 # Both sanitizers in one build without optimisation: a fifth of the compile time of two at -O2, and
 # no access is optimised away before it is checked.
-sanitize() {
-  local flags="-fsanitize=address -fno-omit-frame-pointer" link="-fsanitize=undefined"
-  ZOX_TEST_SCALE=0.2 build_and_test debug build/sanitize -DZOX_BUILD_TOOLS=OFF -DZOX_BUILD_PYTHON=OFF \
-    -DZOX_CHECK_UNDEFINED=ON -DCMAKE_C_FLAGS="$flags" -DCMAKE_CXX_FLAGS="$flags" -DCMAKE_CXX_FLAGS_DEBUG=-g1 \
-    -DCMAKE_EXE_LINKER_FLAGS="$link" -DCMAKE_SHARED_LINKER_FLAGS="$link"
-}
-stage "sanitizers" sanitize
+ZOX_TEST_SCALE=0.2 stage "sanitizers" build_and_test sanitize build/sanitize
 stage "clang" build_and_test clang build/clang
 stage "source checks" scripts/check.sh
 stage "processor without AVX" emulate Opteron_G1 avx2 avx512
