@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # What test.sh has no time for: counts of 2^31 - 1, the project as a part of others and as a wheel, many
 # threads under the thread sanitizer, a minute of random work on all cores, a minute of each fuzz target and a
-# walk of its own, zox-view's page in a browser, many ranks, coverage, the Debian packages, and a walk through
-# README and the packages in bare Debian roots. One line per stage; the logs stand in build/logs. Every change
-# of a rule takes a quarter of an hour more: scripts/mutate.sh.
+# walk of its own, DICOM series of a head, zox-view's page in a browser, many ranks, coverage, the Debian
+# packages, and a walk through README and the packages in bare Debian roots. One line per stage; the logs
+# stand in build/logs. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
 . "$(dirname "$0")/usage.sh"
@@ -26,6 +26,18 @@ build() {
   cmake --build build/test --target zox_test_largest_counts
 }
 
+# The CT of a skull as series, shuffled, compressed, tilted and gapped, against the plain volume. The pictures
+# are left in build/test/series.
+series_of_a_head() {
+  scripts/demo-scans.sh build/test/scans
+  if [ ! -e build/test/scans/skull.raw ]; then
+    echo "the package invesalius-examples is missing"
+    return 77
+  fi
+  /usr/bin/python3 -B tests/dicom/same_picture.py build/test/zox-mip --raw build/test/scans/skull.raw --size 256,256,108 \
+    --spacing 0.957,0.957,1.5 --flip-rows --keep build/test/series
+}
+
 fresh_walk() {
   if ! scripts/fuzz.sh 30; then
     echo "a new input in build/fuzz/found ends a fuzz target$(sed -n 's/^Base64: /, in base64: /p' build/fuzz/log | tail -n 1)"
@@ -33,7 +45,7 @@ fresh_walk() {
   fi
 }
 
-step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz coverage
+step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz coverage demo
 step "build" build
 stage "largest counts" build/test/zox_test_largest_counts --gtest_brief=1
 stage "taken by others" ctest --test-dir build/test --label-regex long
@@ -44,6 +56,7 @@ stage "fuzz operations" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 operations
 stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
 # Another walk each time. What it finds is kept and told, but fails no build, which need not have caused it.
 stage "fuzz anew" fresh_walk
+stage "series of a head" series_of_a_head
 stage "pages in a browser" tests/view/browser.sh build/test build/test/screenshots
 stage "many ranks" tests/mpi/same_picture.py build/test/zox-mip build/test/zox-mip-mpi build/test/zox-mpi-formula
 stage "coverage" scripts/coverage.sh

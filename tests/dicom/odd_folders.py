@@ -185,6 +185,12 @@ def a_report_among_the_slices(folder):
     edit(target, strip)
 
 
+@case(0, r"DICOM file holds no slice: DICOMDIR is damaged")
+def a_damaged_index_of_a_disk(folder):
+    series(folder)
+    (folder / "DICOMDIR").write_bytes(b"\0" * 128 + b"DICM" + b"\x02\0\0\0UL" + b"\xff" * 40)
+
+
 @case(0)
 def every_slice_has_another_slope(folder):
     series(folder, "--slopes")
@@ -496,15 +502,16 @@ def run(program, name, fill, status, sentences):
 
 def main():
     program, wanted = sys.argv[1], sys.argv[2:]
-    failed = 0
+    ran = failed = 0
     for name, fill, status, sentences in CASES:
         if wanted and name not in wanted or os.geteuid() == 0 and name in ROOT_SKIPS:
             continue
+        ran += 1
         wrong, said = run(program, name, fill, status, sentences)
         if wrong:
             failed += 1
             print(f"FAILED {name}: {'; '.join(wrong)}\n    it said: {said.strip()}")
-    print(f"{len(CASES) - failed} of {len(CASES)} odd folders are answered as they should be")
+    print(f"{ran - failed} of {ran} odd folders are answered as they should be")
     sys.exit(1 if failed else 0)
 
 

@@ -57,8 +57,7 @@ auto telling(const std::string& path, Action action) try {
 } catch (const Failure&) {
   throw;
 } catch (const fs::filesystem_error& error) {
-  const std::string place = error.path1().empty() ? path : error.path1().string();
-  refuse(quoted(dicom::printable(place)) + " cannot be searched: " + error.code().message() + ".");
+  refuse(quoted(dicom::printable(path)) + " cannot be searched: " + error.code().message() + ".");
 } catch (const std::runtime_error& error) {
   refuse(error.what());
 }

@@ -145,7 +145,7 @@ Vector direction_of_stack(const std::vector<Placed>& placed, std::vector<std::st
   }
   const Vector normal = normal_of(first.frame);
   const Vector sideways = slant - normal;
-  // What cannot be told from rounding is no tilt: half a pixel over the whole stack is.
+  // What cannot be told from rounding, less than a share of a pixel over the whole stack, is no tilt.
   const double drift = std::sqrt(dot(sideways, sideways)) * (last.height - first.height);
   if (drift <= kSidewaysShare * pixel) return normal;
   notes.push_back("The slices are slanted by " +

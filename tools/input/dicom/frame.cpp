@@ -3,6 +3,7 @@
 #include <gdcmReader.h>
 
 #include <cmath>
+#include <filesystem>
 #include <fstream>
 
 #include "extent.h"
@@ -211,7 +212,8 @@ FileContent read_frames(const std::string& path) {
   bool is_read = false;
   const bool survived = without_abort([&] { is_read = reader.ReadUpToTag(tags::kPixelData); });
   if (!survived || !is_read) {
-    content.damaged = true;
+    // The index of a disk has this name and is no slice.
+    content.damaged = std::filesystem::path(path).filename() != "DICOMDIR";
     content.flaw = "is damaged or cut short";
     return content;
   }

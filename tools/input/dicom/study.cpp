@@ -15,10 +15,19 @@ namespace {
 
 constexpr size_t kMostFiles = 200'000;
 
+// Nobody knows what a folder that is closed holds.
+void require_open(const fs::path& folder) {
+  if (access(folder.c_str(), R_OK | X_OK) != 0)
+    throw std::runtime_error("'" + printable(folder.string()) +
+                             "' cannot be searched: " + std::strerror(errno) + ".");
+}
+
 std::vector<std::string> files_below(const fs::path& folder) {
   std::vector<std::string> files;
+  require_open(folder);
   for (const fs::directory_entry& entry : fs::recursive_directory_iterator(folder)) {
     std::error_code ignored;
+    if (entry.is_directory(ignored) && !entry.is_symlink(ignored)) require_open(entry.path());
     if (!entry.is_regular_file(ignored)) continue;
     files.push_back(entry.path().string());
     if (files.size() > kMostFiles)
@@ -100,7 +109,12 @@ const Series& largest(const Study& study, std::vector<std::string>& notes) {
 }  // namespace
 
 std::vector<std::string> files_of_study(const std::string& path) {
-  return fs::is_directory(path) ? files_below(path) : files_beside(path);
+  std::vector<std::string> files = fs::is_directory(path) ? files_below(path) : files_beside(path);
+  // Of what may not be read nobody knows.
+  std::erase_if(files, [](const std::string& file) {
+    return access(file.c_str(), R_OK) == 0 && !looks_like_dicom(file);
+  });
+  return files;
 }
 
 std::vector<std::string> Study::notes() const {

@@ -25,7 +25,7 @@ struct Study {
 // may not be read: what it was cannot be known.
 Study read_study(const std::string& path, const std::vector<std::string>& list = {});
 
-// The files that read_study looks at.
+// The files that read_study may take slices from.
 std::vector<std::string> files_of_study(const std::string& path);
 
 // The series that is wanted: by its number in the list from 1 on; "": the one with most voxels. Throws
