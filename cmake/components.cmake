@@ -110,7 +110,7 @@ zox_component(ZOX_BUILD_RENDER "rendering library" FOLDERS render DEFAULT AUTO
   NEEDS "libc6-dev=Threads")
 zox_component(ZOX_BUILD_CHECKER "contract checker" FOLDERS checker)
 zox_component(ZOX_BUILD_TOOLS "zox-mip" FOLDERS tools/input tools/output tools/display tools/parts tools/zox-mip
-  NEEDS ZOX_BUILD_RENDER libcli11-dev=CLI/CLI.hpp libpng-dev=png.h zlib1g-dev=zlib.h
+  NEEDS ZOX_BUILD_RENDER libcli11-dev=CLI/CLI.hpp libpng-dev=png.h libtiff-dev=tiffio.h libhdf5-dev=hdf5/serial/hdf5.h zlib1g-dev=zlib.h
     libdeflate-dev=libdeflate.h libfftw3-dev=fftw3.h uuid-dev=uuid/uuid.h
     "libinsighttoolkit5-dev=ITK 5 COMPONENTS ITKImageIO")
 zox_component(ZOX_BUILD_VIEWER "zox-view" FOLDERS tools/zox-view

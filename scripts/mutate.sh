@@ -27,7 +27,9 @@ apply_change() {  # directory
     *"$old"*) ;;
     *) echo "no longer applies" >"$1/result"; return 1 ;;
   esac
+  mkdir -p "$1/tests/unit"
   cp -r src "$1/src"
+  cp -r tests/unit/sets "$1/tests/unit"
   printf '%s' "${text/"$old"/"$new"}" >"$1/$file"
 }
 
@@ -47,14 +49,18 @@ compile_change() {  # directory
     src/*/*.h | *.inl) unit=src/operations/$(<"$1/set").cpp ;;
   esac
   compile "$unit" "$1" "$1/change.o" >"$1/log" 2>&1
+  case $(<"$1/file") in
+    src/sets/*) compile "tests/unit/sets/functions_$(<"$1/set").cpp" "$1" "$1/functions.o" >>"$1/log" 2>&1 ;;
+  esac
 }
 
 # The changed object, and one that picks its set for the exported functions, come before the library's
-# archive, which then has nothing left to give for them.
+# archive, which then has nothing left to give for them. The sets' own test has an object of each set.
 link_test() {  # directory program folder
   local command objects="$1/change.o"
   [ "$(<"$1/file")" = src/operations/pick.cpp ] || objects="$objects $work/pick/$(<"$1/set").o"
   command=$(sed "s| -o [^ ]*| -o $1/$2 $objects|" "$base/tests/$3/CMakeFiles/$2.dir/link.txt")
+  [ ! -e "$1/functions.o" ] || command=${command/"CMakeFiles/$2.dir/sets/functions_$(<"$1/set").cpp.o"/"$1/functions.o"}
   (cd "$base/tests/$3" && bash -c "$command") >>"$1/log" 2>&1
 }
 
@@ -93,7 +99,7 @@ if [ "${1:-}" = --one ]; then
       echo "does not compile" >"$directory/result"
     fi
   fi
-  rm -rf "$directory/src" "$directory"/change.o "$directory"/zox_*
+  rm -rf "$directory"/{src,tests,change.o,functions.o} "$directory"/zox_*
   exit
 fi
 

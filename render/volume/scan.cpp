@@ -82,6 +82,8 @@ Range find_range(const Array& array, Work& work, double share) {
   Range all = ranges[0];
   for (const Range& range : ranges)
     all = {std::min(all.lowest, range.lowest), std::max(all.highest, range.highest)};
+  // A part of a volume, whose range is known, may lie beside all that was measured.
+  if (array.range_given && all.lowest > all.highest) return {array.lowest, array.highest};
   require(all.lowest <= all.highest, "The array holds no finite value.");
   return all;
 }

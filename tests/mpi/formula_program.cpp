@@ -68,8 +68,8 @@ int run(int argc, char** argv) {
   const parts::Size size = {std::atoi(argv[1]), std::atoi(argv[2]), std::atoi(argv[3])};
   const auto source = parts::formula_source(size);
   const parts::Settings settings = settings_of(size);
-  // Parts of 512 voxels a side: what a rank holds at a time stays below half a gigabyte.
-  const SpreadVolume volume(group, {*source, true, {}}, settings, 512, 0);
+  // Parts of 512 voxels a side: less than a gigabyte at a time for each rank, and none is kept.
+  const SpreadVolume volume(group, {*source, true, {}}, settings, 512, uint64_t{1} << 30);
   int64_t cast = 0;
   const parts::Picture picture = volume.render(settings, cast);
   return group.is_root() ? compare(volume, settings, picture, size) : 0;

@@ -132,5 +132,40 @@ TEST(Parts, TheRangeLeavesOutWhatIsNotFinite) {
   EXPECT_EQ(result.highest, 5);
 }
 
+// Scanners fill what they have not seen with what is no number: whole parts may hold nothing else.
+TEST(Parts, PartsWithoutAFiniteVoxelShowTheLowest) {
+  std::vector<float> voxels(20 * 20 * 40, std::nanf(""));
+  std::mt19937 random(6);
+  for (size_t i = 0; i < voxels.size() / 3; ++i)
+    voxels[i] = std::uniform_real_distribution<float>(-2, 3)(random);
+  zox_render_array array;
+  zox_render_array_init(&array);
+  array.type = ZOX_RENDER_FLOAT32;
+  array.data = voxels.data();
+  array.size[0] = array.size[1] = 20;
+  array.size[2] = 40;
+  array.strides[0] = 4;
+  array.strides[1] = 80;
+  array.strides[2] = 1600;
+  Settings settings = settings_of(64, 70, 20);
+  for (const int32_t reduction : {ZOX_RENDER_MAXIMUM, ZOX_RENDER_MINIMUM}) {
+    settings.view.reduction = reduction;
+    input::Scan scan;
+    scan.array = array;
+    const auto source = source_of("floats", std::move(scan));
+    const Whole whole = render_whole(array, settings);
+    const Picture picture = render_parts(*source, cut({20, 20, 40}, {20, 0, 7}, {}), settings, random);
+    EXPECT_TRUE(picture.samples == whole.samples);
+    EXPECT_TRUE(picture.depths == whole.depths);
+    // What samples mean is known before any part is rendered.
+    zox_render_volume_info info;
+    zox_render_volume_info_init(&info);
+    const Measure range = measure(*source, 0, 40);
+    zox_render_volume_get_info(corner(*source, range, settings)->handle(), &info);
+    EXPECT_EQ(info.sample_slope, picture.sample_slope);
+    EXPECT_EQ(info.sample_intercept, picture.sample_intercept);
+  }
+}
+
 }  // namespace
 }  // namespace zox::parts

@@ -59,6 +59,20 @@ void refuse_cut(const std::string& path) {
   refuse(quoted(path) + " is damaged or cut short: it does not hold the voxels that its header speaks of.");
 }
 
+Found deliver_blocks(const std::string& path, const ReadOptions& options, Found found,
+                     decltype(Format::read_block) read_block, SharedMemory& memory) {
+  const auto voxel = static_cast<int64_t>(type_bytes(found.array.type));
+  const auto& size = found.array.size;
+  found.array.strides[0] = voxel;
+  found.array.strides[1] = voxel * size[0];
+  found.array.strides[2] = voxel * size[0] * size[1];
+  found.in_blocks = options.leave_in_file;
+  if (found.in_blocks) return found;
+  std::byte* const out = memory.allocate(voxel_count(found.array) * static_cast<uint64_t>(voxel), path);
+  read_block(path, options, found.array, {{0, 0, 0}, {size[0], size[1], size[2]}}, out);
+  return found;
+}
+
 uint64_t chosen_volume(const std::string& path, uint64_t count, int wanted) {
   if (wanted < 0 && count > 1)
     refuse(quoted(path) + " holds " + std::to_string(count) + " volumes; choose one of 0 to " +

@@ -43,6 +43,12 @@ struct Found {
   std::vector<double> positions;
   std::string file;
   uint64_t offset = 0;
+  bool in_blocks = false;  // nothing is read yet: Format::read_block does
+};
+
+// Voxels first .. first + size - 1.
+struct Block {
+  std::array<int32_t, 3> first{}, size{};
 };
 
 struct Format {
@@ -53,6 +59,9 @@ struct Format {
   std::vector<std::string> (*files)(const std::string& path);
   // Throws Failure, or any other exception when the file is damaged.
   Found (*read)(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+  // The voxels of a block of the volume that read() has described, packed. Null where read() reads all.
+  void (*read_block)(const std::string& path, const ReadOptions& options, const zox_render_array& whole,
+                     const Block& block, std::byte* out) = nullptr;
 };
 
 // The format of a file or folder. Throws Failure when there is none.
@@ -66,6 +75,11 @@ size_t type_bytes(int32_t type);
 
 [[noreturn]] inline void refuse(const std::string& sentence) { throw Failure(sentence); }
 [[noreturn]] void refuse_cut(const std::string& path);
+
+// What read() gives of a format that can be read in blocks: with ReadOptions::leave_in_file the description
+// alone, otherwise all voxels.
+Found deliver_blocks(const std::string& path, const ReadOptions& options, Found found,
+                     decltype(Format::read_block) read_block, SharedMemory& memory);
 
 // The number of the volume to read of a file that holds `count`. Throws Failure.
 uint64_t chosen_volume(const std::string& path, uint64_t count, int wanted);

@@ -2,10 +2,12 @@
 
 #include "dicom.h"
 #include "file.h"
+#include "hdf5_volume.h"
 #include "itk_formats.h"
 #include "meta_image.h"
 #include "nifti.h"
 #include "nrrd.h"
+#include "slices.h"
 #include "text.h"
 
 namespace zox::input {
@@ -14,6 +16,7 @@ namespace {
 std::vector<std::string> itself(const std::string& path) { return {path}; }
 
 constexpr Format kDicom = {"DICOM", is_dicom, dicom_files, read_dicom};
+constexpr Format kSlices = {"slices", is_slice_folder, slice_folder_files, read_slices, read_slices_block};
 
 // In the order in which they are asked.
 constexpr Format kFormats[] = {
@@ -21,13 +24,15 @@ constexpr Format kFormats[] = {
     {"MetaImage", is_meta_image, meta_image_files, read_meta_image},
     kDicom,
     {"NRRD", is_nrrd, nrrd_files, read_nrrd},
+    {"HDF5", is_hdf5, itself, read_hdf5, read_hdf5_block},
     {"other", is_itk_format, itself, read_itk_format},
 };
 
 }  // namespace
 
 const Format& format_of(const std::string& path) {
-  if (std::error_code error; std::filesystem::is_directory(path, error)) return kDicom;
+  if (std::error_code error; std::filesystem::is_directory(path, error))
+    return is_slice_folder(path) ? kSlices : kDicom;
   const File file(path);
   for (const Format& format : kFormats)
     if (format.recognizes(path)) return format;

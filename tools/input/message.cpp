@@ -59,6 +59,7 @@ std::string pack_found(const Found& found) {
   put(message, found.window.value_or(Window{}));
   put(message, found.offset);
   put_text(message, found.file);
+  put(message, found.in_blocks);
   put(message, uint64_t{found.notes.size()});
   for (const std::string& note : found.notes) put_text(message, note);
   put(message, uint64_t{found.positions.size()});
@@ -87,6 +88,7 @@ std::optional<Found> unpack(const std::string& message) {
   if (has_window) found.window = window;
   found.offset = reader.take<uint64_t>();
   found.file = reader.take_text();
+  found.in_blocks = reader.take<bool>();
   for (auto left = reader.take<uint64_t>(); left > 0 && reader.good(); --left)
     found.notes.push_back(reader.take_text());
   for (auto left = reader.take<uint64_t>(); left > 0 && reader.good(); --left)

@@ -116,11 +116,12 @@ struct Axis {
   std::array<double, 3> direction{};
 };
 
-// "(1,0,0)"; none: an axis that is no direction in space.
+// "(1,0,0)"; none: an axis that is no direction in space. Of a picture in a plane "(1,0)" will do.
 std::array<double, 3> parse_vector(const HeaderLines& lines, const std::string& key, std::string word) {
+  const bool in_plane = lines.get("space dimension") == "2";
   if (word.size() < 2 || word.front() != '(' || word.back() != ')')
     lines.refuse_field(key, "must be vectors");
-  word = word.substr(1, word.size() - 2);
+  word = word.substr(1, word.size() - 2) + (in_plane ? ",0" : "");
   std::array<double, 3> vector{};
   size_t at = 0;
   for (double& part : vector) {
@@ -203,7 +204,8 @@ std::vector<Axis> read_axes(const HeaderLines& lines) {
 }
 
 // x to the left, y to the back, z up, whatever the file's frame.
-void turn(const std::string& space, double (&vector)[3]) {
+template <class Vector>
+void turn(const std::string& space, Vector& vector) {
   if (space.starts_with("right-anterior-superior") || space.starts_with("ras")) vector[0] = -vector[0];
   if (space.starts_with("right-anterior-superior") || space.starts_with("ras") ||
       space.starts_with("left-anterior-superior") || space.starts_with("las"))
@@ -329,6 +331,46 @@ Found read_nrrd(const std::string& path, const ReadOptions& options, SharedMemor
   deliver(source, memory, found);
   set_strides(found, {split.space[0].stride, split.space[1].stride, split.space[2].stride});
   return found;
+}
+
+Slice describe_nrrd_slice(const std::string& path) {
+  const HeaderLines lines = read_header(path);
+  const std::vector<Axis> axes = read_axes(lines);
+  std::vector<Axis> space;
+  for (const Axis& axis : axes) {
+    if (!axis.spatial && axis.size > 1) refuse(quoted(path) + " holds more than one picture.");
+    if (axis.spatial) space.push_back(axis);
+  }
+  if (space.size() < 2 || space.size() > 3 ||
+      space.back().stride * space.back().size != space[0].size * space[1].size)
+    refuse(quoted(path) + " is no picture of two dimensions, as a slice of a folder is.");
+  Slice slice;
+  slice.path = path;
+  slice.columns = static_cast<int32_t>(space[0].size);
+  slice.rows = static_cast<int32_t>(space[1].size);
+  slice.source = source_of(lines, axes);
+  if (slice.source.files.size() != 1) refuse_cut(path);
+  take_skips(lines, slice.source);
+  slice.type = slice.source.type;
+  const std::string frame = lower(lines.get("space"));
+  const bool tells = !lines.get("space directions").empty() || !lines.get("spacings").empty();
+  for (size_t i = 0; tells && i < space.size(); ++i) {
+    turn(frame, space[i].direction);
+    slice.axes[i] = space[i].direction;
+  }
+  const std::vector<std::string> origin = vector_words(lines.get("space origin"));
+  if (!origin.empty() && lines.get("space dimension") != "2") {
+    slice.origin = parse_vector(lines, "space origin", origin[0]);
+    turn(frame, *slice.origin);
+  }
+  return slice;
+}
+
+void read_nrrd_rows(const Slice& slice, int32_t first, int32_t count, std::byte* out) {
+  VoxelSource source = slice.source;
+  source.first = static_cast<uint64_t>(first) * static_cast<uint64_t>(slice.columns);
+  source.count = static_cast<uint64_t>(count) * static_cast<uint64_t>(slice.columns);
+  read_voxels(source, out);
 }
 
 }  // namespace zox::input

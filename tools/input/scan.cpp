@@ -97,12 +97,15 @@ bool is_sound(const Found& found, uint64_t bytes) {
         !is_finite(array.axes[axis]))
       return false;
   if (!found.positions.empty() && found.positions.size() != static_cast<size_t>(array.size[2])) return false;
+  if (!is_finite(array.origin) || !std::isfinite(array.slope) || array.slope == 0 ||
+      !std::isfinite(array.intercept))
+    return false;
   int64_t low = 0;
   int64_t high = 0;
-  if (!find_extent(array, low, high) || found.offset > bytes) return false;
-  return static_cast<uint64_t>(-low) <= found.offset && static_cast<uint64_t>(high) <= bytes - found.offset &&
-         is_finite(array.origin) && std::isfinite(array.slope) && array.slope != 0 &&
-         std::isfinite(array.intercept);
+  if (!find_extent(array, low, high)) return false;
+  if (found.in_blocks) return true;
+  return found.offset <= bytes && static_cast<uint64_t>(-low) <= found.offset &&
+         static_cast<uint64_t>(high) <= bytes - found.offset;
 }
 
 uint64_t size_of(const std::string& path, int shared) {
@@ -111,13 +114,29 @@ uint64_t size_of(const std::string& path, int shared) {
   return static_cast<uint64_t>(status.st_size);
 }
 
+void set_spacing(const std::string& path, const ReadOptions& options, Found& found) {
+  if (!options.spacing) return;
+  if (!found.positions.empty())
+    refuse(quoted(path) + " has slices of uneven places, which no other spacing can stand for.");
+  for (size_t axis = 0; axis < 3; ++axis) {
+    auto& vector = found.array.axes[axis];
+    const double length = std::hypot(vector[0], vector[1], vector[2]);
+    for (double& part : vector) part *= (*options.spacing)[axis] / length;
+  }
+}
+
 Scan scan_of(const std::string& path, Found found, const ReadOptions& options, int shared) {
   Scan scan;
   const bool left = options.leave_in_file && !found.file.empty();
-  const uint64_t bytes = found.file.empty() ? size_of(path, shared) : File(found.file).size();
+  const uint64_t bytes = found.in_blocks      ? 0
+                         : found.file.empty() ? size_of(path, shared)
+                                              : File(found.file).size();
   if (!is_sound(found, bytes)) refuse_cut(path);
+  set_spacing(path, options, found);
   scan.array = found.array;
-  if (left) {
+  if (found.in_blocks) {
+    scan.blocks = Blocks{path, options};
+  } else if (left) {
     scan.file = found.file;
     scan.offset = found.offset;
   } else {
@@ -162,7 +181,28 @@ Scan read_scan(const std::string& path, const ReadOptions& options) {
   });
 }
 
+Mapping read_block(const Blocks& blocks, const zox_render_array& array, const std::array<int32_t, 3>& first,
+                   const std::array<int32_t, 3>& size) {
+  uint64_t bytes = type_bytes(array.type);
+  for (const int32_t length : size) bytes *= static_cast<uint64_t>(length);
+  const auto read = [&](SharedMemory& memory) {
+    std::byte* const out = memory.allocate(bytes, blocks.path);
+    format_of(blocks.path).read_block(blocks.path, blocks.options, array, {first, size}, out);
+    return Found{};
+  };
+  return with_child(blocks.path, blocks.options, read, [&](const Found&, int shared) {
+    if (size_of(blocks.path, shared) < bytes) refuse_cut(blocks.path);
+    return map_descriptor(shared, bytes);
+  });
+}
+
 void map_voxels(Scan& scan) {
+  if (scan.blocks) {
+    const auto& size = scan.array.size;
+    scan.memory = read_block(*scan.blocks, scan.array, {0, 0, 0}, {size[0], size[1], size[2]});
+    scan.array.data = scan.memory.get();
+    scan.blocks.reset();
+  }
   if (scan.file.empty()) return;
   scan.memory = File(scan.file).map();
   scan.array.data = static_cast<const std::byte*>(scan.memory.get()) + scan.offset;

@@ -3,6 +3,7 @@
 
 #include <zox_render.h>
 
+#include <array>
 #include <cstdint>
 #include <memory>
 #include <optional>
@@ -30,6 +31,9 @@ struct ReadOptions {
   std::string series;          // of a DICOM folder, its number in the list; empty: the largest
   // A list of DICOM files, of which these alone are read; empty: what the path stands for.
   std::vector<std::string> list;
+  std::string dataset;  // of an HDF5 file, its path in there; empty: there must be one only
+  // Lengths of a voxel's edges in millimetres, instead of those that the file gives.
+  std::optional<std::array<double, 3>> spacing;
 };
 
 // Unmaps memory when its owner goes.
@@ -38,6 +42,12 @@ struct Unmap {
   void operator()(void* memory) const;
 };
 using Mapping = std::unique_ptr<void, Unmap>;
+
+// A volume that is read block by block, such as a folder of slices.
+struct Blocks {
+  std::string path;
+  ReadOptions options;
+};
 
 // A volume as it was read. `array` points into the other members, so that the scan must live as long as
 // the array is used; moving the scan leaves its array's addresses good.
@@ -51,13 +61,18 @@ struct Scan {
   // array.data is null then.
   std::string file;
   uint64_t offset = 0;
+  std::optional<Blocks> blocks;  // or what reads them, where they do not lie in one file
 };
 
-// Reads a file (or a folder of DICOM files). The child process is made by fork: call it before the
-// process has threads. Throws Failure.
+// Reads a file or a folder. The child process is made by fork, which leaves it none of the caller's other
+// threads: they may run, but hold nothing that reading needs. Throws Failure.
 Scan read_scan(const std::string& path, const ReadOptions& options);
 
-// Maps voxels that were left in their file, so that array.data is set as without
+// The voxels of a block of a volume that array describes, packed; by a child process, as read_scan.
+Mapping read_block(const Blocks& blocks, const zox_render_array& array, const std::array<int32_t, 3>& first,
+                   const std::array<int32_t, 3>& size);
+
+// Maps or reads voxels that were left in their files, so that array.data is set as without
 // ReadOptions::leave_in_file. Throws Failure.
 void map_voxels(Scan& scan);
 

@@ -148,6 +148,27 @@ void take_voxels(Stored type, std::byte* voxels, uint64_t count, Found& found) {
   if (type == Stored::kS64) found.array.type = narrow<int64_t>(voxels, count);
 }
 
+void read_voxels(const VoxelSource& source, std::byte* out) {
+  if (source.packing == Packing::kRaw)
+    read_raw(source, out);
+  else if (source.files.size() > 1)
+    refuse(quoted(source.header) + " spreads packed voxels over several files, which cannot be read.");
+  else
+    unpack(source, out);
+  const bool text = source.packing == Packing::kText;
+  if (source.swapped && !text) swap_bytes(out, source.count, stored_bytes(source.type));
+}
+
+int32_t block_type(Stored type) { return render_type(type); }
+
+std::byte* copy_as_block(Stored type, const std::byte* from, size_t count, std::byte* to) {
+  const size_t bytes = count * stored_bytes(type);
+  std::memcpy(to, from, bytes);
+  if (type == Stored::kU64) narrow_to<double, uint64_t>(to, count);
+  if (type == Stored::kS64) narrow_to<double, int64_t>(to, count);
+  return to + bytes;
+}
+
 void deliver(const VoxelSource& source, SharedMemory& memory, Found& found) {
   constexpr uint64_t kMostVoxels = uint64_t{1} << 48;
   if (source.total > kMostVoxels) refuse_cut(source.header);
@@ -158,14 +179,7 @@ void deliver(const VoxelSource& source, SharedMemory& memory, Found& found) {
   const uint64_t skip = source.skip + source.first * size;
   const uint64_t room = source.packing == Packing::kDeflate && skip <= kSkipInPlace ? (skip + 7) / 8 * 8 : 0;
   std::byte* const out = memory.allocate(room + source.count * size, source.header) + room;
-  if (source.packing == Packing::kRaw)
-    read_raw(source, out);
-  else if (source.files.size() > 1)
-    refuse(quoted(source.header) + " spreads packed voxels over several files, which cannot be read.");
-  else
-    unpack(source, out);
-  const bool text = source.packing == Packing::kText;
-  if (source.swapped && !text) swap_bytes(out, source.count, size);
+  read_voxels(source, out);
   take_voxels(source.type, out, source.count, found);
   found.offset = room;
 }

@@ -8,7 +8,6 @@ namespace zox::parts {
 namespace {
 
 constexpr int32_t kTile = 16;
-constexpr int32_t kSlicesAtOnce = 16;
 
 template <class Voxel>
 bool counts(Voxel value) {
@@ -71,14 +70,17 @@ void set_packed_strides(zox_render_array& array) {
 
 }  // namespace
 
-Measure measure(const Source& source, int32_t first, int32_t count) {
+Measure measure(const Source& source, int32_t first, int32_t count, uint64_t most_bytes) {
   const zox_render_array& whole = source.whole();
+  const uint64_t slice_bytes = uint64_t(whole.size[0]) * uint64_t(whole.size[1]) * type_bytes(whole.type);
+  const auto at_once = static_cast<int32_t>(std::clamp<uint64_t>(most_bytes / slice_bytes, 1, INT32_MAX));
   Measure result;
   result.slice_weights.resize(static_cast<size_t>(whole.size[2]));
   std::vector<double> tiles;
-  for (int32_t z = first; z < first + count; z += kSlicesAtOnce) {
+  for (int32_t done = 0; done < count; done += std::min(at_once, count - done)) {
+    const int32_t z = first + done;
     Part part;
-    part.size = {whole.size[0], whole.size[1], std::min(kSlicesAtOnce, first + count - z)};
+    part.size = {whole.size[0], whole.size[1], std::min(at_once, count - done)};
     part.first[2] = z;
     PartArray taken = source.take(part);
     set_packed_strides(taken.array);

@@ -17,7 +17,8 @@ struct Measure {
   std::vector<double> slice_weights;
 };
 
-// Slices first .. first + count - 1; the weights of all others are 0.
-Measure measure(const Source& source, int32_t first, int32_t count);
+// Slices first .. first + count - 1; the weights of all others are 0. Takes as many slices at a time as
+// `most_bytes` hold, and one at least.
+Measure measure(const Source& source, int32_t first, int32_t count, uint64_t most_bytes = 64 << 20);
 
 }  // namespace zox::parts

@@ -1,6 +1,7 @@
 #include "picture.h"
 
 #include <algorithm>
+#include <cstring>
 
 namespace zox::parts {
 namespace {
@@ -29,6 +30,8 @@ void take_scale(const zox_render_volume* volume, const std::string& name, Pictur
 }
 
 }  // namespace
+
+uint64_t bytes_a_voxel(const zox_render_array& array) { return 3 + type_bytes(array.type); }
 
 Picture empty_picture(const Settings& settings) {
   Picture picture;
@@ -71,14 +74,42 @@ void PartVolume::add_to(Picture& picture, const Settings& settings) const {
 
 namespace {
 
+template <class Voxel>
+void fill(std::vector<std::byte>& voxels, double value) {
+  const auto voxel = static_cast<Voxel>(value);
+  voxels.resize(8 * sizeof voxel);
+  for (size_t i = 0; i < 8; ++i) std::memcpy(voxels.data() + i * sizeof voxel, &voxel, sizeof voxel);
+}
+
+void fill(int32_t type, std::vector<std::byte>& voxels, double value) {
+  switch (type) {
+    case ZOX_RENDER_UINT8:
+      return fill<uint8_t>(voxels, value);
+    case ZOX_RENDER_INT8:
+      return fill<int8_t>(voxels, value);
+    case ZOX_RENDER_INT16:
+      return fill<int16_t>(voxels, value);
+    case ZOX_RENDER_UINT16:
+      return fill<uint16_t>(voxels, value);
+    case ZOX_RENDER_INT32:
+      return fill<int32_t>(voxels, value);
+    case ZOX_RENDER_UINT32:
+      return fill<uint32_t>(voxels, value);
+    case ZOX_RENDER_FLOAT32:
+      return fill<float>(voxels, value);
+    default:
+      return fill<double>(voxels, value);
+  }
+}
+
 class Corner : public Source {
  public:
-  explicit Corner(const Source& of) : Source(of.name()), of_(of) {}
+  Corner(const Source& of, double value) : Source(of.name()), of_(of), value_(value) {}
   const zox_render_array& whole() const override { return of_.whole(); }
   PartArray take(const Part& part) const override {
     PartArray result;
     result.array = description(part);
-    result.voxels.resize(8 * type_bytes(result.array.type));
+    fill(result.array.type, result.voxels, value_);
     result.array.data = result.voxels.data();
     std::fill(std::begin(result.array.strides), std::end(result.array.strides), 0);
     return result;
@@ -86,15 +117,16 @@ class Corner : public Source {
 
  private:
   const Source& of_;
+  double value_;
 };
 
 }  // namespace
 
-std::unique_ptr<PartVolume> corner(const Source& source, const Settings& settings) {
-  Measure zeros;
-  zeros.lowest = zeros.highest = 0;
+std::unique_ptr<PartVolume> corner(const Source& source, const Measure& whole, const Settings& settings) {
+  if (!(whole.lowest <= whole.highest))
+    throw input::Failure("'" + source.name() + "' cannot be rendered: it holds no finite value.");
   const Part part{{0, 0, 0}, {2, 2, 2}, {0, 0, 0}, {2, 2, 2}};
-  return std::make_unique<PartVolume>(Corner(source), zeros, part, settings);
+  return std::make_unique<PartVolume>(Corner(source, whole.lowest), whole, part, settings);
 }
 
 void add_picture(const Settings& settings, const Picture& other, Picture& picture) {

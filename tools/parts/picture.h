@@ -27,6 +27,10 @@ struct Picture {
   uint64_t most_part_bytes = 0;
 };
 
+// Bytes that a part takes for a voxel: a sample of 16 bits, its share of the bounds, and the voxel as it is
+// in the file.
+uint64_t bytes_a_voxel(const zox_render_array& array);
+
 Picture empty_picture(const Settings& settings);
 
 // A part, ready to be rendered. Throws input::Failure with a sentence that names the source.
@@ -45,8 +49,9 @@ class PartVolume {
   std::unique_ptr<zox_render_volume, Destroy> volume_;
 };
 
-// The first voxels of a volume, as zeros: it knows where views look as the whole does.
-std::unique_ptr<PartVolume> corner(const Source& source, const Settings& settings);
+// The first voxels of a volume, as its lowest value: it knows where views look and what samples mean as the
+// whole does.
+std::unique_ptr<PartVolume> corner(const Source& source, const Measure& whole, const Settings& settings);
 
 // Adds another worker's picture. One to which no part was added changes nothing.
 void add_picture(const Settings& settings, const Picture& other, Picture& picture);

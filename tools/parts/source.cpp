@@ -42,6 +42,12 @@ class ScanSource : public Source {
     PartArray result;
     result.array = description(part);
     const Extent extent = extent_of(whole_, part);
+    if (scan_.blocks) {
+      result.memory = input::read_block(*scan_.blocks, whole_, part.first, part.size);
+      result.array.data = result.memory.get();
+      std::fill(std::begin(result.array.strides), std::end(result.array.strides), 0);
+      return result;
+    }
     if (scan_.file.empty()) {
       result.array.data = static_cast<const std::byte*>(scan_.array.data) + extent.first;
       return result;

@@ -14,7 +14,7 @@ namespace zox::parts {
 // A part's array: of the library's description, with the voxels' memory.
 struct PartArray {
   zox_render_array array{};
-  input::Mapping memory;          // mapped for this part alone
+  input::Mapping memory;          // mapped or read for this part alone
   std::vector<std::byte> voxels;  // or made for it
 };
 

@@ -25,6 +25,15 @@ std::string reason_of(const std::function<void()>& part) {
 Group::Group(MPI_Comm communicator) : communicator_(communicator) {
   MPI_Comm_rank(communicator_, &rank_);
   MPI_Comm_size(communicator_, &size_);
+  MPI_Comm machine;
+  MPI_Comm_split_type(communicator_, MPI_COMM_TYPE_SHARED, rank_, MPI_INFO_NULL, &machine);
+  MPI_Comm_size(machine, &neighbours_);
+  MPI_Comm_free(&machine);
+}
+
+uint64_t Group::least(uint64_t number) const {
+  MPI_Allreduce(MPI_IN_PLACE, &number, 1, MPI_UINT64_T, MPI_MIN, communicator_);
+  return number;
 }
 
 void Group::together(const std::function<void()>& part) const {

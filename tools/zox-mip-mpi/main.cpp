@@ -1,11 +1,18 @@
 // zox-mip-mpi: what zox-mip does, by many processes that each hold a part of the volume.
 #include <parts/source.h>
+#include <unistd.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
+#include <cstring>
+#include <new>
 #include <optional>
+#include <thread>
 
+#include "available_memory.h"
 #include "failure.h"
 #include "jobs.h"
 #include "output.h"
@@ -24,8 +31,20 @@ using zox_mip::Options;
 
 // Parts no longer than every sampling operation takes.
 constexpr int32_t kLongestPart = 1024;
-// Of the memory a rank may take for the parts that it keeps.
-constexpr uint64_t kKeptBytes = uint64_t{1} << 40;
+
+// Bytes for the parts of a rank: as asked for, or its share of three quarters of what its machine could
+// give, which leaves room for pictures. The smallest of all ranks, since all must cut alike.
+uint64_t memory_of_rank(const Group& group, const Options& options) {
+  const auto share = static_cast<uint64_t>(group.neighbours());
+  return group.least(options.memory ? options.memory : zox::input::available_memory() / 4 * 3 / share);
+}
+
+// Without -j the ranks of a machine share its cores.
+int threads_of_rank(const Group& group, const Options& options) {
+  if (options.threads_given) return options.threads;
+  const int cores = static_cast<int>(sysconf(_SC_NPROCESSORS_ONLN));
+  return std::clamp(cores / group.neighbours(), 1, options.threads);
+}
 
 void check_options(const Options& options) {
   if (options.view.reduction == ZOX_RENDER_MEAN)
@@ -39,6 +58,17 @@ std::string name_of_input(const Options& options) {
   return options.inputs.empty() ? "phantom" : options.inputs[0];
 }
 
+zox::input::ReadOptions read_options(const Options& options) {
+  zox::input::ReadOptions read;
+  read.seconds = options.seconds_to_read;
+  read.volume = options.volume_number;
+  read.series = options.series;
+  read.dataset = options.dataset;
+  read.spacing = options.spacing;
+  read.leave_in_file = true;
+  return read;
+}
+
 zox::input::Scan read_at_root(const Group& group, const Options& options) {
   zox::input::Scan scan;
   zox_render_array_init(&scan.array);
@@ -48,13 +78,7 @@ zox::input::Scan read_at_root(const Group& group, const Options& options) {
       scan = zox::input::make_phantom();
       return;
     }
-    zox::input::ReadOptions read;
-    read.seconds = options.seconds_to_read;
-    read.volume = options.volume_number;
-    read.series = options.series;
-    read.memory_limit = options.memory;
-    read.leave_in_file = true;
-    scan = zox::input::read_scan(options.inputs[0], read);
+    scan = zox::input::read_scan(options.inputs[0], read_options(options));
   });
   return scan;
 }
@@ -85,7 +109,7 @@ class Clock {
 
 std::string list_of(const std::vector<int64_t>& numbers) {
   std::string text;
-  for (const int64_t number : numbers) text += (text.empty() ? "[" : ",") + std::to_string(number);
+  for (const int64_t number : numbers) text.append(text.empty() ? "[" : ",").append(std::to_string(number));
   return text + "]";
 }
 
@@ -139,6 +163,11 @@ void report(const Group& group, const SpreadVolume& volume, const Options& optio
                  static_cast<double>(totals.samples) * 1e-6, totals.seconds_render);
 }
 
+// How far the work has come.
+void tell(const Group& group, const Options& options, const std::string& what) {
+  if (group.is_root() && !options.quiet) std::fprintf(stderr, "zox-mip-mpi: %s\n", what.c_str());
+}
+
 void make_pictures(const Group& group, Options options) {
   const std::vector<Job> jobs = make_jobs(options, zox_mip::name_of(options.inputs));
   group.together([&] {
@@ -153,42 +182,78 @@ void make_pictures(const Group& group, Options options) {
   const std::vector<std::string> notes = scan.notes;
   totals.seconds_read = clock.lap();
 
-  const zox_mip::Pool pool = zox_mip::make_pool(options.threads);
+  std::optional<zox_mip::Pool> pool;
+  group.together([&] { pool = zox_mip::make_pool(threads_of_rank(group, options)); });
   parts::Settings settings{};
   settings.view = options.view;
   settings.options = options.volume;
   zox_render_run_init(&settings.run);
-  settings.run.pool = pool.get();
+  settings.run.pool = pool->get();
   settings.depths = !options.depth_output.empty();
-  SharedSource source(group, name_of_input(options), std::move(scan));
+  SharedSource source(group, name_of_input(options), read_options(options), std::move(scan));
   const SpreadSource from{source, source.is_in_file(), [&](const auto& lists) { source.distribute(lists); }};
-  const SpreadVolume volume(group, from, settings, kLongestPart, kKeptBytes);
+  tell(group, options, "reading " + std::to_string(source.whole().size[2]) + " slices");
+  const SpreadVolume volume(group, from, settings, kLongestPart, memory_of_rank(group, options));
   totals.seconds_volume = clock.lap();
 
   zox_mip::Writer writer(options);
-  for (const Job& job : jobs) make_picture(group, job, volume, options, settings, writer, totals);
+  for (const Job& job : jobs) {
+    tell(group, options,
+         "picture " + std::to_string(&job - jobs.data() + 1) + " of " + std::to_string(jobs.size()));
+    make_picture(group, job, volume, options, settings, writer, totals);
+  }
   totals.seconds_render = clock.lap();
   if (group.is_root() && !options.quiet)
     for (const std::string& note : notes) std::fprintf(stderr, "zox-mip-mpi: %s\n", note.c_str());
   report(group, volume, options, totals);
 }
 
+int complain(const char* sentence, int status) {
+  std::fprintf(stderr, "zox-mip-mpi: %s\n", sentence);
+  return status;
+}
+
+// What happened to this rank alone: the others wait for it, and would for ever.
+int abandon(const Group& group, const char* reason) {
+  complain(("Rank " + std::to_string(group.rank()) + ": " + reason).c_str(), zox_mip::kExitFailed);
+  std::fflush(nullptr);
+  return MPI_Abort(group.communicator(), zox_mip::kExitFailed);
+}
+
+// Voxels are seen where they lie: if a file is cut, or its storage fails, the system says so by a signal.
+char lost_file[96];
+void end_at_lost_file(int) {
+  if (write(STDERR_FILENO, lost_file, std::strlen(lost_file)) < 0) _exit(zox_mip::kExitFailed);
+  _exit(zox_mip::kExitFailed);
+}
+
+void watch_mapped_files(const Group& group) {
+  std::snprintf(lost_file, sizeof lost_file,
+                "zox-mip-mpi: Rank %d: The voxel file was cut short, or its storage failed.\n", group.rank());
+  std::signal(SIGBUS, end_at_lost_file);
+}
+
 int run(const Group& group, int argc, char** argv) {
+  std::optional<Options> options;
   try {
     // The root alone prints what --help and --version ask for.
-    std::optional<Options> options;
     if (!group.is_root() && !std::freopen("/dev/null", "w", stdout)) return zox_mip::kExitFailed;
-    options = zox_mip::parse_options(argc, argv);
+    options = zox_mip::parse_options(argc, argv, "zox-mip-mpi");
     if (!options) return zox_mip::kExitDone;
     check_options(*options);
+  } catch (const zox_mip::Failure& failure) {
+    return group.is_root() ? complain(failure.what(), failure.status) : failure.status;
+  }
+  watch_mapped_files(group);
+  try {
     make_pictures(group, std::move(*options));
     return zox_mip::kExitDone;
-  } catch (const zox_mip::Failure& failure) {
-    if (group.is_root()) std::fprintf(stderr, "zox-mip-mpi: %s\n", failure.what());
-    return failure.status;
+  } catch (const GroupFailure& failure) {
+    return group.is_root() ? complain(failure.what(), zox_mip::kExitFailed) : zox_mip::kExitFailed;
+  } catch (const std::bad_alloc&) {
+    return abandon(group, "There is not enough memory.");
   } catch (const std::exception& error) {
-    if (group.is_root()) std::fprintf(stderr, "zox-mip-mpi: %s\n", error.what());
-    return zox_mip::kExitFailed;
+    return abandon(group, error.what());
   }
 }
 
@@ -196,7 +261,9 @@ int run(const Group& group, int argc, char** argv) {
 }  // namespace zox_mip_mpi
 
 int main(int argc, char** argv) {
-  MPI_Init(&argc, &argv);
+  // Of a rank's threads the first alone calls MPI.
+  int given = MPI_THREAD_SINGLE;
+  MPI_Init_thread(&argc, &argv, MPI_THREAD_FUNNELED, &given);
   const int status = zox_mip_mpi::run(zox_mip_mpi::Group(MPI_COMM_WORLD), argc, argv);
   MPI_Finalize();
   return status;

@@ -33,7 +33,8 @@ bool same(const parts::Part& a, const parts::Part& b) { return a.first == b.firs
 
 }  // namespace
 
-SharedSource::SharedSource(const Group& group, const std::string& name, zox::input::Scan scan)
+SharedSource::SharedSource(const Group& group, const std::string& name,
+                           const zox::input::ReadOptions& options, zox::input::Scan scan)
     : Source(name), group_(group) {
   whole_ = scan.array;
   whole_.data = nullptr;
@@ -47,6 +48,8 @@ SharedSource::SharedSource(const Group& group, const std::string& name, zox::inp
   file_ = group.share(scan.file);
   uint64_t offset = scan.offset;
   group.share(&offset, sizeof offset);
+  in_blocks_ = scan.blocks.has_value();
+  group.share(&in_blocks_, sizeof in_blocks_);
   if (group.is_root()) {
     local_ = parts::source_of(name, std::move(scan));
   } else if (is_in_file()) {
@@ -54,6 +57,7 @@ SharedSource::SharedSource(const Group& group, const std::string& name, zox::inp
     there.array = whole_;
     there.file = file_;
     there.offset = offset;
+    if (in_blocks_) there.blocks = zox::input::Blocks{name, options};
     local_ = parts::source_of(name, std::move(there));
   }
 }

@@ -31,23 +31,23 @@ uint64_t voxels_of(const parts::Part& part) {
 }  // namespace
 
 SpreadVolume::SpreadVolume(const Group& group, const SpreadSource& from, const parts::Settings& settings,
-                           int32_t longest, uint64_t keep_bytes)
+                           int32_t longest, uint64_t memory)
     : group_(group), source_(from.source) {
   measure_ = measure_together(group, from);
   std::vector<std::vector<parts::Part>> parts_of_ranks;
   group.together([&] {
     const zox_render_array& whole = source_.whole();
     const parts::Size size = {whole.size[0], whole.size[1], whole.size[2]};
-    const auto all = parts::cut(size, {longest, 0, group.size()}, measure_.slice_weights);
+    const parts::Limits limits{longest, memory / parts::bytes_a_voxel(whole), group.size()};
+    const auto all = parts::cut(size, limits, measure_.slice_weights);
     for (int rank = 0; rank < group.size(); ++rank)
       parts_of_ranks.push_back(parts::share_of(all, measure_.slice_weights, rank, group.size()));
     parts_ = parts_of_ranks[static_cast<size_t>(group.rank())];
-    corner_ = parts::corner(source_, settings);
+    corner_ = parts::corner(source_, measure_, settings);
   });
   if (from.distribute) from.distribute(parts_of_ranks);
   for (const parts::Part& part : parts_) voxels_ += voxels_of(part);
-  // Samples of 16 bits, and a little for bounds.
-  if (voxels_ * 9 / 4 > keep_bytes) return;
+  if (voxels_ * parts::bytes_a_voxel(source_.whole()) > memory) return;
   group.together([&] {
     for (const parts::Part& part : parts_)
       kept_.push_back(std::make_unique<parts::PartVolume>(source_, measure_, part, settings));

@@ -20,11 +20,11 @@ struct SpreadSource {
 class SpreadVolume {
  public:
   // By all ranks together: measures the volume and cuts it into parts of about equal work, `longest`
-  // voxels a side at most. A rank keeps its parts ready where they take no more than `keep_bytes`;
-  // otherwise it makes them anew, one at a time, for every picture. Throws GroupFailure on all. The
-  // source must outlive the volume.
+  // voxels a side at most and none of more than `memory` bytes, which is the same on all. A rank keeps its
+  // parts ready where they take no more than that together; otherwise it makes them anew, one at a time,
+  // for every picture. Throws GroupFailure on all. The source must outlive the volume.
   SpreadVolume(const Group& group, const SpreadSource& from, const zox::parts::Settings& settings,
-               int32_t longest, uint64_t keep_bytes);
+               int32_t longest, uint64_t memory);
 
   // By all ranks together; the picture is the root's, cast the number of samples that this rank took.
   zox::parts::Picture render(const zox::parts::Settings& settings, int64_t& cast) const;

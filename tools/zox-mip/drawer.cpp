@@ -40,23 +40,21 @@ class WholeDrawer : public Drawer {
 // Parts of the longest side that every sampling operation takes.
 constexpr int32_t kLongestPart = 1024;
 
-// Bytes of a voxel of a part: a sample of 16 bits, its share of the bounds, and the voxel in the file.
-uint64_t bytes_a_voxel(const zox_render_array& array) { return 3 + parts::type_bytes(array.type); }
-
 class PartsDrawer : public Drawer {
  public:
   PartsDrawer(zox::input::Scan scan, const Options& options, const zox_render_run& run,
               const std::string& name)
-      : source_(parts::source_of(name, std::move(scan))), whole_(parts::measure(*source_, 0, slices())) {
+      : source_(parts::source_of(name, std::move(scan))),
+        whole_(parts::measure(*source_, 0, slices(), measured_bytes(options))) {
     settings_.options = options.volume;
     settings_.run = run;
     settings_.depths = !options.depth_output.empty();
     const zox_render_array& array = source_->whole();
     parts::Limits limits;
     limits.longest = kLongestPart;
-    if (options.memory > 0) limits.most_voxels = options.memory / bytes_a_voxel(array);
+    if (options.memory > 0) limits.most_voxels = options.memory / parts::bytes_a_voxel(array);
     parts_ = parts::cut({array.size[0], array.size[1], array.size[2]}, limits, {});
-    corner_ = parts::corner(*source_, settings_);
+    corner_ = parts::corner(*source_, whole_, settings_);
   }
 
   zox_render_stats draw(const zox_render_view& view, Planes& planes) override {
@@ -64,7 +62,7 @@ class PartsDrawer : public Drawer {
     parts::Picture picture = parts::empty_picture(settings_);
     for (const parts::Part& part : parts_)
       parts::PartVolume(*source_, whole_, part, settings_).add_to(picture, settings_);
-    if (picture.samples_asked == 0) refuse_empty(view, source_->name());
+    if (picture.samples_asked == 0) refuse_empty(view, "'" + source_->name() + "'");
     most_bytes_ = std::max(most_bytes_, picture.most_part_bytes);
     return take(picture, planes);
   }
@@ -82,6 +80,11 @@ class PartsDrawer : public Drawer {
   const zox_render_volume* geometry() const override { return corner_->handle(); }
 
  private:
+  // Half of what a part may take, two slices of which fit.
+  static uint64_t measured_bytes(const Options& options) {
+    constexpr uint64_t kMost = 64 << 20;
+    return options.memory > 0 ? std::min(options.memory / 2, kMost) : kMost;
+  }
   int32_t slices() const { return source_->whole().size[2]; }
 
   zox_render_stats take(const parts::Picture& picture, Planes& planes) const {
@@ -114,7 +117,7 @@ std::unique_ptr<Drawer> whole_drawer(const zox::input::Scan& scan, const Options
 std::unique_ptr<Drawer> parts_drawer(zox::input::Scan scan, const Options& options, const zox_render_run& run,
                                      const std::string& name) {
   if (options.view.reduction == ZOX_RENDER_MEAN)
-    fail(name + " is rendered in parts, which give no mean; max, min and absmax can be had.");
+    fail("'" + name + "' is rendered in parts, which give no mean; max, min and absmax can be had.");
   return std::make_unique<PartsDrawer>(std::move(scan), options, run, name);
 }
 

@@ -41,7 +41,7 @@ struct Words {
               precision = "auto";
   std::string size = "512x512", step = "0.5", zoom = "1", center, slab, depth_range, window;
   std::string frames, spin = "z", colormap = "gray", png_level = "1", threads, memory, volume, series,
-                      seconds = "60";
+                      dataset, spacing, seconds = "60";
   bool phantom = false, quiet = false, stats = false, no_skip = false, marks = false, list_series = false,
        list_presets = false;
 };
@@ -49,8 +49,8 @@ struct Words {
 void declare_files(CLI::App& app, Words& words) {
   app.add_option(
       "volume", words.inputs,
-      "Volumes to show: DICOM folders or files, NIfTI, NRRD, MetaImage and others; the DICOM files "
-      "of one series are one volume");
+      "Volumes to show: folders of DICOM, TIFF or NRRD slices, DICOM files, NIfTI, NRRD, MetaImage, HDF5 and "
+      "others; the DICOM files of one series are one volume");
   app.add_flag("--phantom", words.phantom, "Show the built-in phantom instead of a file");
   app.add_option("-o,--output", words.output,
                  "PNG to write; {name}, {view} and {frame} in it stand for the volume's, the view's and the "
@@ -62,6 +62,10 @@ void declare_files(CLI::App& app, Words& words) {
   app.add_option("--volume", words.volume, "Which volume of a file that holds several, from 0");
   app.add_option("--series", words.series,
                  "Which series of a DICOM folder, by its number (default: the largest)");
+  app.add_option("--dataset", words.dataset,
+                 "Which dataset of an HDF5 file, by its path in there (default: the only volume)");
+  app.add_option("--spacing", words.spacing,
+                 "X,Y,Z in millimetres from voxel to voxel, instead of what the file says");
   app.add_flag("--list-series", words.list_series, "List the series of DICOM folders, and do nothing else");
   app.add_option("--read-seconds", words.seconds, "Give up reading after so many seconds")
       ->capture_default_str();
@@ -193,9 +197,12 @@ Options judge(const Words& words) {
   options.threads = words.threads.empty()
                         ? std::clamp(cores, 1, kMaxThreads)
                         : whole_word("-j", words.threads, 1, kMaxThreads, "a number of threads");
+  options.threads_given = !words.threads.empty();
   if (!words.volume.empty())
     options.volume_number = whole_word("--volume", words.volume, 0, 1000000000, "a number");
   options.series = words.series;
+  options.dataset = words.dataset;
+  take_spacing(words.spacing, options);
   options.list_series = words.list_series;
   options.seconds_to_read =
       number_word("--read-seconds", words.seconds, 0.001, 1e6, "a number of seconds from 0.001 to 1000000");
@@ -208,9 +215,9 @@ Options judge(const Words& words) {
 
 }  // namespace
 
-std::optional<Options> parse_options(int argc, const char* const* argv) {
-  CLI::App app("Renders a volume as a maximum-intensity picture, or a minimum or mean one.", "zox-mip");
-  app.set_version_flag("--version", "zox-mip " ZOX_VERSION);
+std::optional<Options> parse_options(int argc, const char* const* argv, const std::string& program) {
+  CLI::App app("Renders a volume as a maximum-intensity picture, or a minimum or mean one.", program);
+  app.set_version_flag("--version", program + " " ZOX_VERSION);
   Words words;
   declare_files(app, words);
   declare_camera(app, words);

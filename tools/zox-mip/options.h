@@ -37,18 +37,22 @@ struct Options {
   zox_render_volume_options volume{};
   int volume_number = -1;  // of a file that holds several
   std::string series;
+  std::string dataset;
+  std::optional<std::array<double, 3>> spacing;
   bool list_series = false;  // and nothing else
   double seconds_to_read = 60;
   Colormap colormap = Colormap::kGray;
   int png_level = 1;
   int threads = 1;
+  bool threads_given = false;
   uint64_t memory = 0;  // bytes that voxels may take; above 0: rendered in parts
   bool marks = false;   // letters and a scale bar on the picture
   bool quiet = false, stats = false;
 };
 
 // Throws Failure on a bad command line. Empty when the command line only asked for --help, --version or
-// --list-presets, which has then been printed.
-std::optional<Options> parse_options(int argc, const char* const* argv);
+// --list-presets, which has then been printed for the program of this name.
+std::optional<Options> parse_options(int argc, const char* const* argv,
+                                     const std::string& program = "zox-mip");
 
 }  // namespace zox_mip

@@ -93,6 +93,8 @@ Report make_pictures(const Study& study, const Options& asked, Work& work) {
   apply_window_of_file(scan, name, options);
   describe(scan, study.title(), report);
 
+  const bool in_parts = options.memory > 0 || is_too_large(scan);
+  if (!in_parts) input::map_voxels(scan);
   // The pool's threads end before another study is read: its process is made by fork.
   const Pool pool = make_pool(options.threads);
   zox_render_run run;
@@ -100,11 +102,9 @@ Report make_pictures(const Study& study, const Options& asked, Work& work) {
   run.pool = pool.get();
   run.progress = Work::show;
   run.progress_user = &work;
-  clock.lap();
-  const bool in_parts = options.memory > 0 || is_too_large(scan);
-  if (!in_parts) input::map_voxels(scan);
-  const std::unique_ptr<Drawer> drawer =
-      in_parts ? parts_drawer(std::move(scan), options, run, name) : whole_drawer(scan, options, run, name);
+  report.times.read += clock.lap();
+  const std::unique_ptr<Drawer> drawer = in_parts ? parts_drawer(std::move(scan), options, run, report.name)
+                                                  : whole_drawer(scan, options, run, name);
   report.times.volume = clock.lap();
 
   Writer writer(options);

@@ -117,6 +117,8 @@ input::ReadOptions read_options(const Study& study, const Options& options) {
   read.seconds = options.seconds_to_read;
   read.volume = options.volume_number;
   read.series = options.series;
+  read.dataset = options.dataset;
+  read.spacing = options.spacing;
   read.memory_limit = options.memory;
   read.leave_in_file = true;
   if (study.files.size() > 1) read.list = study.files;

@@ -121,6 +121,15 @@ void take_center(const std::string& text, Options& options) {
   for (size_t axis = 0; axis < 3; ++axis) options.view.center[axis] = (*center)[axis];
 }
 
+void take_spacing(const std::string& text, Options& options) {
+  if (text.empty()) return;
+  const auto spacing = parse_numbers(text, ',', 3);
+  for (const double length : spacing.value_or(std::vector<double>{0}))
+    if (length < 1e-9 || length > 1e6)
+      reject_usage("--spacing takes X,Y,Z in millimetres, 1e-9 to 1e6 each, not '" + text + "'.");
+  options.spacing = {(*spacing)[0], (*spacing)[1], (*spacing)[2]};
+}
+
 void take_depths(const std::string& slab, const std::string& depth_range, Options& options) {
   if (!slab.empty() && !depth_range.empty())
     reject_usage("--slab and --depth-range say the same thing twice: give one of them.");

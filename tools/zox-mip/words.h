@@ -34,6 +34,7 @@ NamedView view_word(const std::string& text);
 void take_size(const std::string& text, Options& options);
 void take_memory(const std::string& text, Options& options);
 void take_window(const std::string& text, Options& options);
+void take_spacing(const std::string& text, Options& options);
 void take_center(const std::string& text, Options& options);
 void take_depths(const std::string& slab, const std::string& depth_range, Options& options);
 
