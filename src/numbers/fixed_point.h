@@ -1,4 +1,4 @@
-// Numbers: the one conversion of doubles to integers, and 32-bit sums that wrap.
+// Numbers: doubles to integers, all by truncate(), and 32-bit sums that wrap.
 #pragma once
 
 #include <stdint.h>
@@ -9,10 +9,6 @@
 
 namespace zox::ZOX_SET {
 namespace {
-
-// The processor's conversion: toward zero, 0x80000000 for what does not fit. A cast would leave
-// the latter to the compiler.
-inline int truncate(double v) { return _mm_cvttsd_si32(_mm_set_sd(v)); }
 
 template <Rounding rounding>
 inline int to_fixed(double v, double scale) {

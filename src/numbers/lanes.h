@@ -3,8 +3,9 @@
 // the compiler turns into the set's vectors.
 #pragma once
 
-#include <immintrin.h>
 #include <stdint.h>
+
+#include "sets/set.h"
 
 namespace zox::ZOX_SET {
 namespace {
@@ -43,9 +44,7 @@ inline void keep_order() { __asm__ volatile("" ::: "memory"); }
 inline uint64_t flagged_lanes(const Lanes<uint8_t>& flags, int n) {
   uint64_t mask = 0;
   for (int i = 0; i < padded(n); i += 16) {
-    __m128i f = _mm_load_si128(reinterpret_cast<const __m128i*>(&flags.at[i]));
-    uint64_t clear = static_cast<uint64_t>(_mm_movemask_epi8(_mm_cmpeq_epi8(f, _mm_setzero_si128())));
-    mask |= (~clear & 0xFFFF) << i;
+    mask |= uint64_t{nonzero_bytes(&flags.at[i])} << i;
   }
   return n < kLanes ? mask & ((uint64_t{1} << n) - 1) : mask;
 }

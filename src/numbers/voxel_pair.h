@@ -55,7 +55,7 @@ template <class Element>
 constexpr int kTogether = 16 / sizeof(typename VoxelPair<Element>::Type);
 
 template <int lane, class Element, class Address>
-[[gnu::always_inline]] inline __m128i with_pairs(__m128i pairs, Address address) {
+[[gnu::always_inline]] inline Sixteen with_pairs(Sixteen pairs, Address address) {
   if constexpr (lane < kTogether<Element>) {
     pairs = with_lane<lane>(pairs, load_pair<Element>(address(lane)));
     keep_order();
@@ -67,7 +67,7 @@ template <int lane, class Element, class Address>
 // kTogether pairs, pair j read at address(j).
 template <class Element, class Address>
 [[gnu::always_inline]] inline void store_together(typename VoxelPair<Element>::Type* pairs, Address address) {
-  _mm_store_si128(reinterpret_cast<__m128i*>(pairs), with_pairs<0, Element>(_mm_setzero_si128(), address));
+  store_16(pairs, with_pairs<0, Element>(zeros_16(), address));
 }
 
 }  // namespace

@@ -7,6 +7,22 @@
 namespace zox::ZOX_SET {
 namespace {
 
+// The processor's conversion: toward zero, 0x80000000 for what does not fit. A cast would leave
+// the latter to the compiler.
+inline int truncate(double v) { return _mm_cvttsd_si32(_mm_set_sd(v)); }
+
+using Sixteen = __m128i;  // bytes
+inline Sixteen load_16(const void* from) { return _mm_loadu_si128(static_cast<const __m128i*>(from)); }
+inline void store_16(void* to, Sixteen v) { _mm_storeu_si128(static_cast<__m128i*>(to), v); }
+inline Sixteen zeros_16() { return _mm_setzero_si128(); }
+// Of 16 bytes bit i is set where byte i is not 0.
+inline unsigned nonzero_bytes(const uint8_t* from) {
+  int zeros = _mm_movemask_epi8(_mm_cmpeq_epi8(load_16(from), zeros_16()));
+  return ~static_cast<unsigned>(zeros) & 0xFFFF;
+}
+// 16-bit numbers as bytes, what does not fit as 0 or 255.
+inline Sixteen packed_bytes(Sixteen low, Sixteen high) { return _mm_packus_epi16(low, high); }
+
 // 16 bytes, or the first 8 or 4 of them: every set has these.
 template <int bytes>
 struct SampleVector {

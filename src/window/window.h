@@ -21,20 +21,16 @@ struct Window {
 };
 
 // Window::map() of eight values, in 16 bits, which hold lo, hi and all results.
-inline __m128i map_8(const Window& w, __m128i v) {
-  auto all = [](int value) { return _mm_set1_epi16(static_cast<int16_t>(value)); };
-  __m128i below = _mm_cmpgt_epi16(all(w.lo), v), above = _mm_cmpgt_epi16(v, all(w.hi));
-  __m128i outside = _mm_or_si128(_mm_and_si128(below, all(w.outmin)), _mm_and_si128(above, all(w.outmax)));
-  __m128i inside = _mm_andnot_si128(_mm_or_si128(below, above), truncate_products(v, w.slope, w.offset));
-  return _mm_or_si128(outside, inside);
+inline Sixteen map_8(const Window& w, Sixteen v) {
+  auto all = [](int value) { return SampleVector<16>::all(static_cast<int16_t>(value)).v; };
+  Sixteen below = above(int16_t{}, all(w.lo), v), beyond = above(int16_t{}, v, all(w.hi));
+  Sixteen inside = truncate_products(v, w.slope, w.offset);
+  return where(below, all(w.outmin), where(beyond, all(w.outmax), inside));
 }
 
 // 16 values at once. src and dst do not overlap.
 inline void map_16(const Window& window, const int16_t* src, uint8_t* dst) {
-  __m128i low = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src));
-  __m128i high = _mm_loadu_si128(reinterpret_cast<const __m128i*>(src + 8));
-  __m128i bytes = _mm_packus_epi16(map_8(window, low), map_8(window, high));
-  _mm_storeu_si128(reinterpret_cast<__m128i*>(dst), bytes);
+  store_16(dst, packed_bytes(map_8(window, load_16(src)), map_8(window, load_16(src + 8))));
 }
 
 }  // namespace

@@ -38,6 +38,9 @@ struct SetFunctions {
   bool (*consecutive_8)(const int* number);
   SampleFunctions<uint8_t> bytes[4];
   SampleFunctions<int16_t> shorts[4];
+  unsigned (*nonzero_bytes)(const uint8_t* sixteen);
+  void (*packed_bytes)(const int16_t* sixteen, uint8_t* to);
+  int (*truncate)(double v);
   void (*truncate_vector)(const double* from, int* to);
   void (*truncate_products)(const int16_t* eight, double slope, double offset, int16_t* to);
 };

@@ -81,6 +81,10 @@ constexpr zox_unit::SetFunctions kFunctions = {
               sample_functions<uint8_t, kVectorBytes>()},
     .shorts = {sample_functions<int16_t, 4>(), sample_functions<int16_t, 8>(),
                sample_functions<int16_t, 16>(), sample_functions<int16_t, kVectorBytes>()},
+    .nonzero_bytes = nonzero_bytes,
+    .packed_bytes = [](const int16_t* sixteen,
+                       uint8_t* to) { store_16(to, packed_bytes(load_16(sixteen), load_16(sixteen + 8))); },
+    .truncate = truncate,
     .truncate_vector = truncate_vector,
     .truncate_products =
         [](const int16_t* eight, double slope, double offset, int16_t* to) {

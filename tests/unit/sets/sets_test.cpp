@@ -207,6 +207,22 @@ TEST_P(Sets, KnowWhatIsConsecutive) {
   }
 }
 
+TEST_P(Sets, LookAtBytes) {
+  for (int round = 0; round < kRounds; ++round) {
+    std::array<uint8_t, 16> flags, bytes;
+    std::array<int16_t, 16> shorts;
+    unsigned nonzero = 0;
+    for (int i = 0; i < 16; ++i) {
+      flags[i] = static_cast<uint8_t>(random_() % 3 ? 0 : random_());
+      shorts[i] = static_cast<int16_t>(random_() % 2 ? number() : random_() % 300);
+      nonzero |= unsigned{flags[i] != 0} << i;
+    }
+    EXPECT_EQ(set().nonzero_bytes(flags.data()), nonzero) << name();
+    set().packed_bytes(shorts.data(), bytes.data());
+    for (int i = 0; i < 16; ++i) ASSERT_EQ(bytes[i], std::clamp<int>(shorts[i], 0, 255)) << name();
+  }
+}
+
 TEST_P(Sets, FindLargerSamples) {
   for (const auto& functions : set().bytes) expect_samples(functions);
   for (const auto& functions : set().shorts) expect_samples(functions);
@@ -222,7 +238,10 @@ TEST_P(Sets, TruncateDoubles) {
   for (std::size_t first = 0; first < std::size(kDoubles); first += set().doubles) {
     std::array<int, 8> out;
     set().truncate_vector(kDoubles + first, out.data());
-    for (int i = 0; i < set().doubles; ++i) EXPECT_EQ(out[i], truncated(kDoubles[first + i])) << name();
+    for (int i = 0; i < set().doubles; ++i) {
+      EXPECT_EQ(out[i], truncated(kDoubles[first + i])) << name();
+      EXPECT_EQ(set().truncate(kDoubles[first + i]), truncated(kDoubles[first + i])) << name();
+    }
   }
 }
 
