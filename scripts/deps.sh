@@ -23,7 +23,7 @@ packages_of() {
     pictures) echo libvtk9-dev libinsighttoolkit5-dev python3-scipy zlib1g-dev ;;
     coverage) echo gcovr ;;
     viewer) echo libboost-dev libturbojpeg0-dev ;;
-    view) echo chromium chromium-driver python3-selenium python3 ;;
+    view) echo chromium chromium-driver firefox-esr python3-selenium python3 ;;
     mpi) echo libopenmpi-dev openmpi-bin ;;
     python)
       echo python3 python3-numpy python3-nibabel python3-pydicom python3-pytest python3-hypothesis python3-pil \
