@@ -23,19 +23,19 @@ std::array<int, 3> voxels(const std::array<double, 3>& position, const Size3& fi
 
 }  // namespace
 
-void Batch::Extent::widen(const Triple& start, const Triple& step, int count) {
-  for (size_t a = 0; a < 3; ++a) {
-    const double end = start[a] + (count - 1) * step[a];
-    low[a] = std::min(low[a], std::min(start[a], end));
-    high[a] = std::max(high[a], std::max(start[a], end));
-  }
+void Batch::Extent::widen(size_t axis, double start, double end) {
+  low[axis] = std::min(low[axis], std::min(start, end));
+  high[axis] = std::max(high[axis], std::max(start, end));
 }
 
 std::array<int, 3> Batch::Extent::lowest(const Size3& first) const { return voxels(low, first); }
 std::array<int, 3> Batch::Extent::highest(const Size3& first) const { return voxels(high, first); }
 
 Batch::Batch(const Casting& casting)
-    : casting_(casting), samples_(static_cast<size_t>(casting.most_samples) * kPlanePitch) {
+    : casting_(casting),
+      first_axis_(casting.sampler.nearest && !casting.sampler.bricks ? 0 : 2),
+      samples_(static_cast<size_t>(casting.most_samples) * kPlanePitch) {
+  clear();
   for (int k = 0; k < casting.most_samples; ++k) planes_.push_back(samples_.data() + k * kPlanePitch);
   shifted_planes_.resize(planes_.size());
   for (size_t r = 0; r < kBatchRays; ++r) {
@@ -44,20 +44,16 @@ Batch::Batch(const Casting& casting)
   }
 }
 
-void Batch::clear() {
-  size_ = 0;
-  extent_ = {};
-}
-
-void Batch::add(const Line& line, double first, int count, int owner) {
-  Triple& start = starts_[size_];
-  for (size_t a = 0; a < 3; ++a) start[a] = line.middle[a] + first * line.step[a];
-  steps_[size_] = line.step;
-  extent_.widen(start, line.step, count);
-  firsts_[size_] = first;
-  counts_[size_] = count;
-  owners_[size_] = owner;
-  ++size_;
+Batch::Extent Batch::extent_of(size_t from, size_t count) const {
+  Extent extent;
+  for (size_t axis = first_axis_; axis < 3; ++axis)
+    for (size_t r = from; r < from + count; ++r) {
+      const PlacedStretch& s = stretches_[r];
+      const size_t lane = static_cast<size_t>(s.lane);
+      const double middle = s.lines->middle[axis][lane], step = s.lines->step[axis][lane];
+      extent.widen(axis, middle + s.first * step, middle + (s.first + counts_[r] - 1) * step);
+    }
+  return extent;
 }
 
 void Batch::set_bricks(const Extent& extent) {
@@ -99,12 +95,15 @@ void Batch::set_rays(size_t from, size_t count, bool parallel) {
   const Excess more = excess(casting_.sampler, parallel);
   Triple base;
   for (size_t a = 0; a < 3; ++a) base[a] = base_[a] + casting_.volume.first[a];
-  for (size_t r = 0; r < count; ++r)
-    for (size_t a = 0; a < 3; ++a) given_starts_[r][a] = starts_[from + r][a] * (1 / kGrid) - base[a];
-  for (size_t r = 0; r < (parallel ? 1 : count); ++r) {
-    const Triple& step = steps_[from + r];
-    given_steps_[r] = {step_given(step[0], more.across), step_given(step[1], more.across),
-                       step_given(step[2], more.down)};
+  for (size_t r = 0; r < count; ++r) {
+    const PlacedStretch& s = stretches_[from + r];
+    const size_t lane = static_cast<size_t>(s.lane);
+    for (size_t a = 0; a < 3; ++a)
+      given_starts_[r][a] =
+          (s.lines->middle[a][lane] + s.first * s.lines->step[a][lane]) * (1 / kGrid) - base[a];
+    if (r > 0 && parallel) continue;
+    for (size_t a = 0; a < 3; ++a)
+      given_steps_[r][a] = step_given(s.lines->step[a][lane], a < 2 ? more.across : more.down);
   }
 }
 
@@ -129,18 +128,18 @@ void Batch::cast(size_t from, size_t count, const Extent& extent) {
 }
 
 void Batch::cast_one_by_one() {
-  for (size_t i = 0; i < size_; ++i) {
-    Extent extent;
-    extent.widen(starts_[i], steps_[i], counts_[i]);
-    cast(i, 1, extent);
-  }
+  for (size_t i = 0; i < size_; ++i) cast(i, 1, extent_of(i, 1));
 }
 
 const Reduced& Batch::run() {
+  const Extent extent = extent_of(0, size_);
   double widest = 0;
-  for (size_t a = 0; a < 3; ++a) widest = std::max(widest, extent_.high[a] - extent_.low[a]);
+  for (size_t a = 0; a < 3; ++a) widest = std::max(widest, extent.high[a] - extent.low[a]);
   const bool limited = !casting_.sampler.bricks && casting_.sampler.nearest;
-  limited&& widest >= kNearestReach* kGrid ? cast_one_by_one() : cast(0, size_, extent_);
+  if (limited && widest >= kNearestReach * kGrid)
+    cast_one_by_one();
+  else
+    cast(0, size_, extent);
   zox_Rays rays{};
   rays.planes = planes_.data();
   rays.nrays = static_cast<int32_t>(size_);

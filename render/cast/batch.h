@@ -26,27 +26,50 @@ class Batch {
 
   size_t size() const { return size_; }
   bool full() const { return size_ == kBatchRays; }
-  void clear();
+  void clear() {
+    size_ = 0;
+    latest_.fill(-1);
+  }
 
-  // Adds samples first .. first + count - 1 of a line that counts slices. owner: the caller's number.
-  void add(const Line& line, double first, int count, int owner);
-  double first(size_t i) const { return firsts_[i]; }
+  // Adds samples first .. first + count - 1 of a lane of lines that count slices, which stay until the batch
+  // has run. What goes on with the lane's latest stretch makes it longer.
+  void add(const LineLanes& lines, size_t lane, int first, int count) {
+    if (latest_[lane] >= 0 && lengthen(static_cast<size_t>(latest_[lane]), lines, first, count)) return;
+    latest_[lane] = static_cast<int8_t>(size_);
+    stretches_[size_] = {&lines, static_cast<int>(lane), first};
+    counts_[size_] = count;
+    ++size_;
+  }
+  int first(size_t i) const { return stretches_[i].first; }
   int count(size_t i) const { return counts_[i]; }
-  int owner(size_t i) const { return owners_[i]; }
+  size_t lane(size_t i) const { return static_cast<size_t>(stretches_[i].lane); }
 
   // Casts what was added; the results of the i-th are in lane i.
   const Reduced& run();
 
  private:
   using Triple = std::array<double, 3>;
-  // Positions that the samples of some stretches lie between, in grid units of the whole.
+  // Grid units of the whole that the samples of some stretches lie between.
   struct Extent {
     Triple low{1e300, 1e300, 1e300}, high{-1e300, -1e300, -1e300};
-    void widen(const Triple& start, const Triple& step, int count);
-    // Voxels of the array, as ints.
+    void widen(size_t axis, double start, double end);
+    // Voxels of the array.
     std::array<int, 3> lowest(const Size3& first) const;
     std::array<int, 3> highest(const Size3& first) const;
   };
+  struct PlacedStretch {
+    const LineLanes* lines;
+    int lane, first;
+  };
+  bool lengthen(size_t i, const LineLanes& lines, int first, int count) {
+    PlacedStretch& s = stretches_[i];
+    const bool before = first + count == s.first, after = s.first + counts_[i] == first;
+    if (s.lines != &lines || !(before || after) || counts_[i] + count > casting_.most_samples) return false;
+    if (before) s.first = first;
+    counts_[i] += count;
+    return true;
+  }
+  Extent extent_of(size_t from, size_t count) const;
   void cast(size_t from, size_t count, const Extent& extent);
   void cast_one_by_one();
   void set_bricks(const Extent& extent);
@@ -55,10 +78,9 @@ class Batch {
 
   const Casting& casting_;
   size_t size_ = 0;
-  Extent extent_;
-  std::array<Triple, kBatchRays> starts_{}, steps_{};  // grid units of the whole
-  std::array<double, kBatchRays> firsts_{};
-  std::array<int, kBatchRays> owners_{};
+  std::array<PlacedStretch, kBatchRays> stretches_{};
+  Lanes<int8_t> latest_;  // of each lane, or -1
+  size_t first_axis_;     // of those along which it counts how far the samples reach
 
   // What the operations are given.
   std::array<int, 3> base_{};  // the voxel of the array that their coordinates count from

@@ -1,5 +1,7 @@
 #include "cast/block_bounds.h"
 
+#include <emmintrin.h>
+
 #include <algorithm>
 
 namespace render {
@@ -10,23 +12,24 @@ constexpr double kSpareUnits = 64;
 
 }  // namespace
 
-void Bundle::reset(double first, double last) {
+void Bundle::around(const LineLanes& lines, size_t begin, size_t end, double first, double last) {
   first_ = first;
   last_ = std::max(last, first + 1);
-  low_at_first_.fill(1e300);
-  low_at_last_.fill(1e300);
-  high_at_first_.fill(-1e300);
-  high_at_last_.fill(-1e300);
-}
-
-void Bundle::add(const Line& line) {
   for (size_t a = 0; a < 3; ++a) {
-    const double at_first = line.middle[a] + first_ * line.step[a],
-                 at_last = line.middle[a] + last_ * line.step[a];
-    low_at_first_[a] = std::min(low_at_first_[a], at_first);
-    low_at_last_[a] = std::min(low_at_last_[a], at_last);
-    high_at_first_[a] = std::max(high_at_first_[a], at_first);
-    high_at_last_[a] = std::max(high_at_last_[a], at_last);
+    const auto between = [&](double number, double& low, double& high) {
+      const __m128d n = _mm_set1_pd(number);
+      __m128d least = _mm_set1_pd(1e300), most = _mm_set1_pd(-1e300);
+      for (size_t i = begin; i < end; i += 2) {
+        const __m128d way = _mm_mul_pd(n, _mm_load_pd(&lines.step[a][i]));
+        const __m128d position = _mm_add_pd(_mm_load_pd(&lines.middle[a][i]), way);
+        least = _mm_min_pd(least, position);
+        most = _mm_max_pd(most, position);
+      }
+      low = _mm_cvtsd_f64(_mm_min_pd(least, _mm_unpackhi_pd(least, least)));
+      high = _mm_cvtsd_f64(_mm_max_pd(most, _mm_unpackhi_pd(most, most)));
+    };
+    between(first_, low_at_first_[a], high_at_first_[a]);
+    between(last_, low_at_last_[a], high_at_last_[a]);
   }
 }
 

@@ -10,8 +10,8 @@ namespace render {
 // where these are taken once over all lines.
 class Bundle {
  public:
-  void reset(double first, double last);
-  void add(const Line& line);
+  // Lanes begin .. end - 1, an even number of them.
+  void around(const LineLanes& lines, size_t begin, size_t end, double first, double last);
   void add(const Bundle& other);  // between the same numbers
   // After the last line: for the cells (or voxels, for nearest samples) of a volume's array.
   void finish(const Volume& volume, bool nearest);

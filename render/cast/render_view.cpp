@@ -108,22 +108,22 @@ void render_view(const Volume& volume, const zox_render_view& view, const zox_re
   const bool nearest = view.interpolation == ZOX_RENDER_NEAREST;
   const int longest = longest_stretch(volume.frame, camera.step);
   const Order order(view.reduction, storage.slope, storage.intercept);
-  Scene scene{volume,
-              rays,
-              {volume, sampler(volume.layout, nearest), !camera.perspective && volume.frame.even(),
-               wanted(view, picture), longest},
-              order,
-              shades,
-              picture,
-              view.width,
-              view.height,
-              owned_box(volume, nearest),
-              readable_box(volume, nearest),
-              view.skip && !volume.bounds.empty() && view.reduction != ZOX_RENDER_MEAN,
-              std::clamp(std::floor(kStretchVoxels / voxels_per_sample(volume.frame, camera.step)), 2.0,
-                         double(longest)),
-              order.none(),
-              order.none()};
+  Scene scene{
+      volume,
+      rays,
+      {volume, sampler(volume.layout, nearest), !camera.perspective && volume.frame.even(),
+       wanted(view, picture), longest},
+      order,
+      shades,
+      picture,
+      view.width,
+      view.height,
+      owned_box(volume, nearest),
+      readable_box(volume, nearest),
+      view.skip && !volume.bounds.empty() && view.reduction != ZOX_RENDER_MEAN,
+      std::clamp(static_cast<int>(kStretchVoxels / voxels_per_sample(volume.frame, camera.step)), 2, longest),
+      order.none(),
+      order.none()};
   if (scene.skip) stop_at_window(scene);
   Counts counts;
   render_tiles(scene, work, counts);

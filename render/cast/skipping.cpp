@@ -1,5 +1,7 @@
 // Casting only the samples that can win: the tile's rays are cut into stretches, each bounded by the blocks
 // that it passes, and cast from the most promising on, with the rays alone that are still below the bound.
+#include <emmintrin.h>
+
 #include <algorithm>
 
 #include "cast/tile.h"
@@ -11,9 +13,28 @@ namespace {
 constexpr size_t kProbes = 3;
 constexpr double kMost = 0.85;
 
+// The first number of the next stretch: stretches begin at multiples of their length.
+int next_stretch(int number, int length) {
+  const int within = number % length;
+  return number + length - (within < 0 ? within + length : within);
+}
+
+// A bit for each of sixteen numbers that is smaller than one.
+uint32_t smaller_than(__m128i one, const int32_t* numbers) {
+  __m128i smaller[4];
+  for (int i = 0; i < 4; ++i)
+    smaller[i] = _mm_cmplt_epi32(_mm_load_si128(reinterpret_cast<const __m128i*>(numbers) + i), one);
+  const __m128i low = _mm_packs_epi32(smaller[0], smaller[1]), high = _mm_packs_epi32(smaller[2], smaller[3]);
+  return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
+}
+
+uint32_t larger_than(__m128i one, const int32_t* numbers) {
+  return 0xffff & ~smaller_than(_mm_add_epi32(one, _mm_set1_epi32(1)), numbers);
+}
+
 }  // namespace
 
-int Tile::best_within(const Bundle& bundle, double first, double last, bool coarse) const {
+int Tile::best_within(const Bundle& bundle, int first, int last, bool coarse) const {
   Size3 low, high;
   bundle.cells(first, last, low, high);
   const Bounds& bounds = scene_.volume.bounds;
@@ -25,34 +46,36 @@ int Tile::best_within(const Bundle& bundle, double first, double last, bool coar
   return scene_.order.better(largest, smallest) ? largest : smallest;
 }
 
+// Lanes without samples become copies of others, which bound nothing more.
 void Tile::bundle_rays(Section& section) {
-  section.bundle.reset(section.all.first, section.all.last);
-  for (Bundle& quad : section.quads) quad.reset(section.all.first, section.all.last);
-  section.quad_begins.fill(section.size);
-  for (size_t ray = section.size; ray-- > 0;) {
-    const size_t quad = section.pixels[ray] / (kTilePixels / kQuads);
-    section.quads[quad].add(section.lines[ray]);
-    for (size_t q = 0; q <= quad; ++q) section.quad_begins[q] = ray;
-  }
+  size_t seen = 0;
+  while (section.samples.empty(seen)) ++seen;
+  for (size_t lane = 0; lane < kLanes; ++lane)
+    if (section.samples.empty(lane))
+      section.lines.set(lane, section.lines.of(seen));
+    else
+      seen = lane;
   const bool nearest = scene_.casting.sampler.nearest;
-  for (Bundle& quad : section.quads) {
-    section.bundle.add(quad);
-    quad.finish(scene_.volume, nearest);
+  for (size_t quad = 0; quad < kQuads; ++quad) {
+    const size_t begin = quad * kQuadPixels;
+    section.quads[quad].around(section.lines, begin, begin + kQuadPixels, section.first, section.last);
   }
+  section.bundle = section.quads[0];
+  for (size_t quad = 1; quad < kQuads; ++quad) section.bundle.add(section.quads[quad]);
+  for (Bundle& quad : section.quads) quad.finish(scene_.volume, nearest);
   section.bundle.finish(scene_.volume, nearest);
 }
 
-// Stretches begin at multiples of their length. The most promising comes first; of equals the nearest.
+// The most promising comes first; of equals the nearest.
 void Tile::find_candidates() {
   candidates_.clear();
   for (size_t j = 0; j < sections_.size(); ++j) {
     Section& section = sections_[j];
-    if (section.size == 0) continue;
+    if (section.first > section.last) continue;
     bundle_rays(section);
-    double first = section.all.first;
-    while (first <= section.all.last) {
-      const double next = (std::floor(first / scene_.stretch) + 1) * scene_.stretch;
-      const double last = std::min(next - 1, section.all.last);
+    for (int first = section.first; first <= section.last;) {
+      const int next = next_stretch(first, scene_.stretch);
+      const int last = std::min(next - 1, section.last);
       if (scene_.order.better(best_within(section.bundle, first, last, true), scene_.floor)) {
         const int best = best_within(section.bundle, first, last, false);
         if (scene_.order.better(best, scene_.floor))
@@ -66,34 +89,46 @@ void Tile::find_candidates() {
   });
 }
 
-bool Tile::can_improve(size_t pixel, int best, double first) const {
-  if (scene_.ceiling != scene_.order.none() && !scene_.order.better(scene_.ceiling, best_[pixel]))
-    return false;
-  if (scene_.order.better(best, best_[pixel])) return true;
-  return scene_.casting.wanted.places && best == best_[pixel] && first < at_[pixel];
+// The pixels of a quad, a bit each, that samples of at most this bound, from this number on, could change.
+uint32_t Tile::gaining(size_t quad, int best, int first) const {
+  const Order& order = scene_.order;
+  const size_t begin = quad * kQuadPixels;
+  uint32_t lanes = 0;
+  if (order.sign() == 0) {
+    for (size_t i = 0; i < kQuadPixels; ++i)
+      lanes |= static_cast<uint32_t>(order.better(best, best_[begin + i])) << i;
+  } else {
+    const __m128i bound = _mm_set1_epi32(best);
+    lanes = order.sign() > 0 ? smaller_than(bound, &best_[begin]) : larger_than(bound, &best_[begin]);
+  }
+  // Equals may still be nearer.
+  if (scene_.casting.wanted.places)
+    for (size_t i = 0; i < kQuadPixels; ++i)
+      lanes |= static_cast<uint32_t>((best == best_[begin + i]) & (first < at_[begin + i])) << i;
+  return lanes;
 }
 
 // Rays that are as good as can be need nothing more.
 void Tile::find_worst() {
   const Order& order = scene_.order;
-  int worst = order.none();
-  bool found = false;
-  for (const Section& section : sections_)
-    for (size_t ray = 0; ray < section.size; ++ray) {
-      const int best = best_[section.pixels[ray]];
-      if (scene_.ceiling != order.none() && !order.better(scene_.ceiling, best)) continue;
-      if (!found || order.better(worst, best)) worst = best;
-      found = true;
-    }
-  worst_ = worst;
-  done_ = !found;
+  if (scene_.ceiling != order.none())
+    for (int32_t& best : best_)
+      if (!order.better(scene_.ceiling, best)) best = order.unbeatable();
+  worst_ = order.unbeatable();
+  if (order.sign() > 0)
+    worst_ = *std::min_element(best_.begin(), best_.end());
+  else
+    for (const int32_t best : best_)
+      if (order.better(worst_, best)) worst_ = best;
+}
+
+bool Tile::can_gain(int best) const {
+  return scene_.order.better(best, worst_) || (scene_.casting.wanted.places && best == worst_);
 }
 
 void Tile::cast_candidates() {
   find_worst();
-  for (size_t i = 0; i < candidates_.size(); ++i) {
-    // Equals may still be nearer.
-    if (done_ || scene_.order.better(worst_, candidates_[i].best)) break;
+  for (size_t i = 0; i < candidates_.size() && can_gain(candidates_[i].best); ++i) {
     if (i == kProbes && most_remain()) {
       cast_runs();
       break;
@@ -110,7 +145,7 @@ bool Tile::most_remain() const {
     if (scene_.order.better(candidates_[i].best, worst_))
       remaining += candidates_[i].last - candidates_[i].first + 1;
   for (const Section& section : sections_)
-    if (section.size > 0) all += section.all.last - section.all.first + 1;
+    if (section.first <= section.last) all += section.last - section.first + 1;
   return remaining > kMost * all;
 }
 
@@ -120,7 +155,7 @@ void Tile::cast_runs() {
   std::sort(remaining, candidates_.end(), [](const Candidate& a, const Candidate& b) {
     return a.section != b.section ? a.section < b.section : a.first < b.first;
   });
-  const double most = scene_.casting.most_samples;
+  const int most = scene_.casting.most_samples;
   for (auto begin = remaining; begin != candidates_.end();) {
     Candidate run = *begin;
     for (++begin; begin != candidates_.end(); ++begin) {
@@ -129,28 +164,32 @@ void Tile::cast_runs() {
       run.last = begin->last;
       if (scene_.order.better(begin->best, run.best)) run.best = begin->best;
     }
-    const Section& section = sections_[static_cast<size_t>(run.section)];
-    for (size_t ray = 0; ray < section.size; ++ray)
-      if (can_improve(section.pixels[ray], run.best, run.first))
-        add_stretch(section, ray, run.first, run.last);
+    for (size_t quad = 0; quad < kQuads; ++quad)
+      add_quad(run, quad, gaining(quad, run.best, run.first), run.first, run.last);
   }
 }
 
-// Where any ray of a quad could gain, the quad is bounded by itself.
-void Tile::add_candidate(const Candidate& candidate) {
+void Tile::add_quad(const Candidate& candidate, size_t quad, uint32_t lanes, int first, int last) {
   const Section& section = sections_[static_cast<size_t>(candidate.section)];
+  for (; lanes != 0; lanes &= lanes - 1)
+    add_stretch(section, quad * kQuadPixels + static_cast<size_t>(__builtin_ctz(lanes)), first, last);
+}
+
+// Where any ray of a quad could gain, the halves of its stretch are bounded by themselves.
+void Tile::add_candidate(const Candidate& c) {
+  const Section& section = sections_[static_cast<size_t>(c.section)];
+  const int middle = c.first + (c.last - c.first) / 2;
   for (size_t quad = 0; quad < kQuads; ++quad) {
-    bool bounded = false;
-    int best = candidate.best;
-    for (size_t ray = section.quad_begins[quad]; ray < section.quad_begins[quad + 1]; ++ray) {
-      if (!can_improve(section.pixels[ray], best, candidate.first)) continue;
-      if (!bounded) {
-        best = best_within(section.quads[quad], candidate.first, candidate.last, false);
-        bounded = true;
-        if (!can_improve(section.pixels[ray], best, candidate.first)) continue;
-      }
-      add_stretch(section, ray, candidate.first, candidate.last);
-    }
+    const uint32_t lanes = gaining(quad, c.best, c.first);
+    if (lanes == 0) continue;
+    const Bundle& bundle = section.quads[quad];
+    const uint32_t near = lanes & gaining(quad, best_within(bundle, c.first, middle, false), c.first);
+    uint32_t far = 0;
+    if (middle < c.last)
+      far = lanes & gaining(quad, best_within(bundle, middle + 1, c.last, false), middle + 1);
+    add_quad(c, quad, near & far, c.first, c.last);
+    add_quad(c, quad, near & ~far, c.first, middle);
+    add_quad(c, quad, far & ~near, middle + 1, c.last);
   }
 }
 

@@ -7,13 +7,11 @@
 namespace render {
 namespace {
 
-// Pixels are numbered quad by quad.
-constexpr size_t kQuadPixels = kQuadEdge * kQuadEdge;
-int column_of(size_t pixel) {
-  return static_cast<int>((pixel / kQuadPixels & 1) * kQuadEdge + pixel % kQuadEdge);
+int column_of(size_t lane) {
+  return static_cast<int>((lane / kQuadPixels & 1) * kQuadEdge + lane % kQuadEdge);
 }
-int row_of(size_t pixel) {
-  return static_cast<int>(pixel / (2 * kQuadPixels) * kQuadEdge + pixel % kQuadPixels / kQuadEdge);
+int row_of(size_t lane) {
+  return static_cast<int>(lane / (2 * kQuadPixels) * kQuadEdge + lane % kQuadPixels / kQuadEdge);
 }
 
 // A tile of at least so many samples tells of its neighbours; this share cast is next to all; so many are not
@@ -24,11 +22,6 @@ constexpr int kUntried = 15;
 
 double seconds() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
-}
-
-template <class Element>
-Element& at(Element* plane, int64_t pitch, int64_t column, int64_t row) {
-  return reinterpret_cast<Element*>(reinterpret_cast<std::byte*>(plane) + row * pitch)[column];
 }
 
 }  // namespace
@@ -48,7 +41,7 @@ void Tile::render(int left, int top) {
   const double bounded = seconds();
   skip_ ? cast_candidates() : cast_everything();
   const double cast = seconds();
-  write(left, top);
+  write();
   counts_.seconds_bounds += bounded - begin;
   counts_.seconds_cast += cast - bounded;
   counts_.seconds_window += seconds() - cast;
@@ -59,145 +52,143 @@ void Tile::render(int left, int top) {
     untried_ = kUntried;
 }
 
-void Tile::find_rays(int left, int top) {
-  for (Section& section : sections_) {
-    section.size = 0;
-    section.all = {1e300, -1e300};
+void Tile::clear(int left, int top) {
+  for (size_t lane = 0; lane < kLanes; ++lane) {
+    columns_[lane] = left + column_of(lane);
+    rows_[lane] = top + row_of(lane);
   }
   best_.fill(scene_.floor);
   at_.fill(0);
   sum_.fill(0);
   count_.fill(0);
-  any_.fill(false);
-  for (size_t p = 0; p < kTilePixels; ++p) {
-    const int column = left + column_of(p), row = top + row_of(p);
-    if (column < scene_.width && row < scene_.height) add_ray(p, scene_.rays.line(column, row));
-  }
+  any_ = 0;
 }
 
-void Tile::add_ray(size_t pixel, const Line& line) {
-  const Stretch& depths = scene_.rays.depths();
-  const Frame& frame = scene_.volume.frame;
-  if (frame.even()) {
-    add_piece(0, pixel, line, clip(scene_.owned, line, depths));
+void Tile::find_rays(int left, int top) {
+  clear(left, top);
+  LineLanes& lines = sections_[0].lines;
+  scene_.rays.lines(columns_, rows_, lines);
+  if (scene_.volume.frame.even()) {
+    find_samples(sections_[0]);
   } else {
-    for (size_t j = 0; j < frame.regions.size(); ++j) {
-      const Piece piece = piece_in_region(frame, j, scene_.casting.sampler.nearest, line, depths);
-      if (!piece.samples.empty())
-        add_piece(j, pixel, piece.line, clip(scene_.owned, piece.line, piece.samples));
-    }
+    const LineLanes whole = lines;
+    for (Section& section : sections_) section.samples.clear();
+    for (size_t lane = 0; lane < kLanes; ++lane)
+      if (columns_[lane] < scene_.width && rows_[lane] < scene_.height) find_pieces(lane, whole.of(lane));
   }
-  counts_.rays += any_[pixel];
+  counts_.rays += __builtin_popcountll(any_);
+  for (size_t lane = 0; lane < kLanes; ++lane)
+    if (!(any_ >> lane & 1)) best_[lane] = scene_.order.unbeatable();
+  for (Section& section : sections_) {
+    section.first = *std::min_element(section.samples.first.begin(), section.samples.first.end());
+    section.last = *std::max_element(section.samples.last.begin(), section.samples.last.end());
+  }
 }
 
-void Tile::add_piece(size_t region, size_t pixel, const Line& line, const Stretch& owned) {
-  if (owned.empty()) return;
-  any_[pixel] = true;
-  counts_.samples += static_cast<int64_t>(owned.last - owned.first) + 1;
-  const Stretch readable = readable_of(line, owned);
-  if (readable.empty()) return take_end_samples(pixel, line, owned.first, owned.last);
-  take_end_samples(pixel, line, owned.first, readable.first - 1);
-  take_end_samples(pixel, line, readable.last + 1, owned.last);
-  Section& section = sections_[region];
-  section.lines[section.size] = line;
-  section.samples[section.size] = readable;
-  section.pixels[section.size] = static_cast<uint8_t>(pixel);
-  ++section.size;
-  section.all = {std::min(section.all.first, readable.first), std::max(section.all.last, readable.last)};
+// Of evenly spaced slices.
+void Tile::find_samples(Section& section) {
+  StretchLanes& samples = section.samples;
+  clip(scene_.owned, section.lines, scene_.rays.depths(), samples);
+  for (size_t lane = 0; lane < kLanes; ++lane) {
+    if (columns_[lane] >= scene_.width || rows_[lane] >= scene_.height) samples.set(lane, {});
+    if (samples.empty(lane)) continue;
+    any_ |= uint64_t{1} << lane;
+    counts_.samples += samples.last[lane] - samples.first[lane] + 1;
+    if (all_readable_) continue;
+    const Stretch owned{double(samples.first[lane]), double(samples.last[lane])};
+    samples.set(lane, readable_of(lane, section.lines.of(lane), owned));
+  }
 }
 
-// Seldom less than all: only where a sample lies exactly on the last voxels.
-Stretch Tile::readable_of(const Line& line, const Stretch& owned) const {
-  if (all_readable_) return owned;
+void Tile::find_pieces(size_t lane, const Line& line) {
+  for (size_t j = 0; j < sections_.size(); ++j) {
+    const Piece piece =
+        piece_in_region(scene_.volume.frame, j, scene_.casting.sampler.nearest, line, scene_.rays.depths());
+    if (piece.samples.empty()) continue;
+    const Stretch owned = clip(scene_.owned, piece.line, piece.samples);
+    if (owned.empty()) continue;
+    any_ |= uint64_t{1} << lane;
+    counts_.samples += static_cast<int64_t>(owned.last - owned.first) + 1;
+    sections_[j].lines.set(lane, piece.line);
+    sections_[j].samples.set(lane, readable_of(lane, piece.line, owned));
+  }
+}
+
+// Takes the other samples of its own at once. Seldom any: only where a sample lies exactly on the last
+// voxels.
+Stretch Tile::readable_of(size_t lane, const Line& line, const Stretch& owned) {
   bool all = true;
   for (size_t a = 0; a < 3; ++a) {
     const double from = line.middle[a] + owned.first * line.step[a];
     const double to = line.middle[a] + owned.last * line.step[a];
     all = all && std::max(from, to) <= scene_.readable.high[a];
   }
-  return all ? owned : clip(scene_.readable, line, owned);
+  if (all) return owned;
+  const Stretch readable = clip(scene_.readable, line, owned);
+  if (readable.empty()) {
+    take_end_samples(lane, line, owned.first, owned.last);
+  } else {
+    take_end_samples(lane, line, owned.first, readable.first - 1);
+    take_end_samples(lane, line, readable.last + 1, owned.last);
+  }
+  return readable;
 }
 
-void Tile::take_end_samples(size_t pixel, const Line& line, double first, double last) {
+void Tile::take_end_samples(size_t lane, const Line& line, double first, double last) {
   for (double n = first; n <= last; ++n) {
     std::array<double, 3> position;
     for (size_t a = 0; a < 3; ++a) position[a] = line.middle[a] + n * line.step[a];
     const int sample = end_sample(scene_.volume, position);
     ++counts_.cast;
-    take(pixel, sample, n);
-    sum_[pixel] += sample;
-    ++count_[pixel];
+    take(lane, sample, static_cast<int>(n));
+    sum_[lane] += sample;
+    ++count_[lane];
   }
 }
 
 // Of equal samples the nearest to the viewer wins.
-void Tile::take(size_t pixel, int sample, double number) {
-  if (scene_.order.better(sample, best_[pixel]) || (sample == best_[pixel] && number < at_[pixel])) {
-    best_[pixel] = sample;
-    at_[pixel] = number;
+void Tile::take(size_t lane, int sample, int number) {
+  if (scene_.order.better(sample, best_[lane]) || (sample == best_[lane] && number < at_[lane])) {
+    best_[lane] = sample;
+    at_[lane] = number;
   }
 }
 
 void Tile::cast_everything() {
-  for (const Section& section : sections_) {
-    const double most = scene_.casting.most_samples;
-    for (double first = section.all.first; first <= section.all.last; first += most)
-      for (size_t ray = 0; ray < section.size; ++ray) add_stretch(section, ray, first, first + most - 1);
-  }
+  const int most = scene_.casting.most_samples;
+  for (const Section& section : sections_)
+    for (int first = section.first; first <= section.last; first += most)
+      for (size_t lane = 0; lane < kLanes; ++lane) add_stretch(section, lane, first, first + most - 1);
   run_batch();
 }
 
-void Tile::add_stretch(const Section& section, size_t ray, double first, double last) {
-  const Stretch& samples = section.samples[ray];
-  first = std::max(first, samples.first);
-  last = std::min(last, samples.last);
+void Tile::add_stretch(const Section& section, size_t lane, int first, int last) {
+  first = std::max(first, section.samples.first[lane]);
+  last = std::min(last, section.samples.last[lane]);
   if (first > last) return;
-  batch_.add(section.lines[ray], first, static_cast<int>(last - first) + 1, section.pixels[ray]);
+  batch_.add(section.lines, lane, first, last - first + 1);
   if (batch_.full()) run_batch();
+}
+
+void Tile::take_all(const Reduced& reduced) {
+  const Wanted& wanted = scene_.casting.wanted;
+  for (size_t i = 0; i < batch_.size(); ++i) {
+    const size_t lane = batch_.lane(i);
+    const int first = batch_.first(i);
+    if (wanted.largest) take(lane, reduced.largest[i], first + (wanted.places ? reduced.largest_at[i] : 0));
+    if (wanted.smallest)
+      take(lane, reduced.smallest[i], first + (wanted.places ? reduced.smallest_at[i] : 0));
+    if (wanted.sum) sum_[lane] += reduced.sum[i];
+    count_[lane] += batch_.count(i);
+    counts_.cast += batch_.count(i);
+  }
 }
 
 void Tile::run_batch() {
   if (batch_.size() == 0) return;
-  const Reduced& reduced = batch_.run();
-  const Wanted& wanted = scene_.casting.wanted;
-  for (size_t i = 0; i < batch_.size(); ++i) {
-    const size_t pixel = static_cast<size_t>(batch_.owner(i));
-    const double first = batch_.first(i);
-    if (wanted.largest) take(pixel, reduced.largest[i], first + (wanted.places ? reduced.largest_at[i] : 0));
-    if (wanted.smallest)
-      take(pixel, reduced.smallest[i], first + (wanted.places ? reduced.smallest_at[i] : 0));
-    if (wanted.sum) sum_[pixel] += reduced.sum[i];
-    count_[pixel] += batch_.count(i);
-    counts_.cast += batch_.count(i);
-  }
+  take_all(batch_.run());
   batch_.clear();
   if (skip_) find_worst();
-}
-
-int Tile::final_sample(size_t pixel) const {
-  if (!scene_.casting.wanted.sum) return best_[pixel];
-  // The mean, halves rounded up: a floor, for negative sums too.
-  const int64_t twice = 2 * sum_[pixel] + count_[pixel], divisor = 2 * count_[pixel];
-  return static_cast<int>((twice - (twice % divisor + divisor) % divisor) / divisor);
-}
-
-void Tile::write_pixel(size_t pixel, int64_t column, int64_t row) const {
-  const zox_render_picture& picture = scene_.picture;
-  const int sample = any_[pixel] ? final_sample(pixel) : ZOX_RENDER_NOTHING;
-  if (picture.pixels)
-    at(picture.pixels, picture.pixels_pitch, column, row) =
-        any_[pixel] ? scene_.shades.shade(sample) : uint8_t{0};
-  if (picture.samples) at(picture.samples, picture.samples_pitch, column, row) = static_cast<int16_t>(sample);
-  if (picture.depths)
-    at(picture.depths, picture.depths_pitch, column, row) =
-        any_[pixel] ? static_cast<int32_t>(at_[pixel]) + scene_.rays.number_offset() : ZOX_RENDER_NO_DEPTH;
-}
-
-void Tile::write(int left, int top) const {
-  for (size_t p = 0; p < kTilePixels; ++p) {
-    const int column = left + column_of(p), row = top + row_of(p);
-    if (column < scene_.width && row < scene_.height) write_pixel(p, column, row);
-  }
 }
 
 }  // namespace render

@@ -12,7 +12,8 @@
 namespace render {
 
 inline constexpr int kTileEdge = 8, kQuadEdge = 4;
-inline constexpr size_t kTilePixels = 64, kQuads = 4;
+// Pixels are lanes, those of a quad one after the other.
+inline constexpr size_t kQuads = 4, kQuadPixels = 16;
 
 // What all tiles of a picture share.
 struct Scene {
@@ -25,7 +26,7 @@ struct Scene {
   int width, height;
   SampleBox owned, readable;
   bool skip;
-  double stretch;  // samples, of what is skipped or not as a whole
+  int stretch;  // samples, of what is skipped or not as a whole
   // Samples that are as good as none, and as the best: others than order.none() where only pixels are wanted.
   int floor, ceiling;
 };
@@ -46,61 +47,62 @@ class Tile {
   const Counts& counts() const { return counts_; }
 
  private:
-  // The pieces of the tile's rays within one region, those of a quad one after the other.
+  // The pieces of the tile's rays within one region.
   struct Section {
-    size_t size = 0;
-    std::array<Line, kTilePixels> lines;
-    std::array<Stretch, kTilePixels> samples;  // readable ones
-    std::array<uint8_t, kTilePixels> pixels;
-    std::array<size_t, kQuads + 1> quad_begins;
+    LineLanes lines;
+    StretchLanes samples;  // readable ones
+    int first, last;       // of all
     std::array<Bundle, kQuads> quads;
     Bundle bundle;  // of all
-    Stretch all;
   };
   // What the samples first .. last of a section's rays can be.
   struct Candidate {
     int best;
     int section;
-    double first, last;
+    int first, last;
   };
 
   // Finding the samples of the rays.
   void find_rays(int left, int top);
-  void add_ray(size_t pixel, const Line& line);
-  void add_piece(size_t region, size_t pixel, const Line& line, const Stretch& owned);
-  Stretch readable_of(const Line& line, const Stretch& owned) const;
-  void take_end_samples(size_t pixel, const Line& line, double first, double last);
+  void clear(int left, int top);
+  void find_samples(Section& section);
+  void find_pieces(size_t lane, const Line& line);
+  Stretch readable_of(size_t lane, const Line& line, const Stretch& owned);
+  void take_end_samples(size_t lane, const Line& line, double first, double last);
   // Casting them all, or those that can win.
   void cast_everything();
   void bundle_rays(Section& section);
   void find_candidates();
-  int best_within(const Bundle& bundle, double first, double last, bool coarse) const;
+  int best_within(const Bundle& bundle, int first, int last, bool coarse) const;
   void cast_candidates();
+  bool can_gain(int best) const;
   bool most_remain() const;
   void cast_runs();
+  void add_quad(const Candidate& candidate, size_t quad, uint32_t lanes, int first, int last);
   void add_candidate(const Candidate& candidate);
-  bool can_improve(size_t pixel, int best, double first) const;
-  void add_stretch(const Section& section, size_t ray, double first, double last);
+  uint32_t gaining(size_t quad, int best, int first) const;
+  void add_stretch(const Section& section, size_t lane, int first, int last);
   void run_batch();
+  void take_all(const Reduced& reduced);
   void find_worst();
-  void take(size_t pixel, int sample, double number);
+  void take(size_t lane, int sample, int number);
   // Writing the picture.
-  void write(int left, int top) const;
-  void write_pixel(size_t pixel, int64_t column, int64_t row) const;
-  int final_sample(size_t pixel) const;
+  void write() const;
+  void write_lane(size_t lane, int sample, uint8_t shade) const;
+  int final_sample(size_t lane) const;
 
   const Scene& scene_;
   bool all_readable_;
   Batch batch_;
   std::vector<Section> sections_;
   std::vector<Candidate> candidates_;
-  // Of each pixel: the winner, its number, and all samples so far.
-  std::array<int, kTilePixels> best_;
-  std::array<double, kTilePixels> at_;
-  std::array<int64_t, kTilePixels> sum_, count_;
-  std::array<bool, kTilePixels> any_;
-  int worst_ = 0;      // of all winners that can still be beaten
-  bool done_ = false;  // there is none
+  alignas(64) Lanes<double> columns_, rows_;
+  // Of each pixel: the winner, its number, and all samples so far. A winner that needs nothing more, or that
+  // has no samples, is unbeatable.
+  alignas(64) Lanes<int32_t> best_, at_;
+  Lanes<int64_t> sum_, count_;
+  uint64_t any_ = 0;   // pixels that have samples
+  int worst_ = 0;      // of all winners
   bool skip_ = false;  // in this tile
   int untried_ = 0;    // tiles to come that are cast as a whole
   Counts counts_;

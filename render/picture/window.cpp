@@ -36,6 +36,16 @@ Shades::Shades(double slope, double intercept, double center, double width)
           "The window must be finite, and wide enough for its ends to differ.");
 }
 
+void Shades::shade(const Lanes<int32_t>& samples, Lanes<uint8_t>& shades) const {
+  alignas(64) Lanes<int32_t> found;
+  for (size_t i = 0; i < kLanes; ++i) {
+    const double value = samples[i] * slope_ + intercept_;
+    const double between = (value - low_) / width_ * 255;
+    found[i] = static_cast<int32_t>(value <= low_ ? 0 : value >= high_ ? 255 : between);
+  }
+  for (size_t i = 0; i < kLanes; ++i) shades[i] = static_cast<uint8_t>(found[i]);
+}
+
 void Shades::apply(const int16_t* samples, int64_t count, uint8_t* pixels) const {
   for (int64_t i = 0; i < count; ++i)
     pixels[i] = samples[i] == ZOX_RENDER_NOTHING ? uint8_t{0} : shade(samples[i]);

@@ -3,6 +3,7 @@
 
 #include <cstdint>
 
+#include "view/lanes.h"
 #include "volume/volume.h"
 
 namespace render {
@@ -18,6 +19,7 @@ class Shades {
     if (value >= high_) return 255;
     return static_cast<uint8_t>((value - low_) / width_ * 255);
   }
+  void shade(const Lanes<int32_t>& samples, Lanes<uint8_t>& shades) const;
   // NOTHING becomes 0.
   void apply(const int16_t* samples, int64_t count, uint8_t* pixels) const;
   // The largest sample that is black and the smallest that is white; beyond 16 bits where there is none.

@@ -22,6 +22,9 @@ SampleBox readable_box(const Volume& volume, bool nearest);
 // The samples of a line within both.
 Stretch clip(const SampleBox& box, const Line& line, const Stretch& within);
 
+// Those of a tile's lines.
+void clip(const SampleBox& box, const LineLanes& lines, const Stretch& within, StretchLanes& samples);
+
 // A piece of a ray within one region of slices; the third coordinate of its line counts slices.
 struct Piece {
   Line line;

@@ -70,20 +70,38 @@ void Rays::take_slab(const zox_render_view& view, double step) {
   depths_ = between(near, view.slab_far, step);
 }
 
+// One axis at a time, since lanes of all three would be more than registers hold.
+template <bool kPerspective>
+void Rays::fill(const Lanes<double>& columns, const Lanes<double>& rows, LineLanes& lines) const {
+  for (int axis = 0; axis < 3; ++axis) {
+    Lanes<double>&middles = lines.middle[static_cast<size_t>(axis)],
+    &steps = lines.step[static_cast<size_t>(axis)];
+    const double center = center_[axis], right = right_[axis], up = up_[axis], forward = forward_[axis];
+    for (size_t i = 0; i < kLanes; ++i) {
+      const double a = (columns[i] + 0.5 - half_width_) * pixel_, b = (half_height_ - rows[i] - 0.5) * pixel_;
+      double middle = center + right * a + up * b, direction = forward;
+      if (kPerspective) {
+        const double far = std::sqrt(a * a + b * b + eye_distance_ * eye_distance_);
+        direction = (forward * eye_distance_ + right * a + up * b) * (1 / far);
+        middle = center - forward * eye_distance_ + direction * reach_;
+      }
+      middles[i] = to_whole(middle * kGrid);
+      steps[i] = to_whole(direction * step_ * kGrid);
+    }
+  }
+}
+
+void Rays::lines(const Lanes<double>& columns, const Lanes<double>& rows, LineLanes& lines) const {
+  perspective_ ? fill<true>(columns, rows, lines) : fill<false>(columns, rows, lines);
+}
+
 Line Rays::line(double column, double row) const {
-  const double a = (column + 0.5 - half_width_) * pixel_, b = (half_height_ - row - 0.5) * pixel_;
-  Vec3 middle = center_ + right_ * a + up_ * b, direction = forward_;
-  if (perspective_) {
-    const double far = std::sqrt(a * a + b * b + eye_distance_ * eye_distance_);
-    direction = (forward_ * eye_distance_ + right_ * a + up_ * b) * (1 / far);
-    middle = center_ - forward_ * eye_distance_ + direction * reach_;
-  }
-  Line line;
-  for (size_t i = 0; i < 3; ++i) {
-    line.middle[i] = to_whole(middle[static_cast<int>(i)] * kGrid);
-    line.step[i] = to_whole(direction[static_cast<int>(i)] * step_ * kGrid);
-  }
-  return line;
+  Lanes<double> columns{}, rows{};
+  columns[0] = column;
+  rows[0] = row;
+  LineLanes found;
+  lines(columns, rows, found);
+  return found.of(0);
 }
 
 }  // namespace render

@@ -7,6 +7,7 @@
 
 #include "interface.h"
 #include "view/camera.h"
+#include "view/lanes.h"
 #include "volume/frame.h"
 
 namespace render {
@@ -21,16 +22,6 @@ inline double to_whole(double v) {
   return (v + kShift) - kShift;
 }
 
-// Sample n lies at middle + n * step.
-struct Line {
-  std::array<double, 3> middle, step;
-};
-
-struct Stretch {
-  double first = 0, last = -1;
-  bool empty() const { return first > last; }
-};
-
 // More samples from the center than this are refused: doubles would no longer hold quotients of positions
 // exactly.
 inline constexpr double kFarSample = 1 << 24;
@@ -41,12 +32,16 @@ class Rays {
   Rays(const Camera& camera, const Frame& frame, const zox_render_view& view);
 
   Line line(double column, double row) const;
+  // Those of a tile, the same to the last bit.
+  void lines(const Lanes<double>& columns, const Lanes<double>& rows, LineLanes& lines) const;
   // The samples that the slab and the eye leave.
   const Stretch& depths() const { return depths_; }
   // What is added to a sample's number when it is told: not 0 for a single slice only.
   int number_offset() const { return number_offset_; }
 
  private:
+  template <bool kPerspective>
+  void fill(const Lanes<double>& columns, const Lanes<double>& rows, LineLanes& lines) const;
   void take_slab(const zox_render_view& view, double step);
 
   bool perspective_;
