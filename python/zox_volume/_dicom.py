@@ -67,6 +67,8 @@ def _frames(dataset: Any) -> list[_Slice]:
     if not per_frame:
         raise ValueError("it has several frames, but does not say where each lies")
     voxels = dataset.pixel_array
+    if len(per_frame) != len(voxels):
+        raise ValueError(f"it says where {len(per_frame)} of its {len(voxels)} frames lie")
     common = _group_items(shared[0] if shared else None)
     return [
         _slice(frame, [*_group_items(groups), *common, dataset]) for frame, groups in zip(voxels, per_frame)
