@@ -16,6 +16,7 @@
 #include "header_lines.h"
 #include "inflate.h"
 #include "text.h"
+#include "tiff_pages.h"
 #include "voxels.h"
 
 namespace zox::input {
@@ -178,6 +179,7 @@ bool is_itk_format(const std::string& path) {
 Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
   try {
     const ImageIO::Pointer io = reader_of(path);
+    if (is_tiff(File(path).read(0, 16))) check_tiff_pages(path);
     if (!io->CanReadFile(path.c_str())) refuse(quoted(path) + " is not what its name says.");
     io->SetFileName(path);
     io->ReadImageInformation();
