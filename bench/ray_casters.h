@@ -1,8 +1,8 @@
 // The ray casters by name: each instruction set's, the reference's, the scalar lists'.
 #pragma once
 
+#include "operations/caster_words.h"
 #include "operations/table.h"
-#include "operations/words.h"
 #include "reference.h"
 #include "scalar_lists.h"
 #include "volume.h"

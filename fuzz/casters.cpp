@@ -1,6 +1,6 @@
-#include "batch.h"
 #include "differ.h"
 #include "operations.h"
+#include "ray_batch.h"
 #include "targets.h"
 
 namespace zox_fuzz {

@@ -51,7 +51,7 @@ upward_includes() {
   grep -nE '#include "(blocked|stack|maximum|window|operations)/' src/numbers/* || true
   for room in blocked stack maximum window; do
     grep -nE '#include "(blocked|stack|maximum|window|operations)/' "src/$room"/* |
-      grep -vE "#include \"($room/|operations/(list|words|rules)\.h)" || true
+      grep -vE "#include \"($room/|operations/(list|caster_words|rules)\.h)" || true
   done
 }
 

@@ -5,7 +5,7 @@
 #include <stdint.h>
 
 #include "numbers/rounding.h"
-#include "operations/words.h"
+#include "operations/caster_words.h"
 
 namespace zox {
 

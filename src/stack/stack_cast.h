@@ -2,7 +2,7 @@
 // order however the rays cross the stack.
 #pragma once
 
-#include "stack/scratch.h"
+#include "stack/heap_block.h"
 #include "stack/slice_cursors.h"
 #include "stack/slice_lists.h"
 #include "stack/stack_sampling.h"

@@ -1,7 +1,7 @@
 // 16-bit intensities to display bytes.
 #pragma once
 
-#include "window/window.h"
+#include "window/mapping.h"
 #include "zox_volume.h"
 
 namespace zox::ZOX_SET {

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "batch.h"
+#include "ray_batch.h"
 #include "targets.h"
 
 namespace {

@@ -4,8 +4,8 @@
 
 #include <string>
 
-#include "batch.h"
 #include "effort.h"
+#include "ray_batch.h"
 #include "violations.h"
 
 namespace zox_test {

@@ -10,9 +10,9 @@
 #include <tuple>
 #include <vector>
 
-#include "batch.h"
 #include "crash_note.h"
 #include "effort.h"
+#include "ray_batch.h"
 #include "targets.h"
 
 namespace zox_test {

@@ -5,9 +5,9 @@
 #include <string>
 #include <tuple>
 
-#include "batch.h"
 #include "crash_note.h"
 #include "effort.h"
+#include "ray_batch.h"
 #include "targets.h"
 
 namespace zox_test {

@@ -6,8 +6,8 @@
 #include <thread>
 #include <vector>
 
-#include "batch.h"
 #include "effort.h"
+#include "ray_batch.h"
 #include "targets.h"
 
 namespace zox_test {

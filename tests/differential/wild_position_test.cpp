@@ -13,8 +13,8 @@
 
 #include "crash_note.h"
 #include "effort.h"
-#include "planes.h"
 #include "repeated_pages.h"
+#include "sample_planes.h"
 #include "targets.h"
 
 namespace zox_test {

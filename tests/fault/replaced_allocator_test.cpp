@@ -9,10 +9,10 @@
 #include <string>
 #include <vector>
 
-#include "batch.h"
 #include "crash_note.h"
 #include "effort.h"
 #include "guarded_buffer.h"
+#include "ray_batch.h"
 #include "scratch_case.h"
 #include "zox_volume_names.h"
 

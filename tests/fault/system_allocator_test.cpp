@@ -6,8 +6,8 @@
 #include <tuple>
 #include <vector>
 
-#include "batch.h"
 #include "effort.h"
+#include "ray_batch.h"
 #include "scratch_case.h"
 #include "targets.h"
 #include "watched_malloc.h"

@@ -4,7 +4,7 @@
 #include "guarded_buffer.h"
 #include "operation_list.h"
 #include "trace.h"
-#include "voxels.h"
+#include "voxel_draw.h"
 
 namespace zox_test {
 

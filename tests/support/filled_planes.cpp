@@ -6,7 +6,7 @@
 #include <sstream>
 
 #include "reference.h"
-#include "voxels.h"
+#include "voxel_draw.h"
 
 namespace zox_test {
 namespace {

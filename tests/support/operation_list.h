@@ -1,8 +1,8 @@
 // The ray casters with what runs them: tests, fault injection and fuzz targets walk this list.
 #pragma once
 
+#include "operations/caster_words.h"
 #include "operations/table.h"
-#include "operations/words.h"
 #include "zox_volume.h"
 
 namespace zox_test {

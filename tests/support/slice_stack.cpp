@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <numeric>
 
-#include "voxels.h"
+#include "voxel_draw.h"
 
 namespace zox_test {
 namespace {

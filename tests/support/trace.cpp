@@ -1,3 +1,6 @@
+// The walks once more, apart from those of the reference, which cannot serve: it reads as it walks, while the
+// volume is made, and rays are cut where they would leave it, by what is found here. A mistake here hides
+// none there: the batch still runs by the library and by the reference, and the two are compared.
 #include "trace.h"
 
 #include <cmath>

@@ -1,4 +1,4 @@
-#include "batch.h"
+#include "ray_batch.h"
 
 #include <algorithm>
 #include <sstream>

@@ -1,4 +1,4 @@
-#include "regions.h"
+#include "region_draw.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "planes.h"
+#include "sample_planes.h"
 
 #include <cstring>
 #include <sstream>

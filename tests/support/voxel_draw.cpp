@@ -1,4 +1,4 @@
-#include "voxels.h"
+#include "voxel_draw.h"
 
 #include <algorithm>
 #include <cstring>

@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "blocked_volume.h"
-#include "planes.h"
 #include "ray_draw.h"
-#include "regions.h"
+#include "region_draw.h"
+#include "sample_planes.h"
 #include "slice_stack.h"
 
 namespace zox_test {

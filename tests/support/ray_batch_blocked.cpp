@@ -1,6 +1,6 @@
 #include <algorithm>
 
-#include "batch.h"
+#include "ray_batch.h"
 
 namespace zox_test {
 
