@@ -77,7 +77,7 @@ if(TARGET zox-view)
 endif()
 if(TARGET zox-mip-mpi)
   zox_debian_package(zox-mip-mpi graphics "renderer of very large volumes over MPI"
-    "Renders volumes larger than the memory of one machine as maximum-intensity\npictures, each process reading and casting its own part." DEPENDS ${libraries})
+    "Renders volumes larger than the memory of one machine as maximum-intensity\npictures, each process reading and casting its own part." DEPENDS ${libraries} openmpi-bin)
 endif()
 if(ZOX_BUILD_PYTHON_BUILT AND EXISTS ${PROJECT_SOURCE_DIR}/python/CMakeLists.txt)
   zox_debian_package(python3-zox-volume python "exact pictures of scalar volumes, from NumPy"

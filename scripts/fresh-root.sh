@@ -97,6 +97,9 @@ packages() {
   say "the phantom"
   inside 'cd /tmp; zox-mip --phantom -o phantom.png; head -c 4 phantom.png | grep -q PNG'
   cp "$root/tmp/phantom.png" "$root"/tmp/examples/*.png "$work/"
+  say "the phantom, by two ranks"
+  inside 'cd /tmp; OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 \
+    mpirun --oversubscribe -n 2 zox-mip-mpi --phantom -o ranks.png; cmp phantom.png ranks.png'
   say "removed"
   inside 'apt-get purge -qy "libzox*" "zox*" python3-zox-volume >/dev/null; ! find /usr/bin /usr/lib /usr/include -name "*zox*" | grep .'
 }
