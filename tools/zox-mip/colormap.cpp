@@ -16,7 +16,7 @@ constexpr Stop kHotStops[] = {
 // What lies in the middle of the window is black: negative values are blue, positive ones red.
 constexpr Stop kDivergingStops[] = {{0, {160, 240, 255}},
                                     {64, {30, 90, 255}},
-                                    {128, {0, 0, 0}},
+                                    {kBlackOfDiverging, {0, 0, 0}},
                                     {192, {255, 60, 30}},
                                     {255, {255, 240, 150}}};
 constexpr Stop kGrayStops[] = {{0, {0, 0, 0}}, {255, {255, 255, 255}}};

@@ -1,6 +1,7 @@
 // Colours for the greys of a picture.
 #pragma once
 
+#include <cstdint>
 #include <map>
 #include <string>
 
@@ -9,6 +10,9 @@
 namespace zox_mip {
 
 enum class Colormap { kGray, kInverse, kHot, kDiverging };
+
+// The grey that the diverging map shows black: the middle of the window.
+inline constexpr uint8_t kBlackOfDiverging = 128;
 
 extern const std::map<std::string, Colormap> kColormaps;
 

@@ -67,7 +67,7 @@ Planes make_planes(const Options& options) {
   const size_t count = static_cast<size_t>(options.view.width) * static_cast<size_t>(options.view.height);
   Planes planes;
   planes.pixels.resize(count);
-  if (!options.raw_output.empty()) planes.samples.resize(count);
+  if (!options.raw_output.empty() || options.colormap == Colormap::kDiverging) planes.samples.resize(count);
   if (!options.depth_output.empty()) planes.depths.resize(count);
   return planes;
 }

@@ -19,7 +19,15 @@ void Writer::write(const Job& job, const zox_render_geometry& geometry, const zo
   if (!job.depth_output.empty()) write_depths(job.depth_output, planes_, options_, geometry.step);
 }
 
+// A library's pixel is 0 there, which this map shows as a value far below the others.
+void Writer::darken_nothing() {
+  if (options_.colormap != Colormap::kDiverging) return;
+  for (size_t i = 0; i < planes_.pixels.size(); ++i)
+    if (planes_.samples[i] == ZOX_RENDER_NOTHING) planes_.pixels[i] = kBlackOfDiverging;
+}
+
 void Writer::write_picture(const Job& job, const zox_render_geometry& geometry) {
+  darken_nothing();
   if (options_.marks)
     zox::display::draw_marks({planes_.pixels.data(), options_.view.width, options_.view.height}, geometry);
   const output::Image image = image_of(planes_, options_, palette_);

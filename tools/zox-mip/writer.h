@@ -18,6 +18,7 @@ class Writer {
   void write(const Job& job, const zox_render_geometry& geometry, const zox_render_volume_info& info);
 
  private:
+  void darken_nothing();
   void write_picture(const Job& job, const zox_render_geometry& geometry);
 
   const Options& options_;
