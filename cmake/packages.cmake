@@ -26,14 +26,17 @@ file(CHMOD ${PROJECT_BINARY_DIR}/package/postinst ${PROJECT_BINARY_DIR}/package/
   PERMISSIONS OWNER_READ OWNER_WRITE OWNER_EXECUTE GROUP_READ GROUP_EXECUTE WORLD_READ WORLD_EXECUTE)
 set(same "(= ${PROJECT_VERSION}-1)")
 
-# zox_debian_package(name section "summary" "description" [DEPENDS package...] [LIBRARY] [ALL])
+# zox_debian_package(name section "summary" "description" [DEPENDS package...] [RECOMMENDS package...] [LIBRARY]
+# [ALL])
 function(zox_debian_package name section summary description)
-  cmake_parse_arguments(PARSE_ARGV 4 with "LIBRARY;ALL" "" "DEPENDS")
+  cmake_parse_arguments(PARSE_ARGV 4 with "LIBRARY;ALL" "" "DEPENDS;RECOMMENDS")
   string(TOUPPER ${name} key)
   list(JOIN with_DEPENDS ", " depends)
+  list(JOIN with_RECOMMENDS ", " recommends)
   set(CPACK_DEBIAN_${key}_PACKAGE_NAME ${name} PARENT_SCOPE)
   set(CPACK_DEBIAN_${key}_PACKAGE_SECTION ${section} PARENT_SCOPE)
   set(CPACK_DEBIAN_${key}_PACKAGE_DEPENDS "${depends}" PARENT_SCOPE)
+  set(CPACK_DEBIAN_${key}_PACKAGE_RECOMMENDS "${recommends}" PARENT_SCOPE)
   set(CPACK_COMPONENT_${key}_DESCRIPTION "${summary}\n${description}" PARENT_SCOPE)
   if(with_LIBRARY)
     set(CPACK_DEBIAN_${key}_PACKAGE_CONTROL_EXTRA ${PROJECT_BINARY_DIR}/package/triggers PARENT_SCOPE)
@@ -67,17 +70,21 @@ if(TARGET zox_render)
   set(renderer "libzox-render ${same}")
 endif()
 set(libraries "libzox-volume ${same}" ${renderer})
+# Loaded when a file needs it.
+set(loaded libhdf5-103-1)
 if(TARGET zox-mip)
   zox_debian_package(zox-mip graphics "renderer of maximum-intensity pictures of volumes"
-    "Renders NIfTI, NRRD, MetaImage, DICOM and other volumes as maximum-intensity\npictures from the command line." DEPENDS ${libraries})
+    "Renders NIfTI, NRRD, MetaImage, DICOM and other volumes as maximum-intensity\npictures from the command line." DEPENDS ${libraries}
+    RECOMMENDS ${loaded})
 endif()
 if(TARGET zox-view)
   zox_debian_package(zox-view graphics "interactive viewer of volumes in the browser"
-    "Shows NIfTI, NRRD, MetaImage, DICOM and other volumes in a browser, rendered by\nthe processor of the machine that has the data." DEPENDS ${libraries})
+    "Shows NIfTI, NRRD, MetaImage, DICOM and other volumes in a browser, rendered by\nthe processor of the machine that has the data." DEPENDS ${libraries} RECOMMENDS ${loaded})
 endif()
 if(TARGET zox-mip-mpi)
   zox_debian_package(zox-mip-mpi graphics "renderer of very large volumes over MPI"
-    "Renders volumes larger than the memory of one machine as maximum-intensity\npictures, each process reading and casting its own part." DEPENDS ${libraries} openmpi-bin)
+    "Renders volumes larger than the memory of one machine as maximum-intensity\npictures, each process reading and casting its own part." DEPENDS ${libraries} openmpi-bin
+    RECOMMENDS ${loaded})
 endif()
 if(ZOX_BUILD_PYTHON_BUILT AND EXISTS ${PROJECT_SOURCE_DIR}/python/CMakeLists.txt)
   zox_debian_package(python3-zox-volume python "exact pictures of scalar volumes, from NumPy"

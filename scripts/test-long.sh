@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
 # What test.sh has no time for: counts of 2^31 - 1, the project as a part of others and as a wheel, many
 # threads under the thread sanitizer, a minute of random work on all cores, a minute of each fuzz target and a
-# walk of its own, DICOM series of a head, zox-view's page in a browser, many ranks, coverage, the Debian
-# packages, and a walk through README and the packages in bare Debian roots. One line per stage; the logs
-# stand in build/logs. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
+# walk of its own, DICOM series of a head, zox-view's page in a browser, many ranks, a volume of 17 GB,
+# coverage, the Debian packages, and a walk through README and the packages in bare Debian roots. One line per
+# stage; the logs stand in build/logs. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
 . "$(dirname "$0")/usage.sh"
@@ -45,7 +45,19 @@ fresh_walk() {
   fi
 }
 
-step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz coverage demo
+many_ranks() {
+  scripts/demo-scans.sh build/test/scans
+  tests/mpi/same_picture.py build/test/zox-mip build/test/zox-mip-mpi build/test/zox-mpi-formula \
+    build/test/scans/skull.mhd build/test/scans/ch2better.nii.gz
+}
+
+# 17 thousand million bytes of voxels, of which each rank makes one part at a time: 0.6 GB.
+largest_volume() {
+  env OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 \
+    mpirun --oversubscribe -n 3 build/test/zox-mpi-formula 4096 4096 512
+}
+
+step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz demo brain coverage
 step "build" build
 stage "largest counts" build/test/zox_test_largest_counts --gtest_brief=1
 stage "taken by others" ctest --test-dir build/test --label-regex long
@@ -58,7 +70,8 @@ stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
 stage "fuzz anew" fresh_walk
 stage "series of a head" series_of_a_head
 stage "pages in a browser" tests/view/browser.sh build/test build/test/screenshots
-stage "many ranks" tests/mpi/same_picture.py build/test/zox-mip build/test/zox-mip-mpi build/test/zox-mpi-formula
+stage "many ranks" many_ranks
+stage "largest volume" largest_volume
 stage "coverage" scripts/coverage.sh
 stage "Debian packages" scripts/packages.sh
 stage "bare Debian" scripts/fresh-root.sh

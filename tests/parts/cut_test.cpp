@@ -47,7 +47,7 @@ TEST(Cut, OwnsEveryVoxelOnce) {
     expect_a_partition(whole, limits, parts);
     const int workers = draw(1, 9);
     size_t shared = 0;
-    for (int w = 0; w < workers; ++w) shared += share_of(parts, weights, w, workers).size();
+    for (const std::vector<Part>& share : shares(parts, weights, workers)) shared += share.size();
     EXPECT_EQ(shared, parts.size());
   }
 }
@@ -60,6 +60,25 @@ TEST(Cut, FollowsTheWeights) {
   ASSERT_EQ(parts.size(), 4U);
   EXPECT_GE(parts[0].owned_size[2], 60);
   EXPECT_LE(parts[0].owned_size[2], 66);
+}
+
+// Of a volume cut across rows and columns too, no worker of many gets two parts where others get one.
+TEST(Cut, SharesPartsEvenlyAmongManyWorkers) {
+  const std::vector<double> weights(10'000, 1.0);
+  for (const int workers : {64, 100, 256, 512, 1024, 1500, 2048, 4096}) {
+    const std::vector<Part> parts = cut({10'000, 10'000, 10'000}, {1024, 0, workers}, weights);
+    uint64_t most = 0, all = 0;
+    for (const std::vector<Part>& share : shares(parts, weights, workers)) {
+      uint64_t voxels = 0;
+      for (const Part& part : share)
+        voxels += uint64_t(part.owned_size[0]) * uint64_t(part.owned_size[1]) * uint64_t(part.owned_size[2]);
+      most = std::max(most, voxels);
+      all += voxels;
+    }
+    EXPECT_EQ(all, 1'000'000'000'000U);
+    EXPECT_GE(double(all) / workers, 0.8 * double(most))
+        << workers << " workers, " << parts.size() << " parts";
+  }
 }
 
 TEST(Cut, TellsWhenNothingFits) {

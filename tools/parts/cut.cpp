@@ -45,6 +45,17 @@ std::vector<Run> weighted_runs(const std::vector<double>& weights, int32_t count
   return runs;
 }
 
+// Runs of slices for workers that take whole parts, `in_slice` for a run: as few as may be, but so many that
+// no worker's share of the parts is much larger than the others'.
+int32_t even_count(int32_t least, int32_t in_slice, int32_t workers) {
+  constexpr double kEven = 0.9;
+  for (int32_t count = least; count <= 4 * least; ++count) {
+    const int64_t parts = int64_t{count} * in_slice, most = (parts + workers - 1) / workers;
+    if (static_cast<double>(parts) >= kEven * static_cast<double>(most * workers)) return count;
+  }
+  return least;
+}
+
 int32_t read_size(const Run& run, int32_t whole) { return std::min(run.count + 1, whole - run.first); }
 
 Part part_of(const Size& whole, const Run& x, const Run& y, const Run& z) {
@@ -83,7 +94,7 @@ std::vector<Part> cut(const Size& whole, const Limits& limits, const std::vector
   const auto in_slice = static_cast<int32_t>(columns.size() * rows.size());
   const int32_t wanted = (limits.least_parts + in_slice - 1) / in_slice;
   const auto least = static_cast<int32_t>(equal_runs(whole[2], longest).size());
-  const int32_t count = std::min(std::max(wanted, least), whole[2]);
+  const int32_t count = std::min(even_count(std::max(wanted, least), in_slice, limits.least_parts), whole[2]);
   std::vector<Part> parts;
   for (const Run& z : weighted_runs(weights_or_ones(slice_weights, whole[2]), count, longest))
     for (const Run& y : rows)
@@ -91,8 +102,8 @@ std::vector<Part> cut(const Size& whole, const Limits& limits, const std::vector
   return parts;
 }
 
-std::vector<Part> share_of(const std::vector<Part>& parts, const std::vector<double>& slice_weights,
-                           int worker, int count) {
+std::vector<std::vector<Part>> shares(const std::vector<Part>& parts,
+                                      const std::vector<double>& slice_weights, int count) {
   const Part& last = parts.back();
   const std::vector<double> weights =
       weights_or_ones(slice_weights, last.owned_first[2] + last.owned_size[2]);
@@ -106,13 +117,13 @@ std::vector<Part> share_of(const std::vector<Part>& parts, const std::vector<dou
     ends.push_back(total);
   }
   // A part belongs to the worker in whose share its middle lies.
-  std::vector<Part> mine;
+  std::vector<std::vector<Part>> all(static_cast<size_t>(count));
   for (size_t i = 0; i < parts.size(); ++i) {
     const double middle = (ends[i] + (i == 0 ? 0 : ends[i - 1])) / 2;
     const int owner = std::min(static_cast<int>(middle / total * count), count - 1);
-    if (owner == worker) mine.push_back(parts[i]);
+    all[static_cast<size_t>(owner)].push_back(parts[i]);
   }
-  return mine;
+  return all;
 }
 
 }  // namespace zox::parts

@@ -18,15 +18,15 @@ struct Part {
 struct Limits {
   int32_t longest = 1024;    // voxels along an axis of a part, those that are read but not owned too
   uint64_t most_voxels = 0;  // of a part, likewise; 0: any number
-  int32_t least_parts = 1;   // as many at least, if there are as many slices
+  int32_t least_parts = 1;   // as many at least, if there are as many slices; for as many workers
 };
 
 // Slices are cut first, where weights (one for each slice, or none) make the parts equal; rows and columns
 // only where a part would be too long. Throws std::runtime_error where no cut keeps the limits.
 std::vector<Part> cut(const Size& whole, const Limits& limits, const std::vector<double>& slice_weights);
 
-// The parts of one of `count` workers: whole runs of neighbours, equal by weight.
-std::vector<Part> share_of(const std::vector<Part>& parts, const std::vector<double>& slice_weights,
-                           int worker, int count);
+// The parts of each of `count` workers: whole runs of neighbours, equal by weight.
+std::vector<std::vector<Part>> shares(const std::vector<Part>& parts,
+                                      const std::vector<double>& slice_weights, int count);
 
 }  // namespace zox::parts

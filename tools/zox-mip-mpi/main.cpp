@@ -3,19 +3,19 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cmath>
-#include <csignal>
 #include <cstdio>
-#include <cstring>
 #include <new>
 #include <optional>
 #include <thread>
 
 #include "available_memory.h"
+#include "endings.h"
 #include "failure.h"
 #include "jobs.h"
 #include "output.h"
+#include "rank_report.h"
+#include "reduce.h"
 #include "shared_source.h"
 #include "spread_volume.h"
 #include "studies.h"
@@ -96,41 +96,13 @@ void take_window(const Group& group, const zox::input::Scan& scan, Options& opti
   options.view.window_width = window[1];
 }
 
-class Clock {
- public:
-  double lap() {
-    const auto now = std::chrono::steady_clock::now();
-    return std::chrono::duration<double>(now - std::exchange(last_, now)).count();
-  }
-
- private:
-  std::chrono::steady_clock::time_point last_ = std::chrono::steady_clock::now();
-};
-
-std::string list_of(const std::vector<int64_t>& numbers) {
-  std::string text;
-  for (const int64_t number : numbers) text.append(text.empty() ? "[" : ",").append(std::to_string(number));
-  return text + "]";
-}
-
-// A number of every rank, at the root.
-std::vector<int64_t> gather(const Group& group, int64_t number) {
-  std::vector<int64_t> all(static_cast<size_t>(group.size()));
-  MPI_Gather(&number, 1, MPI_INT64_T, all.data(), 1, MPI_INT64_T, 0, group.communicator());
-  return all;
-}
-
-struct Totals {
-  int64_t samples = 0, cast = 0;
-  double seconds_read = 0, seconds_volume = 0, seconds_render = 0;
-};
-
 void make_picture(const Group& group, const Job& job, const SpreadVolume& volume, const Options& options,
                   parts::Settings settings, zox_mip::Writer& writer, Totals& totals) {
   settings.view = view_of(job, options, volume.corner());
   int64_t cast = 0;
   const parts::Picture picture = volume.render(settings, cast);
   totals.cast += cast;
+  totals.reduced += reduced_bytes(settings);
   group.together([&] {
     if (!group.is_root()) return;
     totals.samples += picture.samples_asked;
@@ -145,22 +117,6 @@ void make_picture(const Group& group, const Job& job, const SpreadVolume& volume
                    name_of_input(options));
     writer.write(job, geometry, zox_mip::info_of(volume.corner()));
   });
-}
-
-void report(const Group& group, const SpreadVolume& volume, const Options& options, const Totals& totals) {
-  const std::vector<int64_t> voxels = gather(group, static_cast<int64_t>(volume.voxels()));
-  const std::vector<int64_t> cast = gather(group, totals.cast);
-  if (!group.is_root()) return;
-  std::FILE* to = options.output == zox::output::kStandardOutput ? stderr : stdout;
-  if (options.stats)
-    std::fprintf(to,
-                 "{\"ranks\":%d,\"samples\":%lld,\"samples_cast_by_rank\":%s,\"voxels_by_rank\":%s,"
-                 "\"seconds_reading\":%.6f,\"seconds_volume\":%.6f,\"seconds_rendering\":%.6f}\n",
-                 group.size(), static_cast<long long>(totals.samples), list_of(cast).c_str(),
-                 list_of(voxels).c_str(), totals.seconds_read, totals.seconds_volume, totals.seconds_render);
-  else if (!options.quiet)
-    std::fprintf(to, "%d ranks, %.1f million samples in %.2f s\n", group.size(),
-                 static_cast<double>(totals.samples) * 1e-6, totals.seconds_render);
 }
 
 // How far the work has come.
@@ -180,7 +136,7 @@ void make_pictures(const Group& group, Options options) {
   zox::input::Scan scan = read_at_root(group, options);
   take_window(group, scan, options);
   const std::vector<std::string> notes = scan.notes;
-  totals.seconds_read = clock.lap();
+  totals.read = clock.lap();
 
   std::optional<zox_mip::Pool> pool;
   group.together([&] { pool = zox_mip::make_pool(threads_of_rank(group, options)); });
@@ -194,7 +150,7 @@ void make_pictures(const Group& group, Options options) {
   const SpreadSource from{source, source.is_in_file(), [&](const auto& lists) { source.distribute(lists); }};
   tell(group, options, "reading " + std::to_string(source.whole().size[2]) + " slices");
   const SpreadVolume volume(group, from, settings, kLongestPart, memory_of_rank(group, options));
-  totals.seconds_volume = clock.lap();
+  totals.volume = clock.lap();
 
   zox_mip::Writer writer(options);
   for (const Job& job : jobs) {
@@ -202,7 +158,7 @@ void make_pictures(const Group& group, Options options) {
          "picture " + std::to_string(&job - jobs.data() + 1) + " of " + std::to_string(jobs.size()));
     make_picture(group, job, volume, options, settings, writer, totals);
   }
-  totals.seconds_render = clock.lap();
+  totals.render = clock.lap();
   if (group.is_root() && !options.quiet)
     for (const std::string& note : notes) std::fprintf(stderr, "zox-mip-mpi: %s\n", note.c_str());
   report(group, volume, options, totals);
@@ -211,26 +167,6 @@ void make_pictures(const Group& group, Options options) {
 int complain(const char* sentence, int status) {
   std::fprintf(stderr, "zox-mip-mpi: %s\n", sentence);
   return status;
-}
-
-// What happened to this rank alone: the others wait for it, and would for ever.
-int abandon(const Group& group, const char* reason) {
-  complain(("Rank " + std::to_string(group.rank()) + ": " + reason).c_str(), zox_mip::kExitFailed);
-  std::fflush(nullptr);
-  return MPI_Abort(group.communicator(), zox_mip::kExitFailed);
-}
-
-// Voxels are seen where they lie: if a file is cut, or its storage fails, the system says so by a signal.
-char lost_file[96];
-void end_at_lost_file(int) {
-  if (write(STDERR_FILENO, lost_file, std::strlen(lost_file)) < 0) _exit(zox_mip::kExitFailed);
-  _exit(zox_mip::kExitFailed);
-}
-
-void watch_mapped_files(const Group& group) {
-  std::snprintf(lost_file, sizeof lost_file,
-                "zox-mip-mpi: Rank %d: The voxel file was cut short, or its storage failed.\n", group.rank());
-  std::signal(SIGBUS, end_at_lost_file);
 }
 
 int run(const Group& group, int argc, char** argv) {
@@ -244,7 +180,7 @@ int run(const Group& group, int argc, char** argv) {
   } catch (const zox_mip::Failure& failure) {
     return group.is_root() ? complain(failure.what(), failure.status) : failure.status;
   }
-  watch_mapped_files(group);
+  watch(group);
   try {
     make_pictures(group, std::move(*options));
     return zox_mip::kExitDone;

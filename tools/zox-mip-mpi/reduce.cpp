@@ -38,11 +38,15 @@ void merge_pixels(void* other, void* into, int* count, MPI_Datatype*) {
   for (size_t i = 0; i < n; ++i) to[i] = {depths[0][i], samples[0][i], 0};
 }
 
+bool is_plain_maximum(const Settings& settings) {
+  return settings.view.reduction == ZOX_RENDER_MAXIMUM && !settings.depths;
+}
+
 // Largest samples alone are the field's plainest reduction; all others go by the library's merge.
 void reduce_pixels(const Group& group, const Settings& settings, Picture& picture) {
   const int count = static_cast<int>(picture.samples.size());
   const void* own = group.is_root() ? MPI_IN_PLACE : static_cast<const void*>(picture.samples.data());
-  if (settings.view.reduction == ZOX_RENDER_MAXIMUM && !settings.depths) {
+  if (is_plain_maximum(settings)) {
     MPI_Reduce(own, picture.samples.data(), count, MPI_SHORT, MPI_MAX, 0, group.communicator());
     return;
   }
@@ -100,6 +104,13 @@ void reduce(const Group& group, const Settings& settings, Picture& picture) {
   sum_at_root(group, picture.counts.data(), picture.counts.size(), MPI_UINT64_T);
   sum_at_root(group, &picture.samples_asked, 1, MPI_INT64_T);
   sum_at_root(group, &picture.samples_cast, 1, MPI_INT64_T);
+}
+
+int64_t reduced_bytes(const Settings& settings) {
+  const size_t pixel = is_plain_maximum(settings) ? sizeof(int16_t) : sizeof(Pixel);
+  const int64_t pixels = int64_t{settings.view.width} * settings.view.height;
+  constexpr int64_t kCounts = 65536 * sizeof(uint64_t);
+  return pixels * static_cast<int64_t>(pixel) + kCounts;
 }
 
 }  // namespace zox_mip_mpi

@@ -13,4 +13,7 @@ void reduce(const Group& group, zox::parts::Measure& measure);
 // The root gets the picture of all; what the others keep is of no use.
 void reduce(const Group& group, const zox::parts::Settings& settings, zox::parts::Picture& picture);
 
+// Bytes that each rank gives to the reduction of a picture.
+int64_t reduced_bytes(const zox::parts::Settings& settings);
+
 }  // namespace zox_mip_mpi

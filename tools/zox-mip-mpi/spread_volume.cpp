@@ -40,8 +40,7 @@ SpreadVolume::SpreadVolume(const Group& group, const SpreadSource& from, const p
     const parts::Size size = {whole.size[0], whole.size[1], whole.size[2]};
     const parts::Limits limits{longest, memory / parts::bytes_a_voxel(whole), group.size()};
     const auto all = parts::cut(size, limits, measure_.slice_weights);
-    for (int rank = 0; rank < group.size(); ++rank)
-      parts_of_ranks.push_back(parts::share_of(all, measure_.slice_weights, rank, group.size()));
+    parts_of_ranks = parts::shares(all, measure_.slice_weights, group.size());
     parts_ = parts_of_ranks[static_cast<size_t>(group.rank())];
     corner_ = parts::corner(source_, measure_, settings);
   });

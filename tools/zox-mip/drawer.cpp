@@ -3,6 +3,7 @@
 #include <parts/picture.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 
 #include "failure.h"
@@ -46,6 +47,7 @@ class PartsDrawer : public Drawer {
               const std::string& name)
       : source_(parts::source_of(name, std::move(scan))),
         whole_(parts::measure(*source_, 0, slices(), measured_bytes(options))) {
+    threads_ = options.threads;
     settings_.options = options.volume;
     settings_.run = run;
     settings_.depths = !options.depth_output.empty();
@@ -58,13 +60,15 @@ class PartsDrawer : public Drawer {
   }
 
   zox_render_stats draw(const zox_render_view& view, Planes& planes) override {
+    const auto begin = std::chrono::steady_clock::now();
     settings_.view = view;
     parts::Picture picture = parts::empty_picture(settings_);
     for (const parts::Part& part : parts_)
       parts::PartVolume(*source_, whole_, part, settings_).add_to(picture, settings_);
     if (picture.samples_asked == 0) refuse_empty(view, "'" + source_->name() + "'");
     most_bytes_ = std::max(most_bytes_, picture.most_part_bytes);
-    return take(picture, planes);
+    const std::chrono::duration<double> taken = std::chrono::steady_clock::now() - begin;
+    return take(picture, taken.count(), planes);
   }
 
   zox_render_volume_info info() const override {
@@ -87,12 +91,13 @@ class PartsDrawer : public Drawer {
   }
   int32_t slices() const { return source_->whole().size[2]; }
 
-  zox_render_stats take(const parts::Picture& picture, Planes& planes) const {
+  zox_render_stats take(const parts::Picture& picture, double seconds, Planes& planes) const {
     zox_render_stats stats;
     zox_render_stats_init(&stats);
     stats.samples = picture.samples_asked;
     stats.samples_cast = picture.samples_cast;
-    stats.threads = 1;
+    stats.threads = threads_;
+    stats.seconds = seconds;
     planes.pixels = parts::display(settings_, picture, stats.window_center, stats.window_width);
     if (!planes.samples.empty()) planes.samples = picture.samples;
     if (!planes.depths.empty()) planes.depths = picture.depths;
@@ -105,6 +110,7 @@ class PartsDrawer : public Drawer {
   std::vector<parts::Part> parts_;
   std::unique_ptr<parts::PartVolume> corner_;
   uint64_t most_bytes_ = 0;
+  int threads_;
 };
 
 }  // namespace
