@@ -16,7 +16,7 @@ import numpy
 import runs
 from runs import ENVIRONMENT, expect, mpirun, own_lines
 
-PROGRAM = sys.argv[1]
+PROGRAM = str(Path(sys.argv[1]).resolve())
 
 
 def write_volume(place, slices=40, cut=0):
