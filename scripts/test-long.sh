@@ -14,10 +14,12 @@ cd "$(dirname "$0")/.."
 many_threads() {
   local run=()
   cmake --preset tsan
-  cmake --build build/tsan --target zox_test_differential
+  cmake --build build/tsan --target zox_test_differential zox_test_render zox_render_unit_tests
   # The sanitizer cannot place its shadow where the system scatters mappings widely.
   if setarch -R true; then run=(setarch -R); fi
   "${run[@]}" build/tsan/zox_test_differential --gtest_filter='*Threads*'
+  "${run[@]}" build/tsan/zox_test_render --gtest_filter='*Threads*:*Cancel*:*Progress*'
+  "${run[@]}" build/tsan/zox_render_unit_tests --gtest_filter='*Threads*'
 }
 
 build() {
