@@ -183,8 +183,9 @@ typedef struct zox_render_volume_info {
   int32_t bits;    /* of a stored sample: 16 */
   int32_t copied;  /* 0: the caller's voxels are referred to */
   int32_t regions; /* of uniform slice spacing; 1 for even slices */
-  /* value = sample * sample_slope + sample_intercept; exact is 0 when the array's values did not fit 16
-   * bits and are kept in steps of sample_slope. */
+  /* value = sample * sample_slope + sample_intercept; exact is 0 when the array's values may have been
+   * rounded to steps of sample_slope: they did not fit 16 bits, or are floating point (of several values),
+   * which is not looked at closer. */
   double sample_slope, sample_intercept;
   int32_t exact;
   double lowest, highest; /* values: the smallest and the largest of the array */
