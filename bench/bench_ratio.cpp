@@ -20,7 +20,7 @@ struct Options {
   std::vector<std::string> sizes;
   std::vector<std::string> views, storages, loads;
   std::vector<std::string> sets = {"base", "avx2", "avx512"};
-  int rounds = 7;
+  int rounds = 5;
   bool quick = false;
   bool list = false;
   std::string json;

@@ -12,18 +12,21 @@ namespace {
 constexpr int kNoSlice = INT32_MAX;
 
 // The lanes' next samples, and what leads from one to the next.
-struct CursorLanes {
+struct MovingLanes {
   Lanes<int> x, y, position, number;
   Lanes<int> x_step, y_step, position_step, number_step;
+};
+
+struct CursorLanes : MovingLanes {
   Lanes<int> last_number;  // the last in this region
   Lanes<int> first_slice;  // of this region
   Lanes<int> slice;        // of the next sample; kNoSlice when the ray is done
 
-  void advance_first(int n) {
-    x[0] = wrap_add(x[0], wrap_mul(n, x_step[0]));
-    y[0] = wrap_add(y[0], wrap_mul(n, y_step[0]));
-    position[0] = wrap_add(position[0], wrap_mul(n, position_step[0]));
-    number[0] += n * number_step[0];
+  void advance(int lane, int n) {
+    x[lane] = wrap_add(x[lane], wrap_mul(n, x_step[lane]));
+    y[lane] = wrap_add(y[lane], wrap_mul(n, y_step[lane]));
+    position[lane] = wrap_add(position[lane], wrap_mul(n, position_step[lane]));
+    number[lane] += n * number_step[lane];
   }
 };
 
@@ -45,23 +48,6 @@ struct CursorGroup {
     store_vector(&c.slice[group], slice);
   }
 };
-
-// The next n samples of lane 0.
-template <SliceRules rules>
-void stage_run(const CursorLanes& c, int n, StagedSamples& stage) {
-  const int x = c.x[0], y = c.y[0], position = c.position[0], number = c.number[0],
-            first_slice = c.first_slice[0];
-  const int x_step = c.x_step[0], y_step = c.y_step[0], position_step = c.position_step[0];
-  const int number_step = c.number_step[0];
-  for (int i = 0; i < n; ++i) {
-    stage.x[i] = wrap_add(x, wrap_mul(i, x_step));
-    stage.y[i] = wrap_add(y, wrap_mul(i, y_step));
-    int at = wrap_add(position, wrap_mul(i, position_step));
-    stage.position[i] = at;
-    stage.place[i] = slice_of<rules>(at, first_slice);
-    stage.number[i] = number + i * number_step;
-  }
-}
 
 }  // namespace
 }  // namespace zox::ZOX_SET

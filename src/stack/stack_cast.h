@@ -32,7 +32,7 @@ template <GeneralRules rules>
 // regions or a ray's z do not run one way.
 template <GeneralRules rules>
 bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Regions& regions) {
-  using Cursors = SliceCursors<slice_rules(rules)>;
+  using Cursors = RayCursors<slice_rules(rules)>;
   if (!Cursors::regions_ascend(regions)) return false;
   Cursors cursors(regions);
   for (int r = 0; r < batch.nrays; ++r) {
@@ -41,7 +41,8 @@ bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Region
     if (!cursors.add(t, r)) return false;
   }
   StackSampler<fetch_rules(rules)> sampler(volume, batch.planes);
-  cursors.sweep(volume.nslices, sampler.view, sampler.sink());
+  const StageSink sink = sampler.sink();
+  SliceCursors<slice_rules(rules)>(cursors, sampler.view, sink).sweep(volume.nslices);
   sampler.finish();
   return true;
 }

@@ -32,17 +32,6 @@ struct StagedSamples {
 
   // Whether a vector more would find no room.
   static bool full(int n) { return n > kStage - 16; }
-
-  // Moves samples first .. end - 1 to the front.
-  void drop_first(int first, int end) {
-    for (int i = first; i < end; ++i) {
-      x[i - first] = x[i];
-      y[i - first] = y[i];
-      position[i - first] = position[i];
-      place[i - first] = place[i];
-      number[i - first] = number[i];
-    }
-  }
 };
 
 inline Range range_of(const int* number, int n) {

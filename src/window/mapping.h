@@ -33,5 +33,23 @@ inline void map_16(const Window& window, const int16_t* src, uint8_t* dst) {
   store_16(dst, packed_bytes(map_8(window, load_16(src)), map_8(window, load_16(src + 8))));
 }
 
+// 4 to 15 values at once: those in the middle twice. src and dst do not overlap.
+inline void map_few(const Window& window, const int16_t* src, uint8_t* dst, int n) {
+  alignas(16) int16_t words[8];
+  alignas(16) uint8_t bytes[16];
+  if (n >= 8) {
+    store_16(bytes, packed_bytes(map_8(window, load_16(src)), map_8(window, load_16(src + n - 8))));
+    __builtin_memcpy(dst, bytes, 8);
+    __builtin_memcpy(dst + n - 8, bytes + 8, 8);
+  } else {
+    __builtin_memcpy(words, src, 8);
+    __builtin_memcpy(words + 4, src + n - 4, 8);
+    const Sixteen mapped = map_8(window, load_16(words));
+    store_16(bytes, packed_bytes(mapped, mapped));
+    __builtin_memcpy(dst, bytes, 4);
+    __builtin_memcpy(dst + n - 4, bytes + 4, 4);
+  }
+}
+
 }  // namespace
 }  // namespace zox::ZOX_SET

@@ -34,8 +34,12 @@ inline int window_level(const int16_t* src, uint8_t* dst, int len, int center, i
   if (!make_window(center, width, outmin, outmax, window)) return ZOX_STS_BAD_PARAM;
   int i = 0;
   // Buffers that overlap are converted in order, one by one, which makes conversion in place work.
-  if (len >= 16 && !overlap(src, dst, len)) {
+  if (len >= 4 && !overlap(src, dst, len)) {
     for (; len - i >= 16; i += 16) map_16(window, src + i, dst + i);
+    if (len - i >= 4) {
+      map_few(window, src + i, dst + i, len - i);
+      i = len;
+    }
   }
   for (; i < len; ++i) dst[i] = static_cast<uint8_t>(window.map(src[i]));
   return ZOX_STS_NO_ERROR;
