@@ -30,24 +30,20 @@ def markdown(head, rows):
     return "\n".join(lines + ["| " + " | ".join(row) + " |" for row in rows] + [""])
 
 
-def family_table(cases, fam):
+def family_rows(cases, fam):
     rows = []
     for load, size in MEMORIES:
         chosen = results.members(cases, fam, load, size)
         if chosen:
-            rows.append([f"{load} {size.replace('x', '²×') if 'x' in size else size + '³'}", str(len(chosen)),
-                         text(mean(numbers(chosen, "reference_ns")))] + [ratio_cell(chosen, name) for name in SETS])
-    head = ["memory", "cases", "scalar ns"] + [HEADS[name] for name in SETS]
-    return markdown(head, rows) if rows else ""
+            name = "" if rows else f"{fam.name} (goal {fam.goal})"
+            rows.append([name, f"{load} {size.replace('x', '²×') if 'x' in size else size + '³'}", str(len(chosen)),
+                         text(mean(numbers(chosen, "reference_ns")))] + [ratio_cell(chosen, s) for s in SETS])
+    return rows
 
 
-def family_tables(cases):
-    parts = []
-    for fam in FAMILIES:
-        table = family_table(cases, fam)
-        if table:
-            parts.append(f"**{fam.name}.** Goal, AVX-512 cold: {fam.goal}.\n\n{table}")
-    return "\n".join(parts)
+def family_table(cases):
+    head = ["family (goal of AVX-512, cold)", "memory", "cases", "scalar ns"] + [HEADS[name] for name in SETS]
+    return markdown(head, [row for fam in FAMILIES for row in family_rows(cases, fam)])
 
 
 def other_table(cases):
@@ -57,7 +53,7 @@ def other_table(cases):
         if case.operation.startswith("find_max") and case.size == "256":
             groups.setdefault(f"maximum, {case.storage}, {case.view} planes, {case.load} counts", []).append(case)
         if case.operation.startswith("window"):
-            groups.setdefault(f"window/level, {case.storage}, {case.view}", []).append(case)
+            groups.setdefault(f"window/level, {case.storage}", []).append(case)
     rows = [[name, text(mean(numbers(chosen, "reference_ns")))] +
             [f"{text(mean(numbers(chosen, s + '_ns')))} ({ratio_cell(chosen, s)})" for s in SETS]
             for name, chosen in groups.items()]
@@ -129,8 +125,8 @@ def page(context, cases, options):
     fields = {
         "PROCESSOR": processor(), "CPUS": str(context["num_cpus"]), "CACHES": caches(context),
         "TEXT": str(text_kib(options.library)), "COMPILER": first_line(options.compiler, "--version"),
-        "DATE": context["date"], "COMMAND": options.command, "COUNT": str(len(cases)),
-        "FAMILIES": family_tables(cases), "OTHERS": other_table(cases), "PADDING": padding_table(cases),
+        "DATE": context["date"], "LOAD": f"{context['load_avg'][0]:.1f} to {os.getloadavg()[0]:.1f}", "COMMAND": options.command, "COUNT": str(len(cases)),
+        "FAMILIES": family_table(cases), "OTHERS": other_table(cases), "PADDING": padding_table(cases),
         "SLOWER": slower_table(cases),
     }
     for key, value in fields.items():
@@ -154,7 +150,7 @@ def main():
     parser.add_argument("--docs", help="write performance.md, .csv and .svg into this directory")
     options = parser.parse_args()
     context, cases = results.read(options.results)
-    print(family_tables(cases))
+    print(family_table(cases))
     print(slower_table(cases))
     if options.docs:
         replace(os.path.join(options.docs, "performance.svg"), plot.draw(cases))

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the benchmarks, runs them and prints one table.
-#   scripts/bench.sh                    every case (half an hour); writes docs/performance.md, .csv and .svg
+#   scripts/bench.sh                    every case (25 minutes on a quiet machine); writes docs/performance.md, .csv and .svg
 #   scripts/bench.sh --quick            the summary's 256-cubes, a few minutes; writes nothing into docs/
 #   scripts/bench.sh --before COMMIT --filter general_divergent --load cold
 #                                       the kernels of that commit beside these; any options of bench_ratio
