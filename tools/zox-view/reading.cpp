@@ -145,9 +145,10 @@ void answer_apart(int socket, const std::string& path, const input::ReadOptions&
   const Received received = receive_with_descriptor(ours.number(), sentence);
   const Descriptor shared(received.descriptor);
   if (!received.arrived) sentence = path + " cannot be read: the system ended the process that read it.";
-  send_with_descriptor(socket, sentence, shared.number());
+  // Before the answer: whoever has it finds no process that read this file.
   while (child > 0 && waitpid(child, nullptr, 0) < 0 && errno == EINTR) {
   }
+  send_with_descriptor(socket, sentence, shared.number());
 }
 
 // Ends when the server does: its end of the socket is then closed. A group of its own: Ctrl-C is the
