@@ -46,8 +46,9 @@ SpreadVolume::SpreadVolume(const Group& group, const SpreadSource& from, const p
   });
   if (from.distribute) from.distribute(parts_of_ranks);
   for (const parts::Part& part : parts_) voxels_ += voxels_of(part);
-  if (voxels_ * parts::bytes_a_voxel(source_.whole()) > memory) return;
   group.together([&] {
+    // What does not fit is packed again for each picture, part after part. Ranks differ in that.
+    if (voxels_ * parts::bytes_a_voxel(source_.whole()) > memory) return;
     for (const parts::Part& part : parts_)
       kept_.push_back(std::make_unique<parts::PartVolume>(source_, measure_, part, settings));
   });
