@@ -62,7 +62,7 @@ largest_volume() {
 step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz demo brain coverage
 step "build" build
 stage "largest counts" build/test/zox_test_largest_counts --gtest_brief=1
-stage "taken by others" ctest --test-dir build/test --label-regex long
+stage "longer tests" ctest --test-dir build/test --label-regex long
 stage "many threads" many_threads
 stage "soak" scripts/soak.sh 1
 # The same walk each time: what a change breaks, not what luck finds.
