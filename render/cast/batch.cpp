@@ -14,11 +14,8 @@ constexpr int kNearestReach = 1000;
 constexpr int32_t kFirstSlice = 0;
 constexpr double kSlicesPerUnit = 1;
 
-std::array<int, 3> voxels(const std::array<double, 3>& position, const Size3& first) {
-  std::array<int, 3> found;
-  for (size_t a = 0; a < 3; ++a)
-    found[a] = std::max(static_cast<int>(position[a] * (1 / kGrid)) - first[a], 0);
-  return found;
+int voxel(double position, int first) {
+  return std::max(static_cast<int>(position * (1 / kGrid)) - first, 0);
 }
 
 }  // namespace
@@ -28,8 +25,8 @@ void Batch::Extent::widen(size_t axis, double start, double end) {
   high[axis] = std::max(high[axis], std::max(start, end));
 }
 
-std::array<int, 3> Batch::Extent::lowest(const Size3& first) const { return voxels(low, first); }
-std::array<int, 3> Batch::Extent::highest(const Size3& first) const { return voxels(high, first); }
+int Batch::Extent::lowest(size_t axis, const Size3& first) const { return voxel(low[axis], first[axis]); }
+int Batch::Extent::highest(size_t axis, const Size3& first) const { return voxel(high[axis], first[axis]); }
 
 Batch::Batch(const Casting& casting)
     : casting_(casting),
@@ -58,7 +55,7 @@ Batch::Extent Batch::extent_of(size_t from, size_t count) const {
 
 void Batch::set_bricks(const Extent& extent) {
   const Bricks& bricks = casting_.volume.bricks;
-  const int layer = extent.lowest(casting_.volume.first)[2] / kBrickDepth;
+  const int layer = extent.lowest(2, casting_.volume.first) / kBrickDepth;
   const uint64_t across = static_cast<uint64_t>(bricks.edge / 64);
   base_ = {0, 0, layer * kBrickDepth};
   record_.data = bricks.data + static_cast<uint64_t>(layer) * across * across * kLayerVoxels;
@@ -70,14 +67,14 @@ void Batch::set_bricks(const Extent& extent) {
 void Batch::set_stack(const Extent& extent) {
   const Stack& stack = casting_.volume.stack;
   const bool nearest = casting_.sampler.nearest;
-  const auto low = extent.lowest(casting_.volume.first), high = extent.highest(casting_.volume.first);
-  base_ = {0, 0, nearest ? low[2] - 1 : low[2]};
+  const Size3& first = casting_.volume.first;
+  base_ = {0, 0, extent.lowest(2, first) - (nearest ? 1 : 0)};
   record_.slices = stack.slices.data() + base_[2] + 1;
   record_.rowoffs = stack.row_offsets.data();
-  record_.nslices = high[2] - base_[2] + (nearest ? 2 : 1);
-  if (nearest && std::max(high[0], high[1]) >= kNearestReach) {
-    base_[0] = low[0];
-    base_[1] = low[1];
+  record_.nslices = extent.highest(2, first) - base_[2] + (nearest ? 2 : 1);
+  if (nearest && std::max(extent.highest(0, first), extent.highest(1, first)) >= kNearestReach) {
+    base_[0] = extent.lowest(0, first);
+    base_[1] = extent.lowest(1, first);
     shifted_slices_.clear();
     for (int s = 0; s < record_.nslices; ++s)
       shifted_slices_.push_back(static_cast<const int16_t*>(record_.slices[s]) + base_[0]);

@@ -53,9 +53,9 @@ class Batch {
   struct Extent {
     Triple low{1e300, 1e300, 1e300}, high{-1e300, -1e300, -1e300};
     void widen(size_t axis, double start, double end);
-    // Voxels of the array.
-    std::array<int, 3> lowest(const Size3& first) const;
-    std::array<int, 3> highest(const Size3& first) const;
+    // Voxels of the array, along an axis that has been widened.
+    int lowest(size_t axis, const Size3& first) const;
+    int highest(size_t axis, const Size3& first) const;
   };
   struct PlacedStretch {
     const LineLanes* lines;
