@@ -5,8 +5,8 @@
 
 namespace zox::input {
 
-// Throws Failure where the file ends before the last page's directory: the library that reads TIFF files takes
-// the pages before it for all.
+// Throws Failure where the file ends before the last page's directory: the library that reads TIFF files
+// takes the pages before it for all.
 void check_tiff_pages(const std::string& path);
 
 }  // namespace zox::input
