@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds and tests everything: g++ release with all programs, Python and documents, address and undefined-behaviour
 # sanitizers, clang, source checks, emulated older processors, valgrind, a short fuzz. One line per
-# stage; the logs stand in build/logs. Under ten minutes on two cores.
+# stage; the logs stand in build/logs. Some twenty minutes on two cores.
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
 . "$(dirname "$0")/usage.sh"
