@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # Builds the benchmarks, runs them and prints one table.
 #   scripts/bench.sh                    every case (three minutes on a quiet machine); writes docs/performance.md, .csv and .svg
-#   scripts/bench.sh --quick            the 256-cubes of the summary, half of that; writes nothing into docs/
+#   scripts/bench.sh --quick            the 256-cubes of the summary; writes nothing into docs/
 #   scripts/bench.sh --before COMMIT --filter general_divergent --load cold
 #                                       the kernels of that commit beside these; any options of bench_ratio
 #   scripts/bench.sh --peers            other libraries beside this one (installs ITK and SciPy); docs/peers.md
