@@ -5,6 +5,7 @@
 #   scripts/bench.sh --before COMMIT --filter general_divergent --load cold
 #                                       the kernels of that commit beside these; any options of bench_ratio
 #   scripts/bench.sh --peers            other libraries beside this one (installs ITK and SciPy); docs/peers.md
+#   scripts/bench.sh --bounds           kernels with their loads or their arithmetic left out; options of bench_bounds
 #   scripts/bench.sh --pictures         whole pictures beside VTK, ITK and SciPy (installs them); docs/pictures.md
 #   scripts/bench.sh --filter general_divergent_trilinear --view oblique
 #                                       the rows of some cases only; see bench_ratio --help
@@ -16,7 +17,7 @@ cd "$(dirname "$0")/.."
 # Options that are not this script's own are those of bench_ratio.
 for argument in "$@"; do
   case $argument in
-    --quick | --peers | --before | --pictures) ;;
+    --quick | --peers | --before | --pictures | --bounds) ;;
     --*) grep -qF "\"$argument\"" bench/bench_ratio.cpp || refuse "$argument" ;;
   esac
 done
@@ -73,6 +74,11 @@ compare_with_peers() {
 if [[ $command == 'scripts/bench.sh --peers' ]]; then
   compare_with_peers
   exit
+fi
+
+if [ "${1:-}" = --bounds ]; then
+  build bench_bounds -DZOX_BENCH_BEFORE=
+  exec "$build/bench_bounds" "${@:2}"
 fi
 
 if [ "${1:-}" = --before ]; then

@@ -30,10 +30,13 @@ auto walk_step(double step) {
 template <BlockedRules rules>
 using WalkOf = OwnWalk<decltype(walk_step<rules>(0.0))>;
 
+template <BlockedRules rules>
+using SamplerOf = BlockedSampler<rules.sampling, ElementOf<rules.voxel>, typename WalkOf<rules>::Position>;
+
 // Each ray walks from its own start, by the step at steps[r] or, parallel, by that of ray 0.
-template <BlockedRules rules, StepOf step_of, class Element>
+template <BlockedRules rules, StepOf step_of, class Sampler = SamplerOf<rules>, class Element>
 void cast_ray_by_ray(const BlockedVolume<Element>& volume, const zox_Rays& batch) {
-  BlockedSampler<rules.sampling, Element, typename WalkOf<rules>::Position> sampler(volume);
+  Sampler sampler(volume);
   for (int first = 0, end; first < batch.nrays; first = end) {
     WalkOf<rules> walk;
     Marchers rays;

@@ -126,10 +126,8 @@ void fetch_corners(const BlockedVolume<Element>& volume, const TrilinearPlaces<P
 }
 
 template <class Element>
-void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<int>& places, int n,
-               Element* __restrict values) {
-  Corners<Element> corners;
-  fetch_corners(volume, places, n, corners);
+void interpolate(const Corners<Element>& corners, const TrilinearPlaces<int>& places, int n,
+                 Element* __restrict values) {
   const auto& f = places.fraction;
   for (int i = 0; i < padded(n); ++i) {
     values[i] = static_cast<Element>(corners.interpolated(trilinear_fixed, i, f[0][i], f[1][i], f[2][i]));
@@ -137,18 +135,24 @@ void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<int>&
 }
 
 template <class Element>
-void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<double>& places, int n,
-               Element* __restrict values) {
-  Corners<Element> corners;
+void interpolate(const Corners<Element>& corners, const TrilinearPlaces<double>& places, int n,
+                 Element* __restrict values) {
   Lanes<double> sum;
   Lanes<int> truncated;
-  fetch_corners(volume, places, n, corners);
   const auto& f = places.fraction;
   for (int i = 0; i < padded(n); ++i) {
     sum[i] = corners.interpolated(trilinear_sum, i, f[0][i], f[1][i], f[2][i]);
   }
   truncate_lanes(sum.at, truncated.at, n);
   for (int i = 0; i < padded(n); ++i) values[i] = static_cast<Element>(truncated[i]);
+}
+
+template <class Element, class Position>
+void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<Position>& places, int n,
+               Element* __restrict values) {
+  Corners<Element> corners;
+  fetch_corners(volume, places, n, corners);
+  interpolate(corners, places, n, values);
 }
 
 // What march() does with positions. Samples are placed, and their lines asked for, up to kRing - 1 samples
@@ -160,11 +164,11 @@ struct BlockedSampler {
   explicit BlockedSampler(const BlockedVolume<Element>& from) : volume(from) {}
 
   void place_next(int k, const Axes<Position>& position, int n, bool asked) {
-    auto& to = ring[k & (kRing - 1)];
-    place(volume, position, n, to);
-    if (asked) ask(volume, to, n);
+    place(volume, position, n, places(k));
+    if (asked) ask(volume, places(k), n);
   }
-  void values(int k, int n, Element* __restrict to) { values_of(volume, ring[k & (kRing - 1)], n, to); }
+  void values(int k, int n, Element* __restrict to) { values_of(volume, places(k), n, to); }
+  Places<sampling, Position>& places(int k) { return ring[k & (kRing - 1)]; }
 
   const BlockedVolume<Element>& volume;
   Places<sampling, Position> ring[kRing];
