@@ -8,28 +8,48 @@
 namespace zox::ZOX_SET {
 namespace {
 
-// One ray as the slice-list operations walk it: every sum wraps in 32 bits.
-struct Trace {
-  int x, y, z;     // sample 0
-  int sx, sy, sz;  // from one sample to the next
-  int n;           // samples
+// The rays that have samples, as the slice-list operations walk them: every sum wraps in 32 bits.
+struct Traces {
+  int n = 0;
+  Lanes<int> x, y, z;     // sample 0
+  Lanes<int> sx, sy, sz;  // from one sample to the next
+  Lanes<int> count;       // samples
+  Lanes<int> ray;
 };
 
+// to_fixed() of from[i] + bias; what `from` holds is lost.
+template <Rounding rounding>
+void to_fixed_lanes(Lanes<double>& from, double bias, double scale, Lanes<int>& to, int n) {
+  for (int i = 0; i < padded(n); ++i) {
+    from[i] = rounding == Rounding::kRounded ? (from[i] + bias) * scale + 0.5 : (from[i] + bias) * scale;
+  }
+  truncate_lanes(from.at, to.at, n);
+}
+
 template <GeneralRules rules>
-[[gnu::always_inline]] inline Trace trace_of(const zox_Rays& batch, int r, bool one_region) {
-  constexpr double scale = 1 << rules.bits;
-  const double* start = batch.starts[r];
-  const double* step = batch.steps[rules.step_of == StepOf::kRay0 ? 0 : r];
-  double half = rules.start_half * 0.5;
-  Trace t;
-  t.x = to_fixed<rules.xy_start>(rules.start_half ? start[0] + half : start[0], scale);
-  t.y = to_fixed<rules.xy_start>(rules.start_half ? start[1] + half : start[1], scale);
-  t.z = to_fixed<rules.z>(start[2], scale);
-  t.sx = one_region ? to_fixed<rules.step_one>(step[0], scale) : to_fixed<rules.step_many>(step[0], scale);
-  t.sy = one_region ? to_fixed<rules.step_one>(step[1], scale) : to_fixed<rules.step_many>(step[1], scale);
-  t.sz = to_fixed<rules.z>(step[2], scale);
-  t.n = batch.nsamples[r];
-  return t;
+void trace_rays(const zox_Rays& batch, bool one_region, Traces& to) {
+  constexpr double scale = 1 << rules.bits, half = rules.start_half * 0.5;
+  constexpr Rounding step_one = rules.step_one, step_many = rules.step_many;
+  Axes<double> start, step;
+  for (int r = 0; r < batch.nrays; ++r) {
+    if (batch.nsamples[r] < 1) continue;  // its start may be anything
+    for (int axis = 0; axis < 3; ++axis) {
+      start[axis][to.n] = batch.starts[r][axis];
+      step[axis][to.n] = batch.steps[rules.step_of == StepOf::kRay0 ? 0 : r][axis];
+    }
+    to.count[to.n] = batch.nsamples[r];
+    to.ray[to.n++] = r;
+  }
+  if (to.n == 0) return;
+  pad_lanes(start, to.n);
+  pad_lanes(step, to.n);
+  to_fixed_lanes<rules.xy_start>(start[0], half, scale, to.x, to.n);
+  to_fixed_lanes<rules.xy_start>(start[1], half, scale, to.y, to.n);
+  to_fixed_lanes<rules.z>(start[2], 0.0, scale, to.z, to.n);
+  auto steps_of = one_region ? to_fixed_lanes<step_one> : to_fixed_lanes<step_many>;
+  steps_of(step[0], 0.0, scale, to.sx, to.n);
+  steps_of(step[1], 0.0, scale, to.sy, to.n);
+  to_fixed_lanes<rules.z>(step[2], 0.0, scale, to.sz, to.n);
 }
 
 // The volume's regions with their boundaries Zb in fixed point.
@@ -40,7 +60,8 @@ struct Regions {
   const double* scale;
 
   // A position inside region j, in slices from its first, of a ray at z; and what it moves by.
-  int position(int z, int j) const { return truncate(static_cast<double>(wrap_sub(z, Zb[j])) * scale[j]); }
+  double distance(int z, int j) const { return static_cast<double>(wrap_sub(z, Zb[j])); }
+  int position(int z, int j) const { return truncate(distance(z, j) * scale[j]); }
   int step(int sz, int j) const { return truncate(scale[j] * static_cast<double>(sz)); }
 };
 
@@ -55,11 +76,11 @@ int slice_of(int position, int first_slice) {
 // Past the ends of the table the walk stays in the last region it found.
 class RegionWalk {
  public:
-  RegionWalk(const Regions& regions, const Trace& trace)
+  RegionWalk(const Regions& regions, int z, int sz)
       : regions_(regions),
-        sz_(trace.sz),
-        z_(trace.z),
-        rising_(trace.sz >= 1),
+        sz_(sz),
+        z_(z),
+        rising_(sz >= 1),
         j_(regions.n == 1 || rising_ ? 0 : regions.n - 1) {
     rebase();
   }

@@ -20,56 +20,50 @@ inline int largest_count(const zox_Rays& batch) {
   return largest;
 }
 
-// Lists on the stack where they fit.
-template <GeneralRules rules>
-[[gnu::noinline]] void sweep_with_stack_nodes(const zox_Volume& volume, const zox_Rays& batch,
-                                              const Regions& regions, uint32_t* heads) {
-  alignas(16) char nodes[ZOX_MAX_STACK_SAMPLES << rules.node_log2];
-  sweep_lists<rules>(volume, batch, regions, heads, reinterpret_cast<SampleNode<rules>*>(nodes));
+// Slices in order by cursors; where these cannot tell it, by lists, which are on the stack if they fit.
+template <SliceRules rules>
+[[gnu::noinline]] bool stage_by_cursors(const Traces& traces, const Regions& regions, StackView& view,
+                                        const StageSink& sink, int nslices) {
+  RayCursors<rules> cursors(regions, traces);
+  if (!cursors.start()) return false;
+  SliceCursors<rules>(cursors, view, sink).sweep(nslices);
+  return true;
 }
 
-// Slices in order by cursors, values by vectors. False, with nothing written, if the volume's
-// regions or a ray's z do not run one way.
-template <GeneralRules rules>
-bool sweep_cursors(const zox_Volume& volume, const zox_Rays& batch, const Regions& regions) {
-  using Cursors = RayCursors<slice_rules(rules)>;
-  if (!Cursors::regions_ascend(regions)) return false;
-  Cursors cursors(regions);
-  for (int r = 0; r < batch.nrays; ++r) {
-    if (batch.nsamples[r] < 1) continue;  // its start may be anything
-    Trace t = trace_of<rules>(batch, r, regions.n == 1);
-    if (!cursors.add(t, r)) return false;
-  }
-  StackSampler<fetch_rules(rules)> sampler(volume, batch.planes);
-  const StageSink sink = sampler.sink();
-  SliceCursors<slice_rules(rules)>(cursors, sampler.view, sink).sweep(volume.nslices);
-  sampler.finish();
-  return true;
+template <SliceRules rules>
+[[gnu::noinline]] void stage_by_lists(const Traces& traces, const Regions& regions, SliceLists lists,
+                                      const StageSink& sink) {
+  ListedSample on_stack[ZOX_MAX_STACK_SAMPLES * kLanes];
+  if (!lists.samples) lists.samples = on_stack;
+  lists.sort<rules>(traces, regions);
+  lists.stage(traces, sink);
 }
 
 template <GeneralRules rules>
 int cast_buckets(const zox_Rays& batch, int largest, const zox_Volume& volume) {
+  constexpr bool grow = rules.tables == Tables::kGrow;
+  const int nregions = volume.nregions, nslices = volume.nslices;
   int32_t bounds_on_stack[kStackEntries];
   uint32_t heads_on_stack[kStackEntries];
-  HeapBlock bounds, heads, nodes;
-  bool grow = rules.tables == Tables::kGrow;
-  int nregions = volume.nregions, nslices = volume.nslices;
+  HeapBlock bounds, heads, samples;
   if (grow && nregions > ZOX_MAX_FIXED_REGIONS && !bounds.take(wrap_mul(wrap_add(nregions, 1), 4)))
     return ZOX_STS_NO_MEMORY;
   if (grow && nslices > kStackEntries && !heads.take(wrap_mul(nslices, 4))) return ZOX_STS_NO_MEMORY;
-  int node_bytes = static_cast<int>(static_cast<uint32_t>(largest) << rules.node_log2);
-  if (largest > ZOX_MAX_STACK_SAMPLES && !nodes.take(node_bytes)) return ZOX_STS_NO_MEMORY;
+  int sample_bytes = static_cast<int>(static_cast<uint32_t>(largest) << rules.node_log2);
+  if (largest > ZOX_MAX_STACK_SAMPLES && !samples.take(sample_bytes)) return ZOX_STS_NO_MEMORY;
 
   int32_t* Zb = bounds.as<int32_t>() ? bounds.as<int32_t>() : bounds_on_stack;
-  uint32_t* head = heads.as<uint32_t>() ? heads.as<uint32_t>() : heads_on_stack;
   for (int j = 0; j <= nregions; ++j) Zb[j] = to_fixed<rules.bounds>(volume.regbounds[j], 1 << rules.bits);
-  Regions regions{nregions, Zb, volume.regslice, volume.regscale};
-  if (sweep_cursors<rules>(volume, batch, regions)) return ZOX_STS_NO_ERROR;
-  if (nodes.as<char>()) {
-    sweep_lists<rules>(volume, batch, regions, head, nodes.as<SampleNode<rules>>());
-  } else {
-    sweep_with_stack_nodes<rules>(volume, batch, regions, head);
+  const Regions regions{nregions, Zb, volume.regslice, volume.regscale};
+  Traces traces;
+  trace_rays<rules>(batch, nregions == 1, traces);
+  StackSampler<fetch_rules(rules)> sampler(volume, batch.planes);
+  const StageSink sink = sampler.sink();
+  if (!stage_by_cursors<slice_rules(rules)>(traces, regions, sampler.view, sink, nslices)) {
+    uint32_t* head = heads.as<uint32_t>() ? heads.as<uint32_t>() : heads_on_stack;
+    stage_by_lists<slice_rules(rules)>(traces, regions, {nslices, head, samples.as<ListedSample>()}, sink);
   }
+  sampler.finish();
   return ZOX_STS_NO_ERROR;
 }
 

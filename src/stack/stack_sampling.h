@@ -2,9 +2,9 @@
 #pragma once
 
 #include "numbers/cache_lines.h"
+#include "numbers/value.h"
 #include "numbers/voxel_pair.h"
 #include "sets/set.h"
-#include "stack/slice_lists.h"
 #include "stack/stack_view.h"
 
 namespace zox::ZOX_SET {
@@ -52,7 +52,24 @@ template <FetchRules rules>
   }
 }
 
-// Columns and rows are taken as the operation's nodes would hold them: in 16 bits, unsigned, or as
+// A row's start plus a column in bytes. Some operations form the sum in 32 bits.
+template <RowSum row_sum>
+int64_t byte_offset(int32_t row, int column) {
+  if constexpr (row_sum == RowSum::k32Bits) {
+    return wrap_add(row, column);
+  } else {
+    return int64_t{row} + column;
+  }
+}
+
+template <class T>
+T load(const char* address) {
+  T value;
+  __builtin_memcpy(&value, address, sizeof value);
+  return value;
+}
+
+// Columns and rows are taken as lists of samples would hold them: in 16 bits, unsigned, or as
 // they are.
 template <FetchRules rules>
 int index_of(int fixed) {

@@ -128,18 +128,6 @@ class StackView {
 
 // What all rays of a call reach.
 struct Reach {
-  void include(const Trace& t, const Regions& regions) {
-    int64_t last_x = t.x + int64_t{t.sx} * (t.n - 1), last_y = t.y + int64_t{t.sy} * (t.n - 1);
-    int64_t last_z = t.z + int64_t{t.sz} * (t.n - 1);
-    int64_t low = last_z < t.z ? last_z : t.z, high = last_z < t.z ? t.z : last_z;
-    inside &= last_x == static_cast<int>(last_x) && last_y == static_cast<int>(last_y) &&
-              low >= regions.Zb[0] - kRoundings && high <= regions.Zb[regions.n] + kRoundings;
-    x.include(t.x);
-    x.include(static_cast<int>(last_x));
-    y.include(t.y);
-    y.include(static_cast<int>(last_y));
-  }
-
   bool even(StackView& view, Range slices) const { return inside && view.even_for(x, y, slices); }
 
   static constexpr int64_t kRoundings = 1 << 10;  // by how much z of a sample inside may miss the regions

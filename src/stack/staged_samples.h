@@ -18,6 +18,10 @@ struct Range {
     low = number < low ? number : low;
     high = number > high ? number : high;
   }
+  void include(Range other) {
+    include(other.low);
+    include(other.high);
+  }
 };
 
 struct StagedSamples {
