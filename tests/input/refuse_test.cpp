@@ -65,7 +65,9 @@ TEST_F(RefuseTest, VoxelFilesOfHeaders) {
   const Case cases[] = {{"none.raw", "/none.raw', which does not exist"},
                         {"pipe", "which is not a file"},
                         {".", "which is a folder"},
-                        {"short", "cut short"}};
+                        {"short", "cut short"},
+                        {std::string("short\0er", 8), "/short?er', which does not exist"},
+                        {"not\x1b\there", "/not??here', which does not exist"}};
   for (const auto& [name, words] : cases) {
     expect_refusal(write("v.nhdr", nrrd_head + name + "\n"), words);
     expect_refusal(write("v.mhd", meta_head + name + "\n"), words);

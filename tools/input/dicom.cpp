@@ -47,7 +47,7 @@ void read_voxels(const dicom::Arrangement& stack, const dicom::VoxelType& type, 
       const dicom::PixelFile file(stack.frames[slices[0]]);
       for (const size_t s : slices) file.copy(stack.frames[s], type, voxels + s * slice);
     } catch (const std::runtime_error& error) {
-      refuse(quoted(dicom::printable(path)) + " " + error.what() + ".");
+      refuse(quoted(path) + " " + error.what() + ".");
     }
 }
 
@@ -57,7 +57,7 @@ auto telling(const std::string& path, Action action) try {
 } catch (const Failure&) {
   throw;
 } catch (const fs::filesystem_error& error) {
-  refuse(quoted(dicom::printable(path)) + " cannot be searched: " + error.code().message() + ".");
+  refuse(quoted(path) + " cannot be searched: " + error.code().message() + ".");
 } catch (const std::runtime_error& error) {
   refuse(error.what());
 }

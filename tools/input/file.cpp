@@ -55,6 +55,8 @@ Mapping map_descriptor(int descriptor, size_t bytes) {
 
 File::File(const std::string& path, const std::string& header) : path_(path) {
   // Not even the opening may wait: a pipe without a writer would let it.
+  // A byte 0 would cut the name, and another file be read.
+  if (path.find('\0') != std::string::npos) refuse(path, header, reason_for(path, ENOENT));
   descriptor_ = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY);
   if (descriptor_ < 0) refuse(path, header, reason_for(path, errno));
   struct stat status {};

@@ -28,10 +28,8 @@ std::string HeaderLines::get(const std::string& key) const {
 
 void HeaderLines::refuse_field(const std::string& key, const std::string& what) const {
   constexpr size_t kMostShown = 60;
-  std::string value = get(key).substr(0, kMostShown);
-  for (char& letter : value)
-    if (static_cast<unsigned char>(letter) < ' ') letter = '?';
-  refuse(quoted(path) + " cannot be read: its '" + key + "' " + what + ", not '" + value + "'.");
+  refuse(quoted(path) + " cannot be read: its '" + key + "' " + what + ", not " +
+         quoted(get(key).substr(0, kMostShown)) + ".");
 }
 
 std::vector<double> real_field(const HeaderLines& lines, const std::string& key, size_t count) {

@@ -11,7 +11,14 @@
 
 namespace zox::input {
 
-inline std::string quoted(const std::string& path) { return "'" + path + "'"; }
+// Headers and names of files hold any byte: shown, none may end a sentence, break its line or move a cursor.
+inline std::string printable(std::string text) {
+  for (char& letter : text)
+    if (static_cast<unsigned char>(letter) < ' ' || letter == 127) letter = '?';
+  return text;
+}
+
+inline std::string quoted(const std::string& path) { return "'" + printable(path) + "'"; }
 
 // A finite number, and nothing before or behind it but a plus sign.
 template <class Number>

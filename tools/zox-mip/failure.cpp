@@ -25,10 +25,4 @@ std::optional<Failure> failure_of(const std::function<void()>& action) {
   }
 }
 
-std::string printable(std::string text) {
-  for (char& letter : text)
-    if (static_cast<unsigned char>(letter) < ' ' || letter == 127) letter = '?';
-  return text;
-}
-
 }  // namespace zox_mip

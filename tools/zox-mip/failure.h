@@ -19,9 +19,6 @@ struct Failure : std::runtime_error {
 // What an action gives up with, whichever library throws it; none when it comes to its end.
 std::optional<Failure> failure_of(const std::function<void()>& action);
 
-// As it may stand on a terminal: names of files may hold what moves its cursor.
-std::string printable(std::string text);
-
 [[noreturn]] inline void fail(const std::string& sentence) { throw Failure(sentence, kExitFailed); }
 [[noreturn]] inline void reject_usage(const std::string& sentence) { throw Failure(sentence, kExitBadUsage); }
 

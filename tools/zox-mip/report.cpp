@@ -6,6 +6,7 @@
 #include <cstdio>
 
 #include "failure.h"
+#include "text.h"
 
 namespace zox_mip {
 namespace {
@@ -106,7 +107,7 @@ std::string picture_json(const Report::Picture& picture) {
 
 std::string picture_text(const Report::Picture& picture, const Options& options) {
   const zox_render_stats& stats = picture.stats;
-  std::string name = printable(picture.job.output);
+  std::string name = zox::input::printable(picture.job.output);
   if (is_animation(options)) name += ", frame " + std::to_string(picture.job.frame);
   return name +
          format(": %d x %d, window %.6g,%.6g, %.1f million samples", options.view.width, options.view.height,
@@ -120,10 +121,10 @@ std::string picture_text(const Report::Picture& picture, const Options& options)
 std::string report_text(const Report& report, const Options& options) {
   const zox_render_volume_info& info = report.info;
   std::string text =
-      printable(report.name) + format(": %d x %d x %d voxels of %.4g x %.4g x %.4g mm, %s, held %s",
-                                      info.size[0], info.size[1], info.size[2], report.spacing[0],
-                                      report.spacing[1], report.spacing[2], type_name(report.type),
-                                      info.layout == ZOX_RENDER_BRICKS ? "in bricks" : "as slices");
+      zox::input::printable(report.name) +
+      format(": %d x %d x %d voxels of %.4g x %.4g x %.4g mm, %s, held %s", info.size[0], info.size[1],
+             info.size[2], report.spacing[0], report.spacing[1], report.spacing[2], type_name(report.type),
+             info.layout == ZOX_RENDER_BRICKS ? "in bricks" : "as slices");
   if (!info.exact)
     text +=
         format(", scaled to 16 bits: value = %.9g + %.9g * stored", info.sample_intercept, info.sample_slope);
@@ -149,7 +150,7 @@ std::string report_json(const Report& report, const Options& options) {
 
 // A line of the table.
 std::string line_of(const Outcome& outcome, int width) {
-  std::string name = printable(outcome.title);
+  std::string name = zox::input::printable(outcome.title);
   const std::string gap(static_cast<size_t>(width) - std::min<size_t>(name.size(), size_t(width)), ' ');
   if (!outcome.report) return name + gap + "  failed\n";
   const Report& report = *outcome.report;

@@ -10,6 +10,7 @@
 #include "progress.h"
 #include "report.h"
 #include "studies.h"
+#include "text.h"
 
 namespace zox_mip {
 namespace {
@@ -24,7 +25,7 @@ void tell(const std::string& text, const Options& options) {
 // With the name of the study, where the sentence lacks it and there are others.
 std::string named(const std::string& sentence, const Study& study, bool alone) {
   if (alone || study.files.empty()) return sentence;
-  for (const std::string& file : {study.files[0], printable(study.files[0])})
+  for (const std::string& file : {study.files[0], zox::input::printable(study.files[0])})
     if (sentence.starts_with(file + " ") || sentence.find("'" + file + "'") != std::string::npos)
       return sentence;
   return study.quoted_title() + ": " + sentence;
@@ -55,7 +56,7 @@ void tell_outcome(const Outcome& outcome, const Study& study, const Options& opt
 }  // namespace
 
 void complain(const std::string& sentence) {
-  std::fprintf(stderr, "zox-mip: %s\n", printable(sentence).c_str());
+  std::fprintf(stderr, "zox-mip: %s\n", zox::input::printable(sentence).c_str());
 }
 
 ExitStatus make_pictures(const Options& options) {
@@ -94,7 +95,7 @@ ExitStatus list_series(const Options& options) {
       status = kExitFailed;
       continue;
     }
-    if (!alone) std::printf("%s\n", printable(study.title()).c_str());
+    if (!alone) std::printf("%s\n", zox::input::printable(study.title()).c_str());
     for (const std::string& line : lines) std::printf("%s%s\n", alone ? "" : "  ", line.c_str());
     std::fflush(stdout);
   }

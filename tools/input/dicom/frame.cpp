@@ -185,12 +185,6 @@ std::vector<Frame> frames_of(const std::string& path, const gdcm::File& file) {
 
 }  // namespace
 
-std::string printable(std::string text) {
-  for (char& c : text)
-    if (static_cast<unsigned char>(c) < ' ' || c == 127) c = '?';
-  return text;
-}
-
 bool looks_like_dicom(const std::string& path) {
   std::array<unsigned char, 132> head{};
   std::ifstream file(path, std::ios::binary);

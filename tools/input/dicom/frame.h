@@ -8,6 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "../text.h"
+
 namespace zox::input::dicom {
 
 using Vector = std::array<double, 3>;
@@ -39,9 +41,6 @@ struct Frame {
   PixelLayout pixel;
   std::optional<Window> window;
 };
-
-// Text of a file or its name as it may stand in a sentence: nothing in it moves a terminal's cursor.
-std::string printable(std::string text);
 
 // What a file turned out to hold.
 struct FileContent {
