@@ -41,15 +41,20 @@ Batch::Batch(const Casting& casting)
   }
 }
 
-Batch::Extent Batch::extent_of(size_t from, size_t count) const {
+Batch::Extent Batch::place(size_t from, size_t count) {
   Extent extent;
-  for (size_t axis = first_axis_; axis < 3; ++axis)
-    for (size_t r = from; r < from + count; ++r) {
-      const PlacedStretch& s = stretches_[r];
-      const size_t lane = static_cast<size_t>(s.lane);
-      const double middle = s.lines->middle[axis][lane], step = s.lines->step[axis][lane];
-      extent.widen(axis, middle + s.first * step, middle + (s.first + counts_[r] - 1) * step);
+  for (size_t r = 0; r < count; ++r) {
+    const PlacedStretch& s = stretches_[from + r];
+    const size_t lane = static_cast<size_t>(s.lane);
+    const double more = counts_[from + r] - 1;
+    for (size_t axis = 0; axis < 3; ++axis) {
+      const double step = s.lines->step[axis][lane];
+      const double start = s.lines->middle[axis][lane] + s.first * step;
+      given_starts_[r][axis] = start;
+      given_steps_[r][axis] = step;
+      if (axis >= first_axis_) extent.widen(axis, start, start + more * step);
     }
+  }
   return extent;
 }
 
@@ -88,20 +93,15 @@ void Batch::set_stack(const Extent& extent) {
   record_.regscale = &kSlicesPerUnit;
 }
 
-void Batch::set_rays(size_t from, size_t count, bool parallel) {
+void Batch::set_rays(size_t count, bool parallel) {
   const Excess more = excess(casting_.sampler, parallel);
+  const Triple excess_of = {more.across, more.across, more.down};
   Triple base;
   for (size_t a = 0; a < 3; ++a) base[a] = base_[a] + casting_.volume.first[a];
-  for (size_t r = 0; r < count; ++r) {
-    const PlacedStretch& s = stretches_[from + r];
-    const size_t lane = static_cast<size_t>(s.lane);
-    for (size_t a = 0; a < 3; ++a)
-      given_starts_[r][a] =
-          (s.lines->middle[a][lane] + s.first * s.lines->step[a][lane]) * (1 / kGrid) - base[a];
-    if (r > 0 && parallel) continue;
-    for (size_t a = 0; a < 3; ++a)
-      given_steps_[r][a] = step_given(s.lines->step[a][lane], a < 2 ? more.across : more.down);
-  }
+  for (size_t r = 0; r < count; ++r)
+    for (size_t a = 0; a < 3; ++a) given_starts_[r][a] = given_starts_[r][a] * (1 / kGrid) - base[a];
+  for (size_t r = 0; r < (parallel ? 1 : count); ++r)
+    for (size_t a = 0; a < 3; ++a) given_steps_[r][a] = step_given(given_steps_[r][a], excess_of[a]);
 }
 
 void Batch::cast(size_t from, size_t count, const Extent& extent) {
@@ -109,7 +109,7 @@ void Batch::cast(size_t from, size_t count, const Extent& extent) {
   // The lists of parallel nearest operations hold so many slices.
   const bool parallel =
       casting_.same_step && (casting_.sampler.bricks || record_.nslices <= ZOX_MAX_FIXED_SLICES);
-  set_rays(from, count, parallel);
+  set_rays(count, parallel);
   zox_Rays rays{};
   rays.planes = planes_.data();
   if (from > 0) {
@@ -125,11 +125,11 @@ void Batch::cast(size_t from, size_t count, const Extent& extent) {
 }
 
 void Batch::cast_one_by_one() {
-  for (size_t i = 0; i < size_; ++i) cast(i, 1, extent_of(i, 1));
+  for (size_t i = 0; i < size_; ++i) cast(i, 1, place(i, 1));
 }
 
 const Reduced& Batch::run() {
-  const Extent extent = extent_of(0, size_);
+  const Extent extent = place(0, size_);
   double widest = 0;
   for (size_t a = 0; a < 3; ++a) widest = std::max(widest, extent.high[a] - extent.low[a]);
   const bool limited = !casting_.sampler.bricks && casting_.sampler.nearest;

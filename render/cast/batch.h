@@ -69,12 +69,13 @@ class Batch {
     counts_[i] += count;
     return true;
   }
-  Extent extent_of(size_t from, size_t count) const;
+  // The starts and steps of some stretches, in grid units, to where the operations read them.
+  Extent place(size_t from, size_t count);
   void cast(size_t from, size_t count, const Extent& extent);
   void cast_one_by_one();
   void set_bricks(const Extent& extent);
   void set_stack(const Extent& extent);
-  void set_rays(size_t from, size_t count, bool parallel);
+  void set_rays(size_t count, bool parallel);
 
   const Casting& casting_;
   size_t size_ = 0;

@@ -86,9 +86,10 @@ void finish(const zox_Rays& rays, const Counts& counts, bool with_places, const 
 }  // namespace
 
 void reduce(const zox_Rays& rays, const Wanted& wanted, const int* middle, Reduced& reduced) {
+  if (wanted.largest) zox_Volume_FindMax_16S(&rays, reduced.largest.data());
+  if (wanted.largest && !wanted.smallest && !wanted.places && !middle) return;
   const Counts counts(rays);
   if (wanted.largest) {
-    zox_Volume_FindMax_16S(&rays, reduced.largest.data());
     finish(rays, counts, wanted.places, middle, reduced.largest, reduced.largest_at);
   }
   if (wanted.smallest) {

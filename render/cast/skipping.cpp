@@ -28,6 +28,16 @@ uint32_t smaller_than(__m128i one, const int32_t* numbers) {
   return static_cast<uint32_t>(_mm_movemask_epi8(_mm_packs_epi16(low, high)));
 }
 
+// What reaches the ceiling becomes unbeatable; the smallest of all.
+RENDER_IN_LANES int worst_of_largest(int ceiling, int unbeatable, Lanes<int32_t>& best) {
+  int worst = unbeatable;
+  for (size_t i = 0; i < kLanes; ++i) {
+    best[i] = best[i] >= ceiling ? unbeatable : best[i];
+    worst = best[i] < worst ? best[i] : worst;
+  }
+  return worst;
+}
+
 uint32_t larger_than(__m128i one, const int32_t* numbers) {
   return 0xffff & ~smaller_than(_mm_add_epi32(one, _mm_set1_epi32(1)), numbers);
 }
@@ -111,15 +121,17 @@ uint32_t Tile::gaining(size_t quad, int best, int first) const {
 // Rays that are as good as can be need nothing more.
 void Tile::find_worst() {
   const Order& order = scene_.order;
+  if (order.sign() > 0) {
+    worst_ = worst_of_largest(scene_.ceiling == order.none() ? order.unbeatable() : scene_.ceiling,
+                              order.unbeatable(), best_);
+    return;
+  }
   if (scene_.ceiling != order.none())
     for (int32_t& best : best_)
       if (!order.better(scene_.ceiling, best)) best = order.unbeatable();
   worst_ = order.unbeatable();
-  if (order.sign() > 0)
-    worst_ = *std::min_element(best_.begin(), best_.end());
-  else
-    for (const int32_t best : best_)
-      if (order.better(worst_, best)) worst_ = best;
+  for (const int32_t best : best_)
+    if (order.better(worst_, best)) worst_ = best;
 }
 
 bool Tile::can_gain(int best) const {

@@ -172,6 +172,14 @@ void Tile::add_stretch(const Section& section, size_t lane, int first, int last)
 
 void Tile::take_all(const Reduced& reduced) {
   const Wanted& wanted = scene_.casting.wanted;
+  if (wanted.largest && !wanted.smallest && !wanted.places) {
+    for (size_t i = 0; i < batch_.size(); ++i) {
+      int32_t& best = best_[batch_.lane(i)];
+      best = std::max(best, int32_t{reduced.largest[i]});
+      counts_.cast += batch_.count(i);
+    }
+    return;
+  }
   for (size_t i = 0; i < batch_.size(); ++i) {
     const size_t lane = batch_.lane(i);
     const int first = batch_.first(i);

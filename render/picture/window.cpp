@@ -36,7 +36,7 @@ Shades::Shades(double slope, double intercept, double center, double width)
           "The window must be finite, and wide enough for its ends to differ.");
 }
 
-void Shades::shade(const Lanes<int32_t>& samples, Lanes<uint8_t>& shades) const {
+RENDER_IN_LANES void Shades::shade(const Lanes<int32_t>& samples, Lanes<uint8_t>& shades) const {
   alignas(64) Lanes<int32_t> found;
   for (size_t i = 0; i < kLanes; ++i) {
     const double value = samples[i] * slope_ + intercept_;

@@ -70,7 +70,8 @@ Stretch clip(const SampleBox& box, const Line& line, const Stretch& within) {
 // As above, in lanes, without a branch: quarters of a unit are added, which no whole number lies between, so
 // that no line along a face divides 0 by 0. Steps of 0 become so small that a line misses all samples or
 // none.
-void clip(const SampleBox& box, const LineLanes& lines, const Stretch& within, StretchLanes& samples) {
+RENDER_IN_LANES void clip(const SampleBox& box, const LineLanes& lines, const Stretch& within,
+                          StretchLanes& samples) {
   alignas(64) Lanes<double> first, last;
   first.fill(within.first);
   last.fill(within.last);

@@ -7,6 +7,16 @@
 
 namespace render {
 
+// Loops over lanes are compiled for several kinds of processors, and the system takes the widest: additions,
+// products, quotients and roots are the same in all. Programs that are sanitized, and compilers that cannot
+// clone, have one kind.
+#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__) && \
+    !defined(__SANITIZE_THREAD__)
+#define RENDER_IN_LANES __attribute__((target_clones("avx512f", "avx2", "default")))
+#else
+#define RENDER_IN_LANES
+#endif
+
 inline constexpr size_t kLanes = 64;
 template <class Number>
 using Lanes = std::array<Number, kLanes>;

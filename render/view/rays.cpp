@@ -31,6 +31,44 @@ double diagonal(const Frame& frame) {
   return longest;
 }
 
+// How far, in millimetres, the picture's pixels lie from its middle.
+struct Offsets {
+  Lanes<double> right, up;
+};
+
+// One axis of the voxels: where the picture's middle lies, and what a millimetre to each side means.
+struct AxisOfView {
+  double center, right, up, forward;
+};
+
+RENDER_IN_LANES void place_parallel(const Offsets& offsets, const AxisOfView& axis, double step,
+                                    Lanes<double>& middles, Lanes<double>& steps) {
+  for (size_t i = 0; i < kLanes; ++i) {
+    middles[i] = to_whole((axis.center + axis.right * offsets.right[i] + axis.up * offsets.up[i]) * kGrid);
+    steps[i] = to_whole(axis.forward * step * kGrid);
+  }
+}
+
+RENDER_IN_LANES void find_inverse_lengths(const Offsets& offsets, double eye_distance,
+                                          Lanes<double>& inverse) {
+  for (size_t i = 0; i < kLanes; ++i) {
+    const double a = offsets.right[i], b = offsets.up[i];
+    inverse[i] = 1 / std::sqrt(a * a + b * b + eye_distance * eye_distance);
+  }
+}
+
+RENDER_IN_LANES void place_diverging(const Offsets& offsets, const Lanes<double>& inverse,
+                                     const AxisOfView& axis, double eye_distance, double reach, double step,
+                                     Lanes<double>& middles, Lanes<double>& steps) {
+  const double eye = axis.center - axis.forward * eye_distance;
+  for (size_t i = 0; i < kLanes; ++i) {
+    const double direction =
+        (axis.forward * eye_distance + axis.right * offsets.right[i] + axis.up * offsets.up[i]) * inverse[i];
+    middles[i] = to_whole((eye + direction * reach) * kGrid);
+    steps[i] = to_whole(direction * step * kGrid);
+  }
+}
+
 }  // namespace
 
 Rays::Rays(const Camera& camera, const Frame& frame, const zox_render_view& view)
@@ -71,28 +109,22 @@ void Rays::take_slab(const zox_render_view& view, double step) {
 }
 
 // One axis at a time, since lanes of all three would be more than registers hold.
-template <bool kPerspective>
-void Rays::fill(const Lanes<double>& columns, const Lanes<double>& rows, LineLanes& lines) const {
-  for (int axis = 0; axis < 3; ++axis) {
-    Lanes<double>&middles = lines.middle[static_cast<size_t>(axis)],
-    &steps = lines.step[static_cast<size_t>(axis)];
-    const double center = center_[axis], right = right_[axis], up = up_[axis], forward = forward_[axis];
-    for (size_t i = 0; i < kLanes; ++i) {
-      const double a = (columns[i] + 0.5 - half_width_) * pixel_, b = (half_height_ - rows[i] - 0.5) * pixel_;
-      double middle = center + right * a + up * b, direction = forward;
-      if (kPerspective) {
-        const double far = std::sqrt(a * a + b * b + eye_distance_ * eye_distance_);
-        direction = (forward * eye_distance_ + right * a + up * b) * (1 / far);
-        middle = center - forward * eye_distance_ + direction * reach_;
-      }
-      middles[i] = to_whole(middle * kGrid);
-      steps[i] = to_whole(direction * step_ * kGrid);
-    }
-  }
-}
-
 void Rays::lines(const Lanes<double>& columns, const Lanes<double>& rows, LineLanes& lines) const {
-  perspective_ ? fill<true>(columns, rows, lines) : fill<false>(columns, rows, lines);
+  alignas(64) Offsets offsets;
+  for (size_t i = 0; i < kLanes; ++i) {
+    offsets.right[i] = (columns[i] + 0.5 - half_width_) * pixel_;
+    offsets.up[i] = (half_height_ - rows[i] - 0.5) * pixel_;
+  }
+  alignas(64) Lanes<double> inverse;
+  if (perspective_) find_inverse_lengths(offsets, eye_distance_, inverse);
+  for (int a = 0; a < 3; ++a) {
+    const AxisOfView axis{center_[a], right_[a], up_[a], forward_[a]};
+    Lanes<double>&middles = lines.middle[static_cast<size_t>(a)], &steps = lines.step[static_cast<size_t>(a)];
+    if (perspective_)
+      place_diverging(offsets, inverse, axis, eye_distance_, reach_, step_, middles, steps);
+    else
+      place_parallel(offsets, axis, step_, middles, steps);
+  }
 }
 
 Line Rays::line(double column, double row) const {

@@ -40,8 +40,6 @@ class Rays {
   int number_offset() const { return number_offset_; }
 
  private:
-  template <bool kPerspective>
-  void fill(const Lanes<double>& columns, const Lanes<double>& rows, LineLanes& lines) const;
   void take_slab(const zox_render_view& view, double step);
 
   bool perspective_;

@@ -33,11 +33,14 @@ __m128i extreme_of(__m128i a, __m128i b) {
 
 template <bool kLargest>
 int extreme_lane(__m128i lanes, int columns) {
-  alignas(16) int16_t numbers[kLanes];
-  _mm_store_si128(reinterpret_cast<__m128i*>(numbers), lanes);
-  int16_t best = numbers[0];
-  for (int i = 1; i < columns; ++i) best = kLargest ? std::max(best, numbers[i]) : std::min(best, numbers[i]);
-  return best;
+  alignas(16) static constexpr int16_t kKeep[2 * kLanes] = {-1, -1, -1, -1, -1, -1, -1, -1};
+  const __m128i keep = _mm_loadu_si128(reinterpret_cast<const __m128i*>(kKeep + kLanes - columns));
+  const __m128i worst = _mm_set1_epi16(kLargest ? INT16_MIN : INT16_MAX);
+  lanes = _mm_or_si128(_mm_and_si128(keep, lanes), _mm_andnot_si128(keep, worst));
+  lanes = extreme_of<kLargest>(lanes, _mm_shuffle_epi32(lanes, _MM_SHUFFLE(1, 0, 3, 2)));
+  lanes = extreme_of<kLargest>(lanes, _mm_shuffle_epi32(lanes, _MM_SHUFFLE(2, 3, 0, 1)));
+  lanes = extreme_of<kLargest>(lanes, _mm_srli_epi32(lanes, 16));
+  return static_cast<int16_t>(_mm_cvtsi128_si32(lanes));
 }
 
 template <bool kLargest>
