@@ -11,7 +11,7 @@ namespace {
 
 constexpr int kTilesPerTask = 32;
 constexpr int kLongestStretch = 128;  // samples: planes that stay in the nearest caches
-constexpr double kStretchVoxels = 8;
+constexpr double kStretchVoxels = 16;
 // Nearest stack operations reach over 1024 voxels, of which a stretch may take half.
 constexpr double kMostVoxels = 500;
 

@@ -12,6 +12,8 @@ namespace {
 // Candidates that are cast before it is seen how many remain; and the share of all samples that is most.
 constexpr size_t kProbes = 3;
 constexpr double kMost = 0.85;
+// Of a stretch of a quad.
+constexpr int kPieces = 4;
 
 // The first number of the next stretch: stretches begin at multiples of their length.
 int next_stretch(int number, int length) {
@@ -187,21 +189,30 @@ void Tile::add_quad(const Candidate& candidate, size_t quad, uint32_t lanes, int
     add_stretch(section, quad * kQuadPixels + static_cast<size_t>(__builtin_ctz(lanes)), first, last);
 }
 
-// Where any ray of a quad could gain, the halves of its stretch are bounded by themselves.
+// Where any ray of a quad could gain, the pieces of its stretch are bounded by themselves. A ray is cast from
+// the first to the last in which it could.
 void Tile::add_candidate(const Candidate& c) {
   const Section& section = sections_[static_cast<size_t>(c.section)];
-  const int middle = c.first + (c.last - c.first) / 2;
+  const int count = c.last - c.first + 1;
+  int begin[kPieces + 1];
+  for (int p = 0; p <= kPieces; ++p) begin[p] = c.first + count * p / kPieces;
   for (size_t quad = 0; quad < kQuads; ++quad) {
     const uint32_t lanes = gaining(quad, c.best, c.first);
     if (lanes == 0) continue;
-    const Bundle& bundle = section.quads[quad];
-    const uint32_t near = lanes & gaining(quad, best_within(bundle, c.first, middle, false), c.first);
-    uint32_t far = 0;
-    if (middle < c.last)
-      far = lanes & gaining(quad, best_within(bundle, middle + 1, c.last, false), middle + 1);
-    add_quad(c, quad, near & far, c.first, c.last);
-    add_quad(c, quad, near & ~far, c.first, middle);
-    add_quad(c, quad, far & ~near, middle + 1, c.last);
+    uint32_t gain[kPieces] = {}, any = 0;
+    for (int p = 0; p < kPieces; ++p) {
+      if (begin[p] == begin[p + 1]) continue;
+      const int best = best_within(section.quads[quad], begin[p], begin[p + 1] - 1, false);
+      any |= gain[p] = lanes & gaining(quad, best, begin[p]);
+    }
+    for (; any != 0; any &= any - 1) {
+      const int pixel = __builtin_ctz(any);
+      int first = 0, last = kPieces - 1;
+      while (!(gain[first] >> pixel & 1)) ++first;
+      while (!(gain[last] >> pixel & 1)) --last;
+      add_stretch(section, quad * kQuadPixels + static_cast<size_t>(pixel), begin[first],
+                  begin[last + 1] - 1);
+    }
   }
 }
 
