@@ -13,7 +13,9 @@ import h5py
 import numpy
 from PIL import Image
 
-from volumes import SPACING, head, meta_image, nrrd_folder, nrrd_slice, tiff_folder, tiled_tiff
+sys.path.insert(0, str(Path(__file__).parent.parent / "dicom"))
+import make_series  # noqa: E402
+from volumes import SPACING, head, meta_image, nrrd_folder, nrrd_slice, tiff_folder, tiled_tiff  # noqa: E402
 
 PROGRAM = sys.argv[1]
 GIVEN = ["--spacing", ",".join(map(str, SPACING))]
@@ -72,6 +74,15 @@ def good(place):
     flat = nrrd_folder(place / "flat", voxels, lambda z: "space dimension: 2\nspace directions: (0.5,0) (0,0.75)\n"
                                                          "space origin: (0,0)")
     same(flat, wanted, place, *GIVEN)
+    study = place / "study"
+    make_series.make(str(study / "thin"))
+    of_study = files_of(study, place / "wanted-study")
+    for name in ("cube", "other"):
+        (study / f"{name}.nrrd").write_bytes(nrrd_slice(voxels[0], "spacings: 0.5 0.75"))
+    expect(files_of(study, place / "beside") == of_study, "volumes beside a study take its place")
+    make_series.make(str(flat / "thin"))
+    (place / "below").mkdir()
+    same(flat, wanted, place / "below", *GIVEN)
     same(hdf5(place / "plain.h5", voxels), wanted, place)
     same(hdf5(place / "packed.h5", voxels, "a/b", chunks=(3, 16, 16), compression="gzip", shuffle=True), wanted, place)
     same(hdf5(place / "big.h5", voxels.astype(">i2")[None, :, :, :, None]), wanted, place)

@@ -63,9 +63,16 @@ uint64_t number_in(const Name& name, size_t which) {
   return *number;
 }
 
-// Which of the numbers of the names counts the slices: the only one that is not the same in all.
-size_t counting_number(const std::string& folder, const std::vector<Name>& names) {
-  std::optional<size_t> found;
+// Which of the numbers of the names counts the slices: the only one that is not the same in all. Where there
+// is none, a name that differs otherwise from the first.
+struct Counting {
+  std::optional<size_t> number;
+  const Name* odd = nullptr;
+};
+
+Counting counting_number(const std::vector<Name>& names) {
+  Counting counting;
+  std::optional<size_t>& found = counting.number;
   for (const Name& name : names) {
     bool differs = name.words != names[0].words;
     for (size_t i = 0; !differs && i < name.numbers.size(); ++i) {
@@ -73,11 +80,9 @@ size_t counting_number(const std::string& folder, const std::vector<Name>& names
       differs = found && *found != i;
       found = i;
     }
-    if (differs || (!found && &name != &names[0]))
-      refuse(quoted(folder) + " holds " + own(names[0].path) + " and " + own(name.path) +
-             ": slices of one volume have names that differ in one number only.");
+    if (differs || (!found && &name != &names[0])) return {std::nullopt, &name};
   }
-  return *found;
+  return counting;
 }
 
 // A name of the row that no file has.
@@ -109,17 +114,30 @@ void check_row(const std::string& folder, const std::vector<Name>& names, size_t
   }
 }
 
+bool is_dicom_below(const std::string& folder) {
+  std::error_code error;
+  constexpr auto kOptions = fs::directory_options::skip_permission_denied;
+  for (fs::recursive_directory_iterator entry(folder, kOptions, error), end; !error && entry != end;
+       entry.increment(error)) {
+    std::error_code ignored;
+    if (entry->is_regular_file(ignored) && is_dicom(entry->path().string())) return true;
+  }
+  return false;
+}
+
 }  // namespace
 
 bool holds_slices(const std::string& folder) {
-  bool slices = false, dicom = false;
+  std::vector<Name> names;
+  bool dicom = false;
   each_file(folder, [&](const fs::path& path) {
     if (is_named_as_slice(path))
-      slices = true;
+      names.push_back(name_of(path));
     else if (!dicom)
       dicom = is_dicom(path.string());
   });
-  return slices && !dicom;
+  if (names.empty() || dicom) return false;
+  return counting_number(names).number || !is_dicom_below(folder);
 }
 
 SliceFiles slice_files(const std::string& folder) {
@@ -134,7 +152,11 @@ SliceFiles slice_files(const std::string& folder) {
   if (names.size() < 2)
     refuse(quoted(folder) + " holds a single slice, " + own(names.at(0).path) + "; a volume has 2 at least.");
   std::sort(names.begin(), names.end(), [](const Name& a, const Name& b) { return a.path < b.path; });
-  const size_t which = counting_number(folder, names);
+  const Counting counting = counting_number(names);
+  if (!counting.number)
+    refuse(quoted(folder) + " holds " + own(names[0].path) + " and " + own(counting.odd->path) +
+           ": slices of one volume have names that differ in one number only.");
+  const size_t which = *counting.number;
   std::stable_sort(names.begin(), names.end(),
                    [&](const Name& a, const Name& b) { return number_in(a, which) < number_in(b, which); });
   check_row(folder, names, which);

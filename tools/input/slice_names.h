@@ -6,7 +6,8 @@
 
 namespace zox::input {
 
-// Whether there are files named as slices (.tif, .tiff, .nrrd, .nhdr) in a folder and none of DICOM.
+// Whether there are files named as slices (.tif, .tiff, .nrrd, .nhdr) in a folder and none of DICOM. Below it
+// there may be DICOM files, if the names count slices: else they are volumes beside a study.
 bool holds_slices(const std::string& folder);
 
 struct SliceFiles {
