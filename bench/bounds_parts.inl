@@ -2,6 +2,7 @@
 // ZOX_BENCH_BOUNDS, the name of its list, and includes this.
 #include "bounds.h"
 #include "bounds_blocked.h"
+#include "bounds_stack.h"
 
 namespace bench {
 
@@ -13,6 +14,9 @@ const Bounds ZOX_BENCH_BOUNDS[] = {
     ZOX_BLOCKED_BOUNDS(blocked_parallel_trilinear_8u, kBlockedParallelTrilinear8U),
     ZOX_BLOCKED_BOUNDS(blocked_divergent_trilinear_8u, kBlockedDivergentTrilinear8U),
     ZOX_BLOCKED_BOUNDS(blocked_divergent_trilinear_16s, kBlockedDivergentTrilinear16S),
+    ZOX_STACK_BOUNDS(general_divergent_nearest_8u, kDivergentNearest8U),
+    ZOX_STACK_BOUNDS(general_divergent_nearest_16s, kDivergentNearest16S),
+    ZOX_STACK_BOUNDS(general_divergent_trilinear_16s, kDivergentTrilinear16S),
     {},
 };
 

@@ -1,52 +1,84 @@
 // One cursor a ray: where each stands, as lanes in memory and as vectors in registers.
 #pragma once
 
-#include "numbers/lanes.h"
-#include "sets/set.h"
-#include "stack/region_walk.h"
-#include "stack/staged_samples.h"
+#include "numbers/fixed_point.h"
+#include "stack/stack_view.h"
 
 namespace zox::ZOX_SET {
 namespace {
 
 constexpr int kNoSlice = INT32_MAX;
 
-// The lanes' next samples, and what leads from one to the next.
-struct MovingLanes {
+// A sample a lane, or what leads from one to the next.
+struct SampleLanes {
   Lanes<int> x, y, position, number;
-  Lanes<int> x_step, y_step, position_step, number_step;
+
+  void copy(int from, int to);
+};
+constexpr Lanes<int> SampleLanes::*kSampleFields[] = {&SampleLanes::x, &SampleLanes::y,
+                                                      &SampleLanes::position, &SampleLanes::number};
+inline void SampleLanes::copy(int from, int to) {
+  for (auto field : kSampleFields) (this->*field)[to] = (this->*field)[from];
+}
+
+// One vector of these.
+struct SampleVectors {
+  Vector x, y, position, number;
+
+  static SampleVectors of(const SampleLanes& from, int lane) {
+    return {load_vector(&from.x[lane]), load_vector(&from.y[lane]), load_vector(&from.position[lane]),
+            load_vector(&from.number[lane])};
+  }
+  static SampleVectors all(const SampleLanes& from, int lane) {
+    return {broadcast(from.x[lane]), broadcast(from.y[lane]), broadcast(from.position[lane]),
+            broadcast(from.number[lane])};
+  }
+  void put_back(SampleLanes& to, int lane) const {
+    store_vector(&to.x[lane], x);
+    store_vector(&to.y[lane], y);
+    store_vector(&to.position[lane], position);
+    store_vector(&to.number[lane], number);
+  }
+  void move(const SampleVectors& by) {
+    x = sum(x, by.x);
+    y = sum(y, by.y);
+    position = sum(position, by.position);
+    number = sum(number, by.number);
+  }
+  void move_where(Mask on, const SampleVectors& by) {
+    x = add_where(on, x, by.x);
+    y = add_where(on, y, by.y);
+    position = add_where(on, position, by.position);
+    number = add_where(on, number, by.number);
+  }
 };
 
-struct CursorLanes : MovingLanes {
+struct CursorLanes {
+  SampleLanes at, step;
   Lanes<int> last_number;  // the last in this region
   Lanes<int> first_slice;  // of this region
   Lanes<int> slice;        // of the next sample; kNoSlice when the ray is done
+  Lanes<int> next_region;  // the one to enter after this
+  Lanes<int> trace;        // the ray's lane in Traces
 
-  void advance(int lane, int n) {
-    x[lane] = wrap_add(x[lane], wrap_mul(n, x_step[lane]));
-    y[lane] = wrap_add(y[lane], wrap_mul(n, y_step[lane]));
-    position[lane] = wrap_add(position[lane], wrap_mul(n, position_step[lane]));
-    number[lane] += n * number_step[lane];
+  // Leaves out the rays that are done; how many of n are not.
+  int drop_done(int n) {
+    int kept = 0;
+    for (int i = 0; i < n; ++i) {
+      if (slice[i] == kNoSlice) continue;
+      at.copy(i, kept);
+      step.copy(i, kept);
+      for (auto field : kOtherFields) (this->*field)[kept] = (this->*field)[i];
+      ++kept;
+    }
+    for (int i = kept; i < n; ++i) slice[i] = kNoSlice;
+    return kept;
   }
-};
 
-// What moves of one vector's lanes.
-struct CursorGroup {
-  Vector x, y, position, number, slice;
-
-  CursorGroup(const CursorLanes& c, int group)
-      : x(load_vector(&c.x[group])),
-        y(load_vector(&c.y[group])),
-        position(load_vector(&c.position[group])),
-        number(load_vector(&c.number[group])),
-        slice(load_vector(&c.slice[group])) {}
-  void put_back(CursorLanes& c, int group) const {
-    store_vector(&c.x[group], x);
-    store_vector(&c.y[group], y);
-    store_vector(&c.position[group], position);
-    store_vector(&c.number[group], number);
-    store_vector(&c.slice[group], slice);
-  }
+ private:
+  static constexpr Lanes<int> CursorLanes::*kOtherFields[] = {&CursorLanes::last_number,
+                                                              &CursorLanes::first_slice, &CursorLanes::slice,
+                                                              &CursorLanes::next_region, &CursorLanes::trace};
 };
 
 }  // namespace

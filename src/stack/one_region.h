@@ -3,7 +3,7 @@
 // slices as one.
 #pragma once
 
-#include "numbers/march.h"
+#include "stack/cursor_lanes.h"
 #include "stack/stack_sampling.h"
 
 namespace zox::ZOX_SET {
@@ -28,16 +28,47 @@ inline Spread spread_of(const zox_Rays& batch) {
   return s;
 }
 
-// What a ray adds to the position of ray 0, in fixed point, and the half that makes indices round.
+// What the rays that have samples left add to the position and number of ray 0, in fixed point, with the
+// half that makes indices round. A position is one in slices.
 struct RayOffsets {
-  Lanes<int> x, y, slice, ray;
+  int n = 0;
+  SampleLanes at;
+  Lanes<int> samples;
 
-  void move_lane(int from, int to) {
-    x[to] = x[from];
-    y[to] = y[from];
-    slice[to] = slice[from];
-    ray[to] = ray[from];
+  RayOffsets(const zox_Rays& batch, int nrays, double slices_per_z) {
+    Axes<double> apart;
+    const double* start = batch.starts[0];
+    for (int r = 0; r < nrays; ++r) {
+      if (batch.nsamples[r] < 1) continue;
+      const double* s = batch.starts[r];
+      apart[0][n] = (s[0] - start[0]) * kScale;
+      apart[1][n] = (s[1] - start[1]) * kScale;
+      apart[2][n] = ((s[2] - start[2]) * slices_per_z) * kScale;
+      at.number[n] = sample_number(r, 0);
+      samples[n++] = batch.nsamples[r];
+    }
+    pad_lanes(apart, n);
+    for (int axis = 0; axis < 3; ++axis) {
+      Lanes<int>& offset = at.*kSampleFields[axis];
+      truncate_lanes(apart[axis].at, offset.at, n);
+      for (int i = 0; i < padded(n); ++i) offset[i] = wrap_add(offset[i], kHalf);
+    }
   }
+
+  int first_end() const { return range_of(samples.at, n).low; }
+
+  void drop_ended(int k) {
+    int kept = 0;
+    for (int i = 0; i < n; ++i) {
+      if (samples[i] <= k) continue;
+      at.copy(i, kept);
+      samples[kept++] = samples[i];
+    }
+    n = kept;
+  }
+
+  static constexpr double kScale = 0x1p21;
+  static constexpr int kHalf = 1 << 20;
 };
 
 // The position of ray 0, in doubles that accumulate the step; converted for all rays at once.
@@ -47,7 +78,7 @@ struct SharedPosition {
 
   // Of the next n samples, in fixed point. The three sums run side by side: each waits for
   // itself alone.
-  void run(int n, Axes<int>& at) {
+  void run(int n, SampleLanes& at) {
     Axes<double> scaled;
     double x = base[0], y = base[1], z = base[2];
     for (int i = 0; i < n; ++i) {
@@ -62,73 +93,48 @@ struct SharedPosition {
     base[1] = y;
     base[2] = z;
     pad_lanes(scaled, n);
-    for (int axis = 0; axis < 3; ++axis) truncate_lanes(scaled[axis].at, at[axis].at, n);
+    for (int axis = 0; axis < 3; ++axis) truncate_lanes(scaled[axis].at, (at.*kSampleFields[axis]).at, n);
   }
 };
 
-// Appends sample k of n rays, for which ray 0 is at position number i of `at`.
-// Lanes beyond n hold anything: every sum wraps.
-inline void append_rays(const RayOffsets& offsets, const Axes<int>& at, int i, int k, int n,
-                        const StackView& view, StagedSamples& stage) {
-  const Vector x_at = broadcast(at[0][i]), y_at = broadcast(at[1][i]), z_at = broadcast(at[2][i]);
-  const Vector first_number = broadcast(sample_number(0, k));
-  for (int lane = 0; lane < n; lane += kVector) {
-    const int to = stage.n + lane;
-    Vector x = sum(load_vector(&offsets.x[lane]), x_at), y = sum(load_vector(&offsets.y[lane]), y_at);
-    Vector slice = shift_right<21>(sum(load_vector(&offsets.slice[lane]), z_at));
-    store_anywhere(stage.number + to, sum(load_vector(&offsets.ray[lane]), first_number));
-    store_anywhere(stage.place + to, stage.even ? view.offset(x, y, view.slice_start(slice)) : slice);
-    if (!stage.even || view.bits_are_read) store_anywhere(stage.x + to, x);
-    if (!stage.even) store_anywhere(stage.y + to, y);
+// Every sum of an inner and an outer sample, all inner ones of an outer one side by side, as many of these
+// at once as there is room for. The last vector goes first: what it writes beyond its lanes others overwrite.
+template <bool even>
+StagedSamples* stage_sums(const SampleLanes& inner, int n, const SampleLanes& outer, int count,
+                          const StackView& view, const StageSink& sink, StagedSamples* stage) {
+  for (int done = 0; done < count;) {
+    const int room = (kStage - stage->n) / n, steps = count - done < room ? count - done : room;
+    for (int lane = (n - 1) & -kVector; lane >= 0; lane -= kVector) {
+      const SampleVectors first = SampleVectors::of(inner, lane);
+      for (int i = 0; i < steps; ++i) {
+        SampleVectors at = first;
+        at.move(SampleVectors::all(outer, done + i));
+        view.stage<even, false>(*stage, stage->n + i * n + lane, at, shift_right<21>(at.position),
+                                store_anywhere);
+      }
+    }
+    stage->n += steps * n;
+    done += steps;
+    if (done == count) break;
+    stage = sink.take();
+    stage->even = even;
   }
-  stage.n += n;
+  return stage;
 }
 
-// Appends samples k .. k + n - 1 of the one ray that is left.
-inline void append_run(const RayOffsets& offsets, const Axes<int>& at, int k, int n, const StackView& view,
-                       StagedSamples& stage) {
-  const int x = offsets.x[0], y = offsets.y[0], slice = offsets.slice[0];
-  const int end = stage.n;
-  for (int i = 0; i < padded(n); ++i) {
-    stage.x[end + i] = wrap_add(x, at[0][i]);
-    stage.y[end + i] = wrap_add(y, at[1][i]);
-    stage.place[end + i] = wrap_add(slice, at[2][i]) >> 21;
-    stage.number[end + i] = sample_number(offsets.ray[0], k + i);
-  }
-  if (stage.even) view.place_evenly(stage, end, n);
-  stage.n += n;
-}
-
-// What the rays reach on one axis while ray 0 moves through these positions. False if a sum wraps.
-inline bool reach(const Lanes<int>& offsets, int rays, const Lanes<int>& at, int n, Range& reached) {
-  const Range offset = range_of(offsets.at, rays), position = range_of(at.at, n);
-  reached = {wrap_add(offset.low, position.low), wrap_add(offset.high, position.high)};
-  return int64_t{offset.low} + position.low == reached.low &&
-         int64_t{offset.high} + position.high == reached.high;
+// What the sums on one axis reach. False if one wraps.
+inline bool reach(const Lanes<int>& a, int na, const Lanes<int>& b, int nb, Range& reached) {
+  const Range in_a = range_of(a.at, na), in_b = range_of(b.at, nb);
+  reached = {wrap_add(in_a.low, in_b.low), wrap_add(in_a.high, in_b.high)};
+  return int64_t{in_a.low} + in_b.low == reached.low && int64_t{in_a.high} + in_b.high == reached.high;
 }
 
 // Whether offsets reach the voxels of the next n samples.
-inline bool even_for(StackView& view, const RayOffsets& offsets, int rays, const Axes<int>& at, int n) {
+inline bool even_for(StackView& view, const RayOffsets& rays, const SampleLanes& at, int n) {
   Range x, y, z;
-  return reach(offsets.x, rays, at[0], n, x) && reach(offsets.y, rays, at[1], n, y) &&
-         reach(offsets.slice, rays, at[2], n, z) && view.even_for(x, y, {z.low >> 21, z.high >> 21});
-}
-
-// Fills offsets and lanes; rays without samples get none.
-inline void place_rays(const zox_Rays& batch, int nrays, double slices_per_z, RayOffsets& offsets,
-                       Marchers& rays) {
-  constexpr double scale = 0x1p21;
-  constexpr int half = 1 << 20;
-  const double* start = batch.starts[0];
-  for (int r = 0; r < nrays; ++r) {
-    if (batch.nsamples[r] < 1) continue;
-    const double* s = batch.starts[r];
-    offsets.x[rays.n] = wrap_add(truncate((s[0] - start[0]) * scale), half);
-    offsets.y[rays.n] = wrap_add(truncate((s[1] - start[1]) * scale), half);
-    offsets.slice[rays.n] = wrap_add(truncate(((s[2] - start[2]) * slices_per_z) * scale), half);
-    offsets.ray[rays.n] = r;
-    rays.add(r, batch.nsamples[r]);
-  }
+  return reach(rays.at.x, rays.n, at.x, n, x) && reach(rays.at.y, rays.n, at.y, n, y) &&
+         reach(rays.at.position, rays.n, at.position, n, z) &&
+         view.even_for(x, y, {z.low >> 21, z.high >> 21});
 }
 
 // Ray and plane together make a 32-bit number, so planes are counted anew after so many: a ray may
@@ -141,34 +147,31 @@ int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox
   const double slices_per_z = volume.regscale[0];
   SharedPosition position = {{start[0], start[1], slices_per_z * (start[2] - volume.regbounds[0])},
                              {step[0], step[1], step[2] * slices_per_z}};
-  Marchers rays;
-  RayOffsets offsets;
-  place_rays(batch, nrays, slices_per_z, offsets, rays);
+  RayOffsets rays(batch, nrays, slices_per_z);
   StackSampler<rules> sampler(volume, batch.planes);
-  StageSink sink = sampler.sink();
+  const StageSink sink = sampler.sink();
   StagedSamples* stage = sink.take();
   int first_plane = 0;
-  for (int k = 0; k < max_samples; rays.drop_ended(k, offsets)) {
-    for (int end = rays.first_end(); k < end;) {
+  for (int k = 0; k < max_samples;) {
+    if (k > 0) rays.drop_ended(k);
+    for (int end = rays.first_end(), n; k < end; k += n) {
       if (k - first_plane >= kNumberedPlanes) {
         sampler.finish();
         first_plane = k;
         sampler.planes = batch.planes + k;
       }
-      Axes<int> at;
-      int n = end - k < kLanes ? end - k : kLanes;
-      position.run(n, at);
-      bool even = even_for(sampler.view, offsets, rays.n, at, n);
-      if (stage->even != even && stage->n > 0) stage = sink.take();
+      n = end - k < kLanes ? end - k : kLanes;
+      SampleLanes run;
+      position.run(n, run);
+      for (int i = 0; i < padded(n); ++i) run.number[i] = sample_number(0, k - first_plane + i);
+      const bool even = even_for(sampler.view, rays, run, n);
+      if (stage->n > 0 && (stage->even != even || StagedSamples::full(stage->n))) stage = sink.take();
       stage->even = even;
-      if (rays.n == 1) append_run(offsets, at, k - first_plane, n, sampler.view, *stage);
-      for (int i = 0; i < n; ++i) {
-        if (rays.n > 1) append_rays(offsets, at, i, k - first_plane + i, rays.n, sampler.view, *stage);
-        if (stage->n <= kStage - kLanes) continue;
-        stage = sink.take();
-        stage->even = even;
-      }
-      k += n;
+      // Few rays go one after the other: a vector then holds samples of one ray.
+      const bool few = rays.n < kVector && rays.n < n;
+      const SampleLanes &inner = few ? run : rays.at, &outer = few ? rays.at : run;
+      auto stage_all = even ? stage_sums<true> : stage_sums<false>;
+      stage = stage_all(inner, few ? n : rays.n, outer, few ? rays.n : n, sampler.view, sink, stage);
     }
   }
   sampler.finish();

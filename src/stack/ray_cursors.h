@@ -15,60 +15,62 @@ class RayCursors {
 
   // Sets each lane to the lowest sample of its ray. False if the regions, or a ray's z, do not run one way.
   bool start() {
-    for (int i = 0; i < padded(traces_.n); ++i) lanes.slice[i] = kNoSlice;
+    n_ = traces_.n;
+    for (int i = 0; i < padded(n_); ++i) {
+      lanes.slice[i] = kNoSlice;
+      lanes.trace[i] = i;
+    }
     Range z;
     const bool wraps = !reached(traces_.z, traces_.sz, z);
     reach.inside = !wraps && within(z, Reach::kRoundings) && reached(traces_.x, traces_.sx, reach.x) &&
                    reached(traces_.y, traces_.sy, reach.y);
-    if (one_region()) return start_in_only_region(lanes);
-    if (wraps || !within(z, kSlack) || !regions_ascend()) return false;
-    for (int i = 0; i < traces_.n; ++i) start_in_first_region(i);
+    if (!one_region() && (wraps || !within(z, kSlack) || !regions_ascend())) return false;
+    SegmentLanes segments;
+    if (!find_segments(segments)) return false;
+    start_segments(segments, lanes);
     return true;
   }
 
   int lowest_slice() const {
     int lowest = kNoSlice;
-    for (int i = 0; i < padded(traces_.n); ++i) lowest = lanes.slice[i] < lowest ? lanes.slice[i] : lowest;
+    for (int i = 0; i < padded(n_); ++i) lowest = lanes.slice[i] < lowest ? lanes.slice[i] : lowest;
     return lowest;
   }
 
   // Sets the lane to the lowest sample in the next region, upwards, that holds any.
   void enter_region(int lane) {
-    const int n = traces_.count[lane], z = traces_.z[lane], sz = traces_.sz[lane];
-    const bool rising = sz >= 1;
-    lanes.slice[lane] = kNoSlice;
-    for (int j = region_[lane]; j < regions_.n; ++j) {
-      int below = j == 0 ? (rising ? 0 : n) : first_beyond(lane, regions_.Zb[j]);
-      int above = j == regions_.n - 1 ? (rising ? n : 0) : first_beyond(lane, regions_.Zb[j + 1]);
-      int first = rising ? below : above, end = rising ? above : below;
-      if (first >= end) continue;
-      bool more = rising ? end < n : first > 0;
-      region_[lane] = more ? j + 1 : regions_.n;
-      const int position = regions_.position(static_cast<int>(z + int64_t{sz} * first), j);
-      start_segment(lanes, traces_, lane,
-                    {first, end, position, regions_.step(sz, j), regions_.first_slice[j]});
-      return;
+    Segment segment;
+    if (find_segment(lane, segment)) {
+      start_segment(lanes, traces_, lane, lanes.trace[lane], segment);
+    } else {
+      lanes.slice[lane] = kNoSlice;
     }
   }
 
   // How many samples the lane has left in its region.
   int left(int lane) const {
-    int apart = lanes.last_number[lane] - lanes.number[lane];
+    int apart = lanes.last_number[lane] - lanes.at.number[lane];
     return plane_of(apart < 0 ? -apart : apart) + 1;
   }
 
   // Moves the lane by some of these samples.
   void advance(int lane, int by) {
     const bool ended = by == left(lane);
-    lanes.advance(lane, by);
-    lanes.slice[lane] = ended ? kNoSlice : slice_of<rules>(lanes.position[lane], lanes.first_slice[lane]);
+    for (auto field : kSampleFields) {
+      int& at = (lanes.at.*field)[lane];
+      at = wrap_add(at, wrap_mul(by, (lanes.step.*field)[lane]));
+    }
+    lanes.slice[lane] = ended ? kNoSlice : slice_of<rules>(lanes.at.position[lane], lanes.first_slice[lane]);
     if (ended && !one_region()) enter_region(lane);
   }
 
-  // Whether every ray has eight samples or more in a slice.
-  bool flat() const { return range_of(lanes.position_step.at, traces_.n).high <= 1 << (rules.bits - 3); }
+  void drop_done() { n_ = lanes.drop_done(n_); }
 
-  int count() const { return traces_.n; }
+  // Whether every ray has eight samples or more in a slice.
+  bool flat() const { return range_of(lanes.step.position.at, n_).high <= 1 << (rules.bits - 3); }
+
+  int longest() const { return range_of(traces_.count.at, traces_.n).high; }
+  int count() const { return n_; }
   bool one_region() const { return regions_.n == 1; }
 
   CursorLanes lanes;
@@ -87,6 +89,11 @@ class RayCursors {
     int position;  // of the first
     int step;      // from position to position
     int first_slice;
+  };
+
+  // One a lane.
+  struct SegmentLanes {
+    Lanes<int> first, end, position, step, first_slice;
   };
 
   // What the rays reach, each from its start on, by steps that are alike. False if a sum wraps.
@@ -122,63 +129,118 @@ class RayCursors {
     return true;
   }
 
-  bool start_in_only_region(CursorLanes& __restrict to) const {
-    const Traces& __restrict t = traces_;
-    Lanes<double> real;
-    Lanes<int> position, step;
-    for (int i = 0; i < padded(t.n); ++i) real[i] = regions_.distance(t.z[i], 0) * regions_.scale[0];
-    truncate_lanes(real.at, position.at, t.n);
-    for (int i = 0; i < padded(t.n); ++i) real[i] = regions_.scale[0] * static_cast<double>(t.sz[i]);
-    truncate_lanes(real.at, step.at, t.n);
-    Range positions;
-    if (!reached(position, step, positions) || positions.high > kLargestPosition) return false;
-    const int first_slice = regions_.first_slice[0];
-    for (int i = 0; i < t.n; ++i) start_segment(to, t, i, {0, t.count[i], position[i], step[i], first_slice});
+  // Each ray's lowest segment. False if a position overflows; of several regions none does, if they ascend.
+  bool find_segments(SegmentLanes& to) {
+    const Traces& t = traces_;
+    Lanes<int> low, high;
+    for (int i = 0; i < t.n; ++i) {
+      const int last = wrap_add(t.z[i], wrap_mul(t.sz[i], t.count[i] - 1));
+      low[i] = t.sz[i] >= 1 ? t.z[i] : last;
+      high[i] = t.sz[i] >= 1 ? last : t.z[i];
+    }
+    to_regions(low);
+    to_regions(high);
+    take_whole_rays(low, to);
+    if (one_region()) {
+      Range positions;
+      return reached(to.position, to.step, positions) && positions.high <= kLargestPosition;
+    }
+    for (int i = 0; i < t.n; ++i) {
+      lanes.next_region[i] = low[i] == high[i] ? regions_.n : low[i];
+      Segment s;
+      if (low[i] == high[i] || !find_segment(i, s)) continue;
+      to.first[i] = s.first;
+      to.end[i] = s.end;
+      to.position[i] = s.position;
+      to.step[i] = s.step;
+      to.first_slice[i] = s.first_slice;
+    }
     return true;
   }
 
-  void start_in_first_region(int lane) {
-    const int sz = traces_.sz[lane];
-    const int low = traces_.z[lane] + (sz < 0 ? sz * (traces_.count[lane] - 1) : 0);
-    int j = 0;
-    if (sz >= 1) {
-      while (j + 1 < regions_.n && regions_.Zb[j + 1] < low) ++j;
-    } else {
-      while (j + 1 < regions_.n && regions_.Zb[j + 1] <= low) ++j;
+  // The regions of samples at these z, in their place.
+  void to_regions(Lanes<int>& z) const {
+    Lanes<int> region;
+    for (int i = 0; i < traces_.n; ++i) region[i] = 0;
+    for (int j = 1; j < regions_.n; ++j) {
+      const int bound = regions_.Zb[j];
+      for (int i = 0; i < traces_.n; ++i)
+        region[i] += int{bound < z[i]} | (int{bound == z[i]} & int{traces_.sz[i] < 1});
     }
-    region_[lane] = j;
-    enter_region(lane);
+    z = region;
+  }
+
+  // As if every ray stayed in its region.
+  void take_whole_rays(const Lanes<int>& region, SegmentLanes& to) const {
+    const int n = traces_.n;
+    Lanes<double> real, scale;
+    for (int i = 0; i < n; ++i) {
+      scale[i] = regions_.scale[region[i]];
+      real[i] = regions_.distance(traces_.z[i], region[i]) * scale[i];
+      to.first_slice[i] = regions_.first_slice[region[i]];
+      to.first[i] = 0;
+      to.end[i] = traces_.count[i];
+    }
+    for (int i = n; i < padded(n); ++i) real[i] = 0, scale[i] = 0;
+    truncate_lanes(real.at, to.position.at, n);
+    for (int i = 0; i < padded(n); ++i) real[i] = scale[i] * static_cast<double>(traces_.sz[i]);
+    truncate_lanes(real.at, to.step.at, n);
+  }
+
+  // The lane's samples in the next region, upwards, that holds any. False if none does.
+  bool find_segment(int lane, Segment& to) {
+    const int trace = lanes.trace[lane];
+    const int n = traces_.count[trace], z = traces_.z[trace], sz = traces_.sz[trace];
+    const bool rising = sz >= 1;
+    for (int j = lanes.next_region[lane]; j < regions_.n; ++j) {
+      const int below = j == 0 ? (rising ? 0 : n) : first_beyond(trace, regions_.Zb[j]);
+      const int above = j == regions_.n - 1 ? (rising ? n : 0) : first_beyond(trace, regions_.Zb[j + 1]);
+      const int first = rising ? below : above, end = rising ? above : below;
+      if (first >= end) continue;
+      const bool more = rising ? end < n : first > 0;
+      lanes.next_region[lane] = more ? j + 1 : regions_.n;
+      const int position = regions_.position(static_cast<int>(z + int64_t{sz} * first), j);
+      to = {first, end, position, regions_.step(sz, j), regions_.first_slice[j]};
+      return true;
+    }
+    return false;
   }
 
   // The first sample of a ray that lies beyond a boundary: above it if rising, below if falling.
-  int first_beyond(int lane, int boundary) const {
-    const int sz = traces_.sz[lane], n = traces_.count[lane];
+  int first_beyond(int trace, int boundary) const {
+    const int sz = traces_.sz[trace], n = traces_.count[trace];
     const int64_t step = sz >= 1 ? sz : -int64_t{sz};
-    const int64_t gap = sz >= 1 ? int64_t{boundary} - traces_.z[lane] : int64_t{traces_.z[lane]} - boundary;
+    const int64_t gap = sz >= 1 ? int64_t{boundary} - traces_.z[trace] : int64_t{traces_.z[trace]} - boundary;
     if (gap < 0) return 0;
     return gap >= step * (n - 1) ? n : static_cast<int>(gap / step) + 1;
   }
 
   // Walked from the end whose slice is lower; in 32 bits the way back comes to exactly the same positions.
   [[gnu::always_inline]] static inline void start_segment(CursorLanes& to, const Traces& t, int lane,
-                                                          Segment s) {
+                                                          int trace, Segment s) {
     const int back = s.step < 0 ? s.end - 1 - s.first : 0, sign = s.step < 0 ? -1 : 1, k = s.first + back;
-    to.x[lane] = wrap_add(t.x[lane], wrap_mul(k, t.sx[lane]));
-    to.y[lane] = wrap_add(t.y[lane], wrap_mul(k, t.sy[lane]));
-    to.position[lane] = wrap_add(s.position, wrap_mul(back, s.step));
-    to.number[lane] = sample_number(t.ray[lane], k);
-    to.x_step[lane] = wrap_mul(sign, t.sx[lane]);
-    to.y_step[lane] = wrap_mul(sign, t.sy[lane]);
-    to.position_step[lane] = wrap_mul(sign, s.step);
-    to.number_step[lane] = sample_number(0, sign);
-    to.last_number[lane] = sample_number(t.ray[lane], s.step < 0 ? s.first : s.end - 1);
+    to.at.x[lane] = wrap_add(t.x[trace], wrap_mul(k, t.sx[trace]));
+    to.at.y[lane] = wrap_add(t.y[trace], wrap_mul(k, t.sy[trace]));
+    to.at.position[lane] = wrap_add(s.position, wrap_mul(back, s.step));
+    to.at.number[lane] = sample_number(t.ray[trace], k);
+    to.step.x[lane] = wrap_mul(sign, t.sx[trace]);
+    to.step.y[lane] = wrap_mul(sign, t.sy[trace]);
+    to.step.position[lane] = wrap_mul(sign, s.step);
+    to.step.number[lane] = sample_number(0, sign);
+    to.last_number[lane] = sample_number(t.ray[trace], s.step < 0 ? s.first : s.end - 1);
     to.first_slice[lane] = s.first_slice;
-    to.slice[lane] = slice_of<rules>(to.position[lane], s.first_slice);
+    to.slice[lane] = slice_of<rules>(to.at.position[lane], s.first_slice);
+  }
+
+  void start_segments(const SegmentLanes& s, CursorLanes& __restrict to) const {
+    const Traces& __restrict t = traces_;
+    for (int i = 0; i < t.n; ++i)
+      start_segment(to, t, i, i, {s.first[i], s.end[i], s.position[i], s.step[i], s.first_slice[i]});
   }
 
   const Regions& regions_;
   const Traces& traces_;
-  int region_[kLanes];  // the one to enter next
+  int n_ = 0;
 };
 
 }  // namespace

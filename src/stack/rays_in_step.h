@@ -7,52 +7,24 @@
 namespace zox::ZOX_SET {
 namespace {
 
-// What moves of one vector's lanes, and by how much.
-struct StepGroup {
-  Vector x, y, position, number;
-  Vector x_step, y_step, position_step, number_step;
-
-  StepGroup(const MovingLanes& from, int group)
-      : x(load_vector(&from.x[group])),
-        y(load_vector(&from.y[group])),
-        position(load_vector(&from.position[group])),
-        number(load_vector(&from.number[group])),
-        x_step(load_vector(&from.x_step[group])),
-        y_step(load_vector(&from.y_step[group])),
-        position_step(load_vector(&from.position_step[group])),
-        number_step(load_vector(&from.number_step[group])) {}
-  void advance() {
-    x = sum(x, x_step);
-    y = sum(y, y_step);
-    position = sum(position, position_step);
-    number = sum(number, number_step);
-  }
-  void put_back(MovingLanes& to, int group) const {
-    store_vector(&to.x[group], x);
-    store_vector(&to.y[group], y);
-    store_vector(&to.position[group], position);
-    store_vector(&to.number[group], number);
-  }
-};
-
 template <SliceRules rules>
 class RaysInStep {
  public:
   explicit RaysInStep(RayCursors<rules>& cursors) : cursors_(cursors) {}
 
-  // The lanes at slice s, as long as all of them stay in it; no other lane has a sample there.
-  bool choose_in_slice(int s) {
+  // Of lanes first .. end - 1 those at slice s, as long as all of them stay in it.
+  bool choose_in_slice(int s, int first, int end) {
     const CursorLanes& lanes = cursors_.lanes;
     clear();
-    for (int i = 0; i < cursors_.count(); ++i) {
+    for (int i = first; i < end; ++i) {
       if (lanes.slice[i] != s) continue;
       if (!add(i)) return false;
-      const int64_t end = (int64_t{s} + 1 - lanes.first_slice[i]) * (1 << rules.bits) - kHalf;
-      const int step = lanes.position_step[i];
-      const int64_t inside = step == 0 ? INT32_MAX : (end - lanes.position[i] - 1) / step + 1;
+      const int64_t above = (int64_t{s} + 1 - lanes.first_slice[i]) * (1 << rules.bits) - kHalf;
+      const int step = lanes.step.position[i];
+      const int64_t inside = step == 0 ? INT32_MAX : (above - lanes.at.position[i] - 1) / step + 1;
       if (inside < samples_) samples_ = static_cast<int>(inside);
     }
-    return worthwhile();
+    return n_ > 0 && worthwhile();
   }
 
   // All lanes, in the order of their positions, if they keep that order sample after sample and none
@@ -93,12 +65,12 @@ class RaysInStep {
     for (int i = 0; i < n_; ++i) cursors_.advance(lane_[i], samples_);
   }
 
- private:
-  static constexpr int kHalf = rules.half << (rules.bits - 1);
   // Below so many samples a ray the lanes are set up in vain: 32, of few rays 4. By bench_ratio, loads ragged
   // and rays1 to rays7.
   int shortest() const { return cursors_.count() < kVector ? 4 : 32; }
 
+ private:
+  static constexpr int kHalf = rules.half << (rules.bits - 1);
   void clear() {
     n_ = 0;
     samples_ = INT32_MAX;
@@ -115,12 +87,12 @@ class RaysInStep {
   bool worthwhile() const { return samples_ >= shortest(); }
 
   int64_t position_at(int lane, int k) const {
-    return cursors_.lanes.position[lane] + int64_t{cursors_.lanes.position_step[lane]} * k;
+    return cursors_.lanes.at.position[lane] + int64_t{cursors_.lanes.step.position[lane]} * k;
   }
 
   // The more rays there are, and the more their steps differ, the sooner two of them change places.
   bool alike() const {
-    const Lanes<int>& step = cursors_.lanes.position_step;
+    const Lanes<int>& step = cursors_.lanes.step.position;
     int64_t low = INT32_MAX, high = 0;
     for (int i = 0; i < n_; ++i) {
       low = step[lane_[i]] < low ? step[lane_[i]] : low;
@@ -130,7 +102,7 @@ class RaysInStep {
   }
 
   void sort() {
-    const Lanes<int>& position = cursors_.lanes.position;
+    const Lanes<int>& position = cursors_.lanes.at.position;
     for (int i = 1; i < n_; ++i) {
       const int lane = lane_[i];
       int to = i;
@@ -154,61 +126,48 @@ class RaysInStep {
   void fill() {
     together_ = n_ < kVector ? kVector / n_ : 1;
     filled_ = n_ * together_;
-    if (n_ == 1) return fill_lane(0, kVector, 1);
-    for (int i = 0; i < n_; ++i) fill_lane(i, together_, n_);
-  }
-
-  // The next samples of lane number i of those chosen.
-  [[gnu::always_inline]] inline void fill_lane(int i, int together, int apart) {
     const CursorLanes& from = cursors_.lanes;
-    const int lane = lane_[i], x = from.x[lane], y = from.y[lane], position = from.position[lane];
-    const int number = from.number[lane], x_step = from.x_step[lane], y_step = from.y_step[lane];
-    const int position_step = from.position_step[lane], number_step = from.number_step[lane];
-    for (int k = 0, to = i; k < together; ++k, to += apart) {
-      moving_.x[to] = wrap_add(x, wrap_mul(k, x_step));
-      moving_.y[to] = wrap_add(y, wrap_mul(k, y_step));
-      moving_.position[to] = wrap_add(position, wrap_mul(k, position_step));
-      moving_.number[to] = number + k * number_step;
-      moving_.x_step[to] = wrap_mul(together, x_step);
-      moving_.y_step[to] = wrap_mul(together, y_step);
-      moving_.position_step[to] = wrap_mul(together, position_step);
-      moving_.number_step[to] = together * number_step;
+    for (auto field : kSampleFields) {
+      for (int i = 0; i < n_; ++i) {
+        const int at = (from.at.*field)[lane_[i]], step = (from.step.*field)[lane_[i]];
+        for (int k = 0, to = i; k < together_; ++k, to += n_) {
+          (at_.*field)[to] = wrap_add(at, wrap_mul(k, step));
+          (step_.*field)[to] = wrap_mul(together_, step);
+        }
+      }
     }
   }
 
+  // As many steps at once as there is room for, the last vector first: what it writes beyond its lanes the
+  // others overwrite.
   template <bool even>
   void stage_steps(StagedSamples*& to, const StackView& view, const StageSink& sink) {
     const Vector first_slice = broadcast(cursors_.lanes.first_slice[lane_[0]]);
     StagedSamples* stage = to;
-    int n = stage->n;
-    const auto append = [&](const StepGroup& at, int lanes) {
-      const Vector slice = sum(shift_right<rules.bits>(sum(at.position, broadcast(kHalf))), first_slice);
-      store_anywhere(stage->place + n, even ? view.offset(at.x, at.y, view.slice_start(slice)) : slice);
-      if (!even || !rules.half || view.bits_are_read) store_anywhere(stage->x + n, at.x);
-      if (!even || !rules.half) store_anywhere(stage->y + n, at.y);
-      if constexpr (!rules.half) store_anywhere(stage->position + n, at.position);
-      store_anywhere(stage->number + n, at.number);
-      n += lanes;
-      if (!StagedSamples::full(n)) return;
-      stage->n = n;
+    for (int64_t left = int64_t{samples_} * n_; left > 0;) {
+      const int room = (kStage - stage->n) / filled_;
+      if (room == 0) {
+        stage = sink.take();
+        stage->even = even;
+        continue;
+      }
+      const int steps = room * filled_ < left ? room : static_cast<int>((left + filled_ - 1) / filled_);
+      for (int group = (filled_ - 1) & -kVector; group >= 0; group -= kVector) {
+        const SampleVectors step = SampleVectors::of(step_, group);
+        SampleVectors at = SampleVectors::of(at_, group);
+        for (int i = 0, n = stage->n + group; i < steps; ++i, n += filled_, at.move(step)) {
+          const Vector rounded = shift_right<rules.bits>(sum(at.position, broadcast(kHalf)));
+          view.stage<even, !rules.half>(*stage, n, at, sum(rounded, first_slice), store_anywhere);
+        }
+        at.put_back(at_, group);
+      }
+      stage->n += steps * filled_ < left ? steps * filled_ : static_cast<int>(left);
+      left -= steps * filled_;
+    }
+    if (StagedSamples::full(stage->n)) {
       stage = sink.take();
       stage->even = even;
-      n = 0;
-    };
-    StepGroup first(moving_, 0);
-    const int first_lanes = filled_ < kVector ? filled_ : kVector;
-    for (int k = 0; k < samples_; k += together_) {
-      const int left = (samples_ - k) * n_;
-      append(first, left < first_lanes ? left : first_lanes);
-      first.advance();
-      for (int i = kVector; i < filled_; i += kVector) {
-        StepGroup group(moving_, i);
-        append(group, filled_ - i < kVector ? filled_ - i : kVector);
-        group.advance();
-        group.put_back(moving_, i);
-      }
     }
-    stage->n = n;
     to = stage;
   }
 
@@ -216,9 +175,9 @@ class RaysInStep {
   int lane_[kLanes];  // those that move together
   int n_;
   int samples_;   // of each
-  int together_;  // of a ray, side by side in moving_
-  int filled_;    // lanes of moving_
-  MovingLanes moving_;
+  int together_;  // of a ray, side by side in at_
+  int filled_;    // lanes of at_
+  SampleLanes at_, step_;
 };
 
 }  // namespace

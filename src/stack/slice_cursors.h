@@ -16,13 +16,13 @@ class SliceCursors {
   // Appends every sample of the lowest slice that any cursor stands at, until none is left below
   // `nslices`. Samples below slice 0 are passed over.
   void sweep(int nslices) {
-    const bool flat = cursors_.flat();
-    int next_try = 0, wait = 2;
+    const bool flat = cursors_.flat() && cursors_.longest() >= in_step_.shortest();
+    int next_try = 0, wait = 2, idle = 0;
     for (int s = cursors_.lowest_slice(); s < nslices;) {
       if (s >= next_try) {
         next_try = flat ? s + 1 : s + wait;
         if (wait < kLongestWait) wait *= 4;
-        if (staged_in_step(flat, s, nslices)) {
+        if (flat ? staged_in_slice(s) : staged_in_step(s, nslices)) {
           next_try = s = cursors_.lowest_slice();
           wait = 2;
           continue;
@@ -33,6 +33,10 @@ class SliceCursors {
       for (int group = 0; group < cursors_.count(); group += kVector) {
         next = smaller(next, stage_->even ? append_group<true>(s, group) : append_group<false>(s, group));
       }
+      if (done_ >= kVector && (idle += done_) > kMostIdle) {
+        cursors_.drop_done();
+        idle = done_ = 0;
+      }
       ++s;  // mostly some ray is there
       if (bits_of(equal(next, broadcast(s))) == 0) s = lowest_of(next);
     }
@@ -41,14 +45,28 @@ class SliceCursors {
  private:
   // Rays that are not in step are swept slice by slice and looked at again after 2, 8, 32 slices and so on.
   static constexpr int kLongestWait = 128;
+  // Closing gaps costs about as much as so many lanes of rays that are done, slice after slice.
+  static constexpr int kMostIdle = 256;
   static constexpr int kHalf = rules.half << (rules.bits - 1);
 
   // Apart from the sweep, which then keeps more in registers.
-  [[gnu::noinline]] bool staged_in_step(bool flat, int s, int nslices) {
-    if (flat ? !in_step_.choose_in_slice(s) : !in_step_.choose_all(nslices)) return false;
+  [[gnu::noinline]] bool staged_in_step(int s, int nslices) {
+    if (!in_step_.choose_all(nslices)) return false;
     enter_slice(cursors_.reach.even(view_, {s, in_step_.highest_slice()}));
     in_step_.stage_all(stage_, view_, sink_);
     return true;
+  }
+
+  // The rays at slice s together, else those that stay in it for long one after the other.
+  [[gnu::noinline]] bool staged_in_slice(int s) {
+    enter_slice(cursors_.reach.even(view_, {s, s}));
+    const int rays = cursors_.count();
+    const bool together = in_step_.choose_in_slice(s, 0, rays);
+    if (together) in_step_.stage_all(stage_, view_, sink_);
+    for (int i = 0; !together && i < rays; ++i) {
+      if (in_step_.choose_in_slice(s, i, i + 1)) in_step_.stage_all(stage_, view_, sink_);
+    }
+    return together;
   }
 
   void enter_slice(bool even) {
@@ -67,46 +85,40 @@ class SliceCursors {
   StackView& view_;
   const StageSink& sink_;
   StagedSamples* stage_;
+  int done_ = 0;  // rays, since the gaps were closed that others had left
 };
 
 template <SliceRules rules>
 template <bool even>
 Vector SliceCursors<rules>::append_group(int s, int group) {
   CursorLanes& lanes = cursors_.lanes;
-  const StackView& view = view_;
   const Vector wanted = broadcast(s), none = broadcast(kNoSlice);
-  Mask on = equal(load_vector(&lanes.slice[group]), wanted);
-  if (bits_of(on) == 0) return load_vector(&lanes.slice[group]);
-  const Vector place = even ? view.slice_start(wanted) : wanted;
-  CursorGroup c(lanes, group);
+  Vector slice = load_vector(&lanes.slice[group]);
+  Mask on = equal(slice, wanted);
+  if (bits_of(on) == 0) return slice;
+  SampleVectors at = SampleVectors::of(lanes.at, group);
   StagedSamples* stage = stage_;
   int n = stage->n;
-  for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(c.slice, wanted)) {
-    Packing packed(bits);
-    if constexpr (even) {
-      packed.append(stage->place + n, view.offset(c.x, c.y, place));
-    } else {
-      store_anywhere(stage->place + n, place);
-    }
-    if (!even || !rules.half || view.bits_are_read) packed.append(stage->x + n, c.x);
-    if (!even || !rules.half) packed.append(stage->y + n, c.y);
-    if constexpr (!rules.half) packed.append(stage->position + n, c.position);
-    packed.append(stage->number + n, c.number);
+  for (unsigned bits; (bits = bits_of(on)) != 0; on = equal(slice, wanted)) {
+    const Packing packed(bits);
+    view_.template stage<even, !rules.half>(*stage, n, at, wanted,
+                                            [&](int* to, Vector v) { packed.append(to, v); });
     n += s >= 0 ? __builtin_popcount(bits) : 0;
-    Mask ended = both(on, equal(c.number, load_vector(&lanes.last_number[group])));
-    c.x = add_where(on, c.x, load_vector(&lanes.x_step[group]));
-    c.y = add_where(on, c.y, load_vector(&lanes.y_step[group]));
-    c.position = add_where(on, c.position, load_vector(&lanes.position_step[group]));
-    c.number = add_where(on, c.number, load_vector(&lanes.number_step[group]));
-    Vector rounded = shift_right<rules.bits>(sum(c.position, broadcast(kHalf)));
-    c.slice = select(on, sum(rounded, load_vector(&lanes.first_slice[group])), c.slice);
-    c.slice = select(ended, none, c.slice);
-    unsigned lanes_ended = bits_of(ended);
-    if (lanes_ended != 0 && !cursors_.one_region()) {
-      c.put_back(lanes, group);
-      for (; lanes_ended != 0; lanes_ended &= lanes_ended - 1)
-        cursors_.enter_region(group + __builtin_ctz(lanes_ended));
-      c = CursorGroup(lanes, group);
+    const Mask ended = both(on, equal(at.number, load_vector(&lanes.last_number[group])));
+    at.move_where(on, SampleVectors::of(lanes.step, group));
+    const Vector rounded = shift_right<rules.bits>(sum(at.position, broadcast(kHalf)));
+    slice = select(on, sum(rounded, load_vector(&lanes.first_slice[group])), slice);
+    slice = select(ended, none, slice);
+    if (const unsigned lanes_ended = bits_of(ended); lanes_ended != 0) {
+      if (!cursors_.one_region()) {
+        at.put_back(lanes.at, group);
+        store_vector(&lanes.slice[group], slice);
+        for (unsigned left = lanes_ended; left != 0; left &= left - 1)
+          cursors_.enter_region(group + __builtin_ctz(left));
+        at = SampleVectors::of(lanes.at, group);
+        slice = load_vector(&lanes.slice[group]);
+      }
+      done_ += __builtin_popcount(lanes_ended & bits_of(equal(slice, none)));
     }
     if (StagedSamples::full(n)) {
       stage->n = n;
@@ -116,8 +128,9 @@ Vector SliceCursors<rules>::append_group(int s, int group) {
     }
   }
   stage->n = n;
-  c.put_back(lanes, group);
-  return c.slice;
+  at.put_back(lanes.at, group);
+  store_vector(&lanes.slice[group], slice);
+  return slice;
 }
 
 }  // namespace

@@ -39,7 +39,7 @@ template <SliceRules rules>
   lists.stage(traces, sink);
 }
 
-template <GeneralRules rules>
+template <GeneralRules rules, class Reading = StageReading<fetch_rules(rules)>>
 int cast_buckets(const zox_Rays& batch, int largest, const zox_Volume& volume) {
   constexpr bool grow = rules.tables == Tables::kGrow;
   const int nregions = volume.nregions, nslices = volume.nslices;
@@ -57,7 +57,7 @@ int cast_buckets(const zox_Rays& batch, int largest, const zox_Volume& volume) {
   const Regions regions{nregions, Zb, volume.regslice, volume.regscale};
   Traces traces;
   trace_rays<rules>(batch, nregions == 1, traces);
-  StackSampler<fetch_rules(rules)> sampler(volume, batch.planes);
+  StackSampler<fetch_rules(rules), Reading> sampler(volume, batch.planes);
   const StageSink sink = sampler.sink();
   if (!stage_by_cursors<slice_rules(rules)>(traces, regions, sampler.view, sink, nslices)) {
     uint32_t* head = heads.as<uint32_t>() ? heads.as<uint32_t>() : heads_on_stack;

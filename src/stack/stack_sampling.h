@@ -52,23 +52,6 @@ template <FetchRules rules>
   }
 }
 
-// A row's start plus a column in bytes. Some operations form the sum in 32 bits.
-template <RowSum row_sum>
-int64_t byte_offset(int32_t row, int column) {
-  if constexpr (row_sum == RowSum::k32Bits) {
-    return wrap_add(row, column);
-  } else {
-    return int64_t{row} + column;
-  }
-}
-
-template <class T>
-T load(const char* address) {
-  T value;
-  __builtin_memcpy(&value, address, sizeof value);
-  return value;
-}
-
 // Columns and rows are taken as lists of samples would hold them: in 16 bits, unsigned, or as
 // they are.
 template <FetchRules rules>
@@ -168,13 +151,12 @@ void fetch_stack_corners(const StackView& view, const StagedSamples& stage, int 
   }
 }
 
-template <FetchRules rules, class Element = ElementOf<rules.voxel>>
-void read_trilinear_block(const StackView& view, const StagedSamples& stage, int first, int n,
-                          void* const* planes) {
+// Writes the samples number `first` to `first + n - 1` of the stage, given their corners.
+template <FetchRules rules, class Element>
+void interpolate_block(const Corners<Element>& corners, const StagedSamples& stage, int first, int n,
+                       void* const* planes) {
   const int *x = stage.x + first, *y = stage.y + first, *position = stage.position + first;
-  Corners<Element> corners;
   Lanes<Element> values;
-  fetch_stack_corners<rules>(view, stage, first, n, corners);
   if constexpr (rules.voxel == Voxel::k8U) {
     for (int i = 0; i < padded(n); ++i) {
       values[i] = static_cast<Element>(corners.interpolated(trilinear_fixed, i, x[i], y[i], position[i]));
@@ -191,8 +173,38 @@ void read_trilinear_block(const StackView& view, const StagedSamples& stage, int
   store_samples<Element>(stage.number + first, n, planes, [&](int i) { return values[i]; });
 }
 
-// Two stages by turns: while one is filled, the lines of the other have been asked for.
+// What is done with a full stage: asked for, and read when the next one is full.
 template <FetchRules rules>
+struct StageReading {
+  [[gnu::always_inline]] static void ask(const StackView& view, StagedSamples& stage) {
+    if constexpr (!rules.trilinear) {
+      if (!stage.even) look_up<rules>(view, stage);
+    }
+    if (stage.n < kFewToAsk || rules.voxel == Voxel::kBit) return;
+    if constexpr (kOffsetsPay) {
+      if (stage.even) ask_evenly<rules>(view, stage);
+    }
+    if constexpr (rules.trilinear) {
+      if (!stage.even) ask_corners<rules>(view, stage);
+    }
+  }
+
+  static void read(const StackView& view, const StagedSamples& stage, void* const* planes) {
+    if constexpr (rules.trilinear) {
+      for (int first = 0; first < stage.n; first += kLanes) {
+        int n = stage.n - first < kLanes ? stage.n - first : kLanes;
+        Corners<ElementOf<rules.voxel>> corners;
+        fetch_stack_corners<rules>(view, stage, first, n, corners);
+        interpolate_block<rules>(corners, stage, first, n, planes);
+      }
+    } else {
+      read_nearest<rules>(view, stage, planes);
+    }
+  }
+};
+
+// Two stages by turns: while one is filled, the lines of the other have been asked for.
+template <FetchRules rules, class Reading = StageReading<rules>>
 class StackSampler {
  public:
   StackSampler(const zox_Volume& volume, void* const* to) : view(volume, rules), planes(to) {}
@@ -211,34 +223,12 @@ class StackSampler {
  private:
   [[gnu::noinline]] static StagedSamples* swap(void* self) {
     StackSampler& s = *static_cast<StackSampler*>(self);
-    StagedSamples& full = s.stages_[s.filled_];
+    Reading::ask(s.view, s.stages_[s.filled_]);
     s.filled_ ^= 1;
     StagedSamples& asked = s.stages_[s.filled_];
-    if constexpr (!rules.trilinear) {
-      if (!full.even) look_up<rules>(s.view, full);
-    }
-    if (full.n >= kFewToAsk && rules.voxel != Voxel::kBit) {
-      if constexpr (kOffsetsPay) {
-        if (full.even) ask_evenly<rules>(s.view, full);
-      }
-      if constexpr (rules.trilinear) {
-        if (!full.even) ask_corners<rules>(s.view, full);
-      }
-    }
-    s.read(asked);
+    Reading::read(s.view, asked, s.planes);
     asked.n = 0;
     return &asked;
-  }
-
-  void read(const StagedSamples& stage) const {
-    if constexpr (rules.trilinear) {
-      for (int first = 0; first < stage.n; first += kLanes) {
-        int n = stage.n - first < kLanes ? stage.n - first : kLanes;
-        read_trilinear_block<rules>(view, stage, first, n, planes);
-      }
-    } else {
-      read_nearest<rules>(view, stage, planes);
-    }
   }
 
   StagedSamples stages_[2];

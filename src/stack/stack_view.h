@@ -11,6 +11,23 @@
 namespace zox::ZOX_SET {
 namespace {
 
+// A row's start plus a column in bytes. Some operations form the sum in 32 bits.
+template <RowSum row_sum>
+int64_t byte_offset(int32_t row, int column) {
+  if constexpr (row_sum == RowSum::k32Bits) {
+    return wrap_add(row, column);
+  } else {
+    return int64_t{row} + column;
+  }
+}
+
+template <class T>
+T load(const char* address) {
+  T value;
+  __builtin_memcpy(&value, address, sizeof value);
+  return value;
+}
+
 // Table entries low .. high, found to be evenly apart: entry i is first + (i - low) * pitch.
 struct Progression {
   int64_t low = 0, high = -1;
@@ -69,12 +86,14 @@ class StackView {
     return even_;
   }
 
-  // Offsets in place of the slices of staged samples.
-  void place_evenly(StagedSamples& stage, int first, int n) const {
-    for (int i = first; i < first + n; i += kVector) {
-      Vector slice = slice_start(load_anywhere(stage.place + i));
-      store_anywhere(stage.place + i, offset(load_anywhere(stage.x + i), load_anywhere(stage.y + i), slice));
-    }
+  // Writes a vector of samples from number n of the stage on; append(to, v) does so with each of its fields.
+  template <bool even, bool trilinear, class Samples, class Append>
+  void stage(StagedSamples& to, int n, const Samples& at, Vector slice, Append append) const {
+    append(to.place + n, even ? offset(at.x, at.y, slice_start(slice)) : slice);
+    if (!even || trilinear || bits_are_read) append(to.x + n, at.x);
+    if (!even || trilinear) append(to.y + n, at.y);
+    if (trilinear) append(to.position + n, at.position);
+    append(to.number + n, at.number);
   }
 
   const void* const* slices;
