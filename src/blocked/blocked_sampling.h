@@ -85,13 +85,14 @@ template <class Element, class Position>
   for (int i = 0; i < n; i += 4) __builtin_prefetch(volume.at(places.number[i]));
 }
 
-// The cells at both ends hold most corners.
+// Every row of corners, and the cells to the right of both ends.
 template <class Element, class Position>
 [[gnu::always_inline]] inline void ask(const BlockedVolume<Element>& volume,
                                        const TrilinearPlaces<Position>& places, int n) {
   for (int i = 0; i < n; i += 4) {
-    __builtin_prefetch(volume.at(places.number[0][i]));
-    __builtin_prefetch(volume.at(places.number[3][i]));
+    for (int row = 0; row < 4; ++row) __builtin_prefetch(volume.at(places.number[row][i]));
+    __builtin_prefetch(volume.at(places.number[0][i] ^ places.to_right[i]));
+    __builtin_prefetch(volume.at(places.number[3][i] ^ places.to_right[i]));
   }
 }
 
@@ -101,18 +102,16 @@ void values_of(const BlockedVolume<Element>& volume, const NearestPlaces<Positio
   for (int i = 0; i < n; ++i) values[i] = *volume.at(places.number[i]);
 }
 
+// Lanes from n on repeat lane 0: what they read is read anyway. The volume is a copy, which stores cannot
+// change.
 template <class Element, class Position>
-void fetch_corners(const BlockedVolume<Element>& volume, const TrilinearPlaces<Position>& places, int n,
+void fetch_corners(const BlockedVolume<Element> volume, const TrilinearPlaces<Position>& places, int n,
                    Corners<Element>& corners) {
   for (int row = 0; row < 4; ++row) {
     const int* number = places.number[row].at;
     auto* pairs = corners.pair[row].at;
-    if constexpr (sizeof(Element) == 1) {
-      for (int i = 0; i < n; i += kTogether<Element>)
-        store_together<Element>(pairs + i, [&](int j) { return volume.at(number[i + j]); });
-    } else {
-      for (int i = 0; i < n; ++i) pairs[i] = load_pair<Element>(volume.at(number[i]));
-    }
+    for (int i = 0; i < n; i += 16)
+      store_pairs<Element>(pairs + i, [&](int j) { return volume.at(number[i + j]); });
   }
   // Inside a cell x + 1 is the next element. At its end the pair's right half came from another
   // voxel (of the same buffer, since x + 1 lies in it) and is replaced.
@@ -159,7 +158,7 @@ void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<Posit
 // before their values are computed: loads then find them in the cache.
 template <Sampling sampling, class Element, class Position>
 struct BlockedSampler {
-  static constexpr int kRing = sampling == Sampling::kNearest ? 4 : 2;
+  static constexpr int kRing = sampling == Sampling::kNearest ? 4 : 2;  // as far as the stack promised allows
 
   explicit BlockedSampler(const BlockedVolume<Element>& from) : volume(from) {}
 

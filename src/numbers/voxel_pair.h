@@ -50,24 +50,28 @@ typename VoxelPair<Element>::Type load_pair(const void* address) {
   return pair;
 }
 
-// Loads are put together to 16 bytes before they are stored: a vector would wait for stores of one pair each.
-template <class Element>
-constexpr int kTogether = 16 / sizeof(typename VoxelPair<Element>::Type);
-
 template <int lane, class Element, class Address>
 [[gnu::always_inline]] inline Sixteen with_pairs(Sixteen pairs, Address address) {
-  if constexpr (lane < kTogether<Element>) {
-    pairs = with_lane<lane>(pairs, load_pair<Element>(address(lane)));
-    keep_order();
-    return with_pairs<lane + 1, Element>(pairs, address);
+  using Pair = typename VoxelPair<Element>::Type;
+  if constexpr (lane < 16 / sizeof(Pair)) {
+    return with_pairs<lane + 1, Element>(with_lane<lane>(pairs, load_pair<Element>(address(lane))), address);
   }
   return pairs;
 }
 
-// kTogether pairs, pair j read at address(j).
+// 16 pairs, pair j read at address(j). They are put together in registers and stored as a vector reads
+// them: it would wait for stores of one pair each.
 template <class Element, class Address>
-[[gnu::always_inline]] inline void store_together(typename VoxelPair<Element>::Type* pairs, Address address) {
-  store_16(pairs, with_pairs<0, Element>(zeros_16(), address));
+[[gnu::always_inline]] inline void store_pairs(typename VoxelPair<Element>::Type* to, Address address) {
+  constexpr int kTogether = 16 / sizeof *to;
+  const auto part = [&](int first) {
+    return with_pairs<0, Element>(zeros_16(), [&](int j) { return address(first + j); });
+  };
+  if constexpr (sizeof(Element) == 1) {
+    store_32(to, part(0), part(kTogether));
+  } else {
+    store_64(to, part(0), part(kTogether), part(2 * kTogether), part(3 * kTogether));
+  }
 }
 
 }  // namespace

@@ -88,6 +88,14 @@ inline __m256i above(uint8_t, __m256i a, __m256i b) { return _mm256_cmpgt_epi8(a
 inline __m256i above(int16_t, __m256i a, __m256i b) { return _mm256_cmpgt_epi16(a, b); }
 inline __m256i where(__m256i on, __m256i yes, __m256i no) { return _mm256_blendv_epi8(no, yes, on); }
 
+inline void store_32(void* to, Sixteen a, Sixteen b) {
+  _mm256_storeu_si256(static_cast<__m256i*>(to), _mm256_set_m128i(b, a));
+}
+inline void store_64(void* to, Sixteen a, Sixteen b, Sixteen c, Sixteen d) {
+  store_32(to, a, b);
+  store_32(static_cast<char*>(to) + 32, c, d);
+}
+
 constexpr int kDoubles = 4;
 inline void truncate_vector(const double* from, int* to) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(to), _mm256_cvttpd_epi32(_mm256_loadu_pd(from)));

@@ -63,6 +63,14 @@ inline __mmask32 above(int16_t, __m512i a, __m512i b) { return _mm512_cmpgt_epi1
 inline __m512i where(__mmask64 on, __m512i yes, __m512i no) { return _mm512_mask_mov_epi8(no, on, yes); }
 inline __m512i where(__mmask32 on, __m512i yes, __m512i no) { return _mm512_mask_mov_epi16(no, on, yes); }
 
+inline void store_32(void* to, Sixteen a, Sixteen b) {
+  _mm256_storeu_si256(static_cast<__m256i*>(to), _mm256_set_m128i(b, a));
+}
+inline void store_64(void* to, Sixteen a, Sixteen b, Sixteen c, Sixteen d) {
+  const __m512i low = _mm512_castsi256_si512(_mm256_set_m128i(b, a));
+  _mm512_storeu_si512(to, _mm512_inserti64x4(low, _mm256_set_m128i(d, c), 1));
+}
+
 constexpr int kDoubles = 8;
 inline void truncate_vector(const double* from, int* to) {
   _mm256_storeu_si256(reinterpret_cast<__m256i*>(to), _mm512_cvttpd_epi32(_mm512_loadu_pd(from)));

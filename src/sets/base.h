@@ -67,6 +67,15 @@ __m128i with_lane(__m128i v, uint32_t number) {
   return _mm_insert_epi16(v, static_cast<int>(number >> 16), 2 * lane + 1);
 }
 
+inline void store_32(void* to, Sixteen a, Sixteen b) {
+  store_16(to, a);
+  store_16(static_cast<char*>(to) + 16, b);
+}
+inline void store_64(void* to, Sixteen a, Sixteen b, Sixteen c, Sixteen d) {
+  store_32(to, a, b);
+  store_32(static_cast<char*>(to) + 32, c, d);
+}
+
 constexpr int kDoubles = 2;
 inline void truncate_vector(const double* from, int* to) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(to), _mm_cvttpd_epi32(_mm_loadu_pd(from)));
