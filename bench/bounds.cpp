@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "planes.h"
+#include "output_planes.h"
 #include "ray_casters.h"
 #include "timing.h"
 #include "views.h"

@@ -59,6 +59,14 @@ void add_maxima(std::vector<Case>& cases, const std::string& operation) {
     cases.push_back({operation, 256, spacing, "4096rays", "full", true});
 }
 
+void add_window_levels(std::vector<Case>& cases, const std::string& operation) {
+  for (const char* data : {"smooth", "random"}) {
+    cases.push_back({operation, 512, data, "image", "full", true});
+    for (const char* rows : {"rows512", "rows7"})
+      cases.push_back({operation, 512, data, rows, "full", false});
+  }
+}
+
 // The element that a case's volume has: cases that share a volume stand side by side.
 int element_of(const Case& c) {
   for (const RayCaster& caster : kRayCasters)
@@ -78,14 +86,12 @@ std::vector<Case> all_cases() {
     return std::make_tuple(a.shape(), a.storage, element_of(a)) <
            std::make_tuple(b.shape(), b.storage, element_of(b));
   });
-  for (const char* operation : {"find_max_8u", "find_max_16s", "find_max_bmask_8u", "find_max_bmask_16s",
-                                "find_max_cmask_8u", "find_max_cmask_16s"})
-    add_maxima(cases, operation);
-  for (const char* data : {"smooth", "random"}) {
-    cases.push_back({"window_level_16s_8u", 512, data, "image", "full", true});
-    for (const char* rows : {"rows512", "rows7"})
-      cases.push_back({"window_level_16s_8u", 512, data, rows, "full", false});
-  }
+#define ZOX_MAXIMUM(Name, name, ...) add_maxima(cases, #name);
+  ZOX_MAXIMA(ZOX_MAXIMUM)
+#undef ZOX_MAXIMUM
+#define ZOX_WINDOW_LEVEL(Name, name, ...) add_window_levels(cases, #name);
+  ZOX_WINDOW_LEVELS(ZOX_WINDOW_LEVEL)
+#undef ZOX_WINDOW_LEVEL
   return cases;
 }
 

@@ -10,10 +10,10 @@
 #include <cstring>
 
 #include "operations/table.h"
-#include "planes.h"
+#include "output_planes.h"
+#include "phantom.h"
 #include "timing.h"
 #include "views.h"
-#include "volume.h"
 
 namespace {
 

@@ -3,9 +3,9 @@
 
 #include "operations/caster_words.h"
 #include "operations/table.h"
+#include "phantom.h"
 #include "reference.h"
 #include "scalar_lists.h"
-#include "volume.h"
 
 namespace bench {
 

@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include "planes.h"
+#include "output_planes.h"
 #include "ray_casters.h"
 #include "views.h"
 
@@ -149,7 +149,9 @@ struct Window {
   std::vector<std::byte> dst;
 };
 
-Workload window_workload(const Case& c, const std::vector<std::string>& sets) {
+template <class Function>
+Workload window_workload(const Case& c, const std::vector<std::string>& sets,
+                         Function zox::Operations::*member, Function reference) {
   auto window = std::make_shared<Window>();
   std::mt19937 random(3);
   const int pixels = c.size * c.size;
@@ -164,15 +166,14 @@ Workload window_workload(const Case& c, const std::vector<std::string>& sets) {
   workload.batches = pixels / length;
   workload.samples = int64_t{workload.batches} * length;
   workload.output = window->dst;
-  const auto call = [window, length](auto function) {
+  const auto call = [window, length](Function function) {
     return [window, length, function](int i) {
       const std::size_t at = static_cast<std::size_t>(i) * length;
       auto* dst = reinterpret_cast<uint8_t*>(window->dst.data()) + at;
       return function(window->src.data() + at, dst, length, 900, 3800, 0, 255);
     };
   };
-  add_contenders(workload, &zox::Operations::window_level_16s_8u, &reference::window_level_16s_8u, sets,
-                 call);
+  add_contenders(workload, member, reference, sets, call);
   return workload;
 }
 
@@ -181,16 +182,15 @@ Workload window_workload(const Case& c, const std::vector<std::string>& sets) {
 Workload make_workload(const Case& c, const std::vector<std::string>& sets) {
   for (const RayCaster& caster : kRayCasters)
     if (c.operation == caster.name) return cast_workload(caster, c, sets);
-#define ZOX_MAXIMUM(name, value) \
-  if (c.operation == #name) return maximum_workload<value>(c, sets, &zox::Operations::name, &reference::name)
-  ZOX_MAXIMUM(find_max_8u, uint8_t);
-  ZOX_MAXIMUM(find_max_16s, int16_t);
-  ZOX_MAXIMUM(find_max_bmask_8u, uint8_t);
-  ZOX_MAXIMUM(find_max_bmask_16s, int16_t);
-  ZOX_MAXIMUM(find_max_cmask_8u, uint8_t);
-  ZOX_MAXIMUM(find_max_cmask_16s, int16_t);
+#define ZOX_MAXIMUM(Name, name, Element, Mask) \
+  if (c.operation == #name)                    \
+    return maximum_workload<Element>(c, sets, &zox::Operations::name, &reference::name);
+  ZOX_MAXIMA(ZOX_MAXIMUM)
 #undef ZOX_MAXIMUM
-  if (c.operation == "window_level_16s_8u") return window_workload(c, sets);
+#define ZOX_WINDOW_LEVEL(Name, name, Source, Target) \
+  if (c.operation == #name) return window_workload(c, sets, &zox::Operations::name, &reference::name);
+  ZOX_WINDOW_LEVELS(ZOX_WINDOW_LEVEL)
+#undef ZOX_WINDOW_LEVEL
   throw std::invalid_argument("unknown operation " + c.operation);
 }
 

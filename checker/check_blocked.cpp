@@ -1,3 +1,5 @@
+#include <zox_volume_layout.h>
+
 #include <algorithm>
 
 #include "blocked_walk.h"
@@ -7,21 +9,25 @@
 namespace zox_check {
 namespace {
 
-int bricks_in_row(const zox_Volume& volume) {
-  int bricks = 1;
-  for (int n = volume.size >> 7; n > 0; n >>= 1) bricks *= 2;
-  return bricks;
+// Columns and rows that the bricks of a volume hold: its size rounded down to a power of two, 64 at least.
+int edge_of(const zox_Volume& volume) {
+  int edge = 64;
+  while (edge <= volume.size / 2) edge *= 2;
+  return edge;
+}
+
+// Layers that an element index of 32 bits reaches, brick by brick.
+int most_layers(int edge) {
+  constexpr int kLayersOfBrick = 32;
+  return kLayersOfBrick * static_cast<int>((uint64_t{1} << 32) / zox_blocked_elements(edge, kLayersOfBrick));
 }
 
 // Positions along an axis lie in 0 <= p < end, the half of nearest sampling included.
 Point position_ends(const Caster& caster, const zox_Volume& volume, bool fixed) {
-  const int bricks = bricks_in_row(volume);
-  // The element index has 32 bits; a brick takes 17 of them.
-  const int layers = 32 * ((1 << 15) / (bricks * bricks));
-  const int depth = std::min(layers, registered_bounds(volume.data).depth);
-  const double edge = 64.0 * bricks - caster.reach();
+  const int depth = std::min(most_layers(edge_of(volume)), registered_bounds(volume.data).depth);
+  const double wide = edge_of(volume) - caster.reach();
   const double deep = depth - caster.reach();
-  return {edge, edge, fixed ? std::min(deep, 2048.0) : deep};
+  return {wide, wide, fixed ? std::min<double>(deep, ZOX_MAX_BLOCKED_FIXED_COORDINATE) : deep};
 }
 
 }  // namespace
@@ -42,9 +48,8 @@ std::size_t check_blocked_positions(Report& report, const Caster& caster, const 
     }
   });
   if (!report.clean() || deepest < 0) return 0;
-  const std::size_t bricks = bricks_in_row(volume);
-  const std::size_t slabs = (static_cast<std::size_t>(deepest) + caster.reach()) / 32 + 1;
-  return slabs * bricks * bricks * 131072 * caster.element_size();
+  const int layers = static_cast<int>(deepest) + caster.reach() + 1;
+  return zox_blocked_elements(edge_of(volume), layers) * caster.element_size();
 }
 
 }  // namespace zox_check

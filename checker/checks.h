@@ -5,7 +5,7 @@
 #include <cstddef>
 
 #include "caster.h"
-#include "report.h"
+#include "contract_report.h"
 
 namespace zox_check {
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "caster.h"
-#include "report.h"
+#include "contract_report.h"
 
 namespace zox_check {
 

@@ -109,7 +109,8 @@ bool check_ray_record(Report& report, const Caster& caster, const zox_Rays* rays
     return false;
   }
   if (caster.general() && rays->nrays > ZOX_MAX_GENERAL_RAYS) {
-    report.say({}, "nrays is %d, but this operation takes at most 64 rays", rays->nrays);
+    report.say({}, "nrays is %d, but this operation takes at most %d rays", rays->nrays,
+               ZOX_MAX_GENERAL_RAYS);
     return false;
   }
   const bool arrays = present(report, rays->starts, "starts") & present(report, rays->steps, "steps") &
@@ -125,7 +126,7 @@ bool check_volume_record(Report& report, const Caster& caster, const zox_Volume*
   bool good = present(report, volume->data, "data");
   if (!aligned(volume->data, caster.element_size())) report.say({}, "data is not aligned to 16-bit voxels");
   if (volume->size < 1 || volume->size > ZOX_MAX_BLOCKED_SIZE) {
-    report.say({}, "size is %d, but must be 1 to 2048", volume->size);
+    report.say({}, "size is %d, but must be 1 to %d", volume->size, ZOX_MAX_BLOCKED_SIZE);
     good = false;
   }
   return good;

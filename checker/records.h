@@ -3,7 +3,7 @@
 #pragma once
 
 #include "caster.h"
-#include "report.h"
+#include "contract_report.h"
 
 namespace zox_check {
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "caster.h"
+#include "contract_report.h"
 #include "registry.h"
-#include "report.h"
 
 namespace zox_check {
 

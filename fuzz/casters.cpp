@@ -1,5 +1,5 @@
 #include "differ.h"
-#include "operations.h"
+#include "fuzz_operations.h"
 #include "ray_batch.h"
 #include "targets.h"
 

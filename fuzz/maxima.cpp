@@ -2,7 +2,7 @@
 
 #include "differ.h"
 #include "filled_planes.h"
-#include "operations.h"
+#include "fuzz_operations.h"
 #include "targets.h"
 
 namespace zox_fuzz {

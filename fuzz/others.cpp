@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "differ.h"
+#include "fuzz_operations.h"
 #include "guarded_buffer.h"
-#include "operations.h"
 #include "reference.h"
 #include "targets.h"
 #include "window_rows.h"

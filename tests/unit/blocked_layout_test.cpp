@@ -1,4 +1,6 @@
 // Which element of a blocked buffer a voxel is, seen through every caster of blocked volumes.
+#include <zox_volume_layout.h>
+
 #include "implementations.h"
 #include "small_batch.h"
 #include "volumes.h"
@@ -54,6 +56,15 @@ constexpr Place kPlaces[] = {
     {2048, 2046, 0, 0, 0x3E01E2},
     {2048, 0, 2046, 0, 31 * 0x400000 + 15 * 512 + 2 * 4},
 };
+
+// What programs lay volumes out by names the elements that the kernels read below.
+TEST(BlockedPlaces, AreThoseOfTheLayoutHeader) {
+  for (const Place& place : kPlaces) {
+    if ((place.size & (place.size - 1)) != 0 || place.size < 64) continue;
+    EXPECT_EQ(place.index, zox_blocked_index(place.size, place.x, place.y, place.z))
+        << "size " << place.size << ", voxel " << place.x << ", " << place.y << ", " << place.z;
+  }
+}
 
 class BlockedLayout : public CasterTest {};
 

@@ -1,4 +1,4 @@
-#include "report.h"
+#include "contract_report.h"
 
 #include <cstdarg>
 #include <cstdio>

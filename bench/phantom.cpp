@@ -1,4 +1,4 @@
-#include "volume.h"
+#include "phantom.h"
 
 #include <immintrin.h>
 #include <zox_volume_layout.h>

@@ -1,6 +1,6 @@
 // Bytes to a valid call of any of the 32 operations: the first byte names the operation, the others
 // decide, two at a time, what the tests' generator draws.
-#include "operations.h"
+#include "fuzz_operations.h"
 
 #include "filled_planes.h"
 #include "operation_list.h"
