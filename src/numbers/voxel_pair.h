@@ -50,27 +50,15 @@ typename VoxelPair<Element>::Type load_pair(const void* address) {
   return pair;
 }
 
-template <int lane, class Element, class Address>
-[[gnu::always_inline]] inline Sixteen with_pairs(Sixteen pairs, Address address) {
-  using Pair = typename VoxelPair<Element>::Type;
-  if constexpr (lane < 16 / sizeof(Pair)) {
-    return with_pairs<lane + 1, Element>(with_lane<lane>(pairs, load_pair<Element>(address(lane))), address);
-  }
-  return pairs;
-}
-
 // 16 pairs, pair j read at address(j). They are put together in registers and stored as a vector reads
 // them: it would wait for stores of one pair each.
 template <class Element, class Address>
 [[gnu::always_inline]] inline void store_pairs(typename VoxelPair<Element>::Type* to, Address address) {
-  constexpr int kTogether = 16 / sizeof *to;
-  const auto part = [&](int first) {
-    return with_pairs<0, Element>(zeros_16(), [&](int j) { return address(first + j); });
-  };
+  const auto from = [&](int first) { return [=](int j) { return load_pair<Element>(address(first + j)); }; };
   if constexpr (sizeof(Element) == 1) {
-    store_32(to, part(0), part(kTogether));
+    store_32(to, eight_numbers(from(0)), eight_numbers(from(8)));
   } else {
-    store_64(to, part(0), part(kTogether), part(2 * kTogether), part(3 * kTogether));
+    store_64(to, four_numbers(from(0)), four_numbers(from(4)), four_numbers(from(8)), four_numbers(from(12)));
   }
 }
 

@@ -66,11 +66,6 @@ struct Packing {
   void append(int* to, Vector v) const { store_anywhere(to, _mm256_permutevar8x32_epi32(v, order)); }
 };
 
-template <int lane>
-__m128i with_lane(__m128i v, uint32_t number) {
-  return _mm_insert_epi32(v, static_cast<int>(number), lane);
-}
-
 template <>
 struct SampleVector<32> {
   __m256i v;

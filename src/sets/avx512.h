@@ -42,11 +42,6 @@ struct Packing {
   void append(int* to, Vector v) const { store_anywhere(to, _mm512_maskz_compress_epi32(mask, v)); }
 };
 
-template <int lane>
-__m128i with_lane(__m128i v, uint32_t number) {
-  return _mm_insert_epi32(v, static_cast<int>(number), lane);
-}
-
 template <>
 struct SampleVector<64> {
   __m512i v;

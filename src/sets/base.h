@@ -61,12 +61,6 @@ struct Packing {
   }
 };
 
-template <int lane>
-__m128i with_lane(__m128i v, uint32_t number) {
-  v = _mm_insert_epi16(v, static_cast<int>(number & 0xFFFF), 2 * lane);
-  return _mm_insert_epi16(v, static_cast<int>(number >> 16), 2 * lane + 1);
-}
-
 inline void store_32(void* to, Sixteen a, Sixteen b) {
   store_16(to, a);
   store_16(static_cast<char*>(to) + 16, b);

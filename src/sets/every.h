@@ -48,9 +48,17 @@ inline __m128i where(__m128i on, __m128i yes, __m128i no) {
   return _mm_or_si128(_mm_and_si128(on, yes), _mm_andnot_si128(on, no));
 }
 
-template <int lane>
-__m128i with_lane(__m128i v, uint16_t number) {
-  return _mm_insert_epi16(v, number, lane);
+// Numbers side by side, number i being at(i).
+template <class At>
+[[gnu::always_inline]] inline Sixteen eight_numbers(At at) {
+  const auto number = [&](int i) { return static_cast<int16_t>(at(i)); };
+  return _mm_setr_epi16(number(0), number(1), number(2), number(3), number(4), number(5), number(6),
+                        number(7));
+}
+template <class At>
+[[gnu::always_inline]] inline Sixteen four_numbers(At at) {
+  const auto number = [&](int i) { return static_cast<int32_t>(at(i)); };
+  return _mm_setr_epi32(number(0), number(1), number(2), number(3));
 }
 
 // Whether eight numbers follow one another.

@@ -35,6 +35,8 @@ struct SetFunctions {
   void (*append)(unsigned bits, const int* v, int* to);
   void (*put_together_16)(const uint16_t* eight, void* to);
   void (*put_together_32)(const uint32_t* four, void* to);
+  void (*store_32)(const void* from, void* to);
+  void (*store_64)(const void* from, void* to);
   bool (*consecutive_8)(const int* number);
   SampleFunctions<uint8_t> bytes[4];
   SampleFunctions<int16_t> shorts[4];

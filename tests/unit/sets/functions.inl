@@ -17,17 +17,22 @@ void shifted(const int* v, int* to) {
 
 Mask mask_of(const int* a, const int* b) { return equal(load_anywhere(a), load_anywhere(b)); }
 
-template <int lane = 0, class Number>
-__m128i together(const Number* number, __m128i v = _mm_setzero_si128()) {
-  if constexpr (lane < 16 / sizeof(Number)) {
-    return together<lane + 1>(number, with_lane<lane>(v, number[lane]));
-  }
-  return v;
+void eight_together(const uint16_t* number, void* to) {
+  store_16(to, eight_numbers([=](int i) { return number[i]; }));
 }
 
-template <class Number>
-void put_together(const Number* number, void* to) {
-  _mm_storeu_si128(static_cast<__m128i*>(to), together(number));
+void four_together(const uint32_t* number, void* to) {
+  store_16(to, four_numbers([=](int i) { return number[i]; }));
+}
+
+void thirty_two(const void* from, void* to) {
+  const auto* part = static_cast<const char*>(from);
+  store_32(to, load_16(part), load_16(part + 16));
+}
+
+void sixty_four(const void* from, void* to) {
+  const auto* part = static_cast<const char*>(from);
+  store_64(to, load_16(part), load_16(part + 16), load_16(part + 32), load_16(part + 48));
 }
 
 template <class Sample, int bytes>
@@ -74,8 +79,10 @@ constexpr zox_unit::SetFunctions kFunctions = {
                       int* to) { store_anywhere(to, shift_right(load_anywhere(v), bits)); },
     .lowest_of = [](const int* v) { return lowest_of(load_anywhere(v)); },
     .append = [](unsigned bits, const int* v, int* to) { Packing(bits).append(to, load_anywhere(v)); },
-    .put_together_16 = put_together<uint16_t>,
-    .put_together_32 = put_together<uint32_t>,
+    .put_together_16 = eight_together,
+    .put_together_32 = four_together,
+    .store_32 = thirty_two,
+    .store_64 = sixty_four,
     .consecutive_8 = consecutive_8,
     .bytes = {sample_functions<uint8_t, 4>(), sample_functions<uint8_t, 8>(), sample_functions<uint8_t, 16>(),
               sample_functions<uint8_t, kVectorBytes>()},

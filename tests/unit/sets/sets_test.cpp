@@ -191,6 +191,14 @@ TEST_P(Sets, PutNumbersTogether) {
     set().put_together_32(four.data(), four_out.data());
     ASSERT_EQ(eight_out, eight) << name();
     ASSERT_EQ(four_out, four) << name();
+    std::array<uint8_t, 64> bytes, stored;
+    for (auto& byte : bytes) byte = static_cast<uint8_t>(random_());
+    set().store_64(bytes.data(), stored.data());
+    ASSERT_EQ(stored, bytes) << name();
+    stored.fill(0);
+    set().store_32(bytes.data(), stored.data());
+    ASSERT_TRUE(std::equal(stored.begin(), stored.begin() + 32, bytes.begin())) << name();
+    ASSERT_EQ(std::count(stored.begin() + 32, stored.end(), 0), 32) << name();
   }
 }
 
