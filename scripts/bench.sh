@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # Builds the benchmarks, runs them and prints one table.
-#   scripts/bench.sh                    every case (three minutes on a quiet machine); writes docs/performance.md, .csv and .svg
+#   scripts/bench.sh                    every case (three minutes on a quiet machine); writes docs/performance.md, .csv, .svg and performance-bounds.md
 #   scripts/bench.sh --quick            the 256-cubes of the summary; writes nothing into docs/
 #   scripts/bench.sh --before COMMIT --filter general_divergent --load cold
 #                                       the kernels of that commit beside these; any options of bench_ratio
@@ -86,7 +86,7 @@ if [ "${1:-}" = --before ]; then
   exit
 fi
 
-build 'bench_ratio zox_volume' -DZOX_BENCH_BEFORE=
+build 'bench_ratio bench_bounds zox_volume' -DZOX_BENCH_BEFORE=
 write=(--docs docs)
 run=()
 case "$command" in
@@ -95,6 +95,10 @@ case "$command" in
   *) exec "$build/bench_ratio" "$@" ;;
 esac
 
+if [ ${#write[@]} -gt 0 ]; then
+  { cat bench/performance-bounds.md.in && "$build/bench_bounds"; } >"$build/bounds.md"
+  mv "$build/bounds.md" docs/performance-bounds.md
+fi
 "$build/bench_ratio" "${run[@]}" --json "$build/results.json" >"$build/rows.txt"
 compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$build/CMakeCache.txt")
 python3 bench/report.py "$build/results.json" --compiler "$compiler" --library "$build/libzox_volume.so" \
