@@ -116,8 +116,7 @@ StagedSamples* stage_sums(const SampleLanes& inner, int n, const SampleLanes& ou
     stage->n += steps * n;
     done += steps;
     if (done == count) break;
-    stage = sink.take();
-    stage->even = even;
+    stage = sink.take(even);
   }
   return stage;
 }
@@ -150,7 +149,7 @@ int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox
   RayOffsets rays(batch, nrays, slices_per_z);
   StackSampler<rules> sampler(volume, batch.planes);
   const StageSink sink = sampler.sink();
-  StagedSamples* stage = sink.take();
+  StagedSamples* stage = sink.take(false);
   int first_plane = 0;
   for (int k = 0; k < max_samples;) {
     if (k > 0) rays.drop_ended(k);
@@ -165,7 +164,7 @@ int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox
       position.run(n, run);
       for (int i = 0; i < padded(n); ++i) run.number[i] = sample_number(0, k - first_plane + i);
       const bool even = even_for(sampler.view, rays, run, n);
-      if (stage->n > 0 && (stage->even != even || StagedSamples::full(stage->n))) stage = sink.take();
+      if (stage->n > 0 && (stage->even != even || StagedSamples::full(stage->n))) stage = sink.take(even);
       stage->even = even;
       // Few rays go one after the other: a vector then holds samples of one ray.
       const bool few = rays.n < kVector && rays.n < n;

@@ -22,14 +22,16 @@ class RayCursors {
     }
     Range z;
     const bool wraps = !reached(traces_.z, traces_.sz, z);
-    reach.inside = !wraps && within(z, Reach::kRoundings) && reached(traces_.x, traces_.sx, reach.x) &&
-                   reached(traces_.y, traces_.sy, reach.y);
+    inside_ = !wraps && within(z, kRoundings) && reached(traces_.x, traces_.sx, x_) &&
+              reached(traces_.y, traces_.sy, y_);
     if (!one_region() && (wraps || !within(z, kSlack) || !regions_ascend())) return false;
-    SegmentLanes segments;
-    if (!find_segments(segments)) return false;
-    start_segments(segments, lanes);
+    if (!find_segments()) return false;
+    start_segments(lanes);
     return true;
   }
+
+  // Whether offsets reach every sample in these slices.
+  bool even(StackView& view, Range slices) const { return inside_ && view.even_for(x_, y_, slices); }
 
   int lowest_slice() const {
     int lowest = kNoSlice;
@@ -39,9 +41,8 @@ class RayCursors {
 
   // Sets the lane to the lowest sample in the next region, upwards, that holds any.
   void enter_region(int lane) {
-    Segment segment;
-    if (find_segment(lane, segment)) {
-      start_segment(lanes, traces_, lane, lanes.trace[lane], segment);
+    if (find_segment(lane)) {
+      start_segment(lanes, traces_, segments_, lane, lanes.trace[lane]);
     } else {
       lanes.slice[lane] = kNoSlice;
     }
@@ -74,7 +75,6 @@ class RayCursors {
   bool one_region() const { return regions_.n == 1; }
 
   CursorLanes lanes;
-  Reach reach;
 
  private:
   // How far beyond the regions z may be: a rounded step is off by half a unit at most, and a trilinear ray
@@ -83,15 +83,10 @@ class RayCursors {
   // Leaves room for the half slice, 2^20, that rounding adds.
   static constexpr int kLargestPosition = INT32_MAX - (1 << 22);
 
-  // Samples first .. end - 1 of a ray, in one region.
-  struct Segment {
-    int first, end;
-    int position;  // of the first
-    int step;      // from position to position
-    int first_slice;
-  };
+  // By how much 1024 samples of a step that is off by a unit may miss the regions.
+  static constexpr int64_t kRoundings = 1 << 10;
 
-  // One a lane.
+  // Samples first .. end - 1 of a ray, in one region, the first at `position` in slices.
   struct SegmentLanes {
     Lanes<int> first, end, position, step, first_slice;
   };
@@ -130,7 +125,7 @@ class RayCursors {
   }
 
   // Each ray's lowest segment. False if a position overflows; of several regions none does, if they ascend.
-  bool find_segments(SegmentLanes& to) {
+  bool find_segments() {
     const Traces& t = traces_;
     Lanes<int> low, high;
     for (int i = 0; i < t.n; ++i) {
@@ -140,20 +135,14 @@ class RayCursors {
     }
     to_regions(low);
     to_regions(high);
-    take_whole_rays(low, to);
+    take_whole_rays(low);
     if (one_region()) {
       Range positions;
-      return reached(to.position, to.step, positions) && positions.high <= kLargestPosition;
+      return reached(segments_.position, segments_.step, positions) && positions.high <= kLargestPosition;
     }
     for (int i = 0; i < t.n; ++i) {
       lanes.next_region[i] = low[i] == high[i] ? regions_.n : low[i];
-      Segment s;
-      if (low[i] == high[i] || !find_segment(i, s)) continue;
-      to.first[i] = s.first;
-      to.end[i] = s.end;
-      to.position[i] = s.position;
-      to.step[i] = s.step;
-      to.first_slice[i] = s.first_slice;
+      if (low[i] != high[i]) find_segment(i);
     }
     return true;
   }
@@ -171,7 +160,8 @@ class RayCursors {
   }
 
   // As if every ray stayed in its region.
-  void take_whole_rays(const Lanes<int>& region, SegmentLanes& to) const {
+  void take_whole_rays(const Lanes<int>& region) {
+    SegmentLanes& to = segments_;
     const int n = traces_.n;
     Lanes<double> real, scale;
     for (int i = 0; i < n; ++i) {
@@ -188,7 +178,7 @@ class RayCursors {
   }
 
   // The lane's samples in the next region, upwards, that holds any. False if none does.
-  bool find_segment(int lane, Segment& to) {
+  bool find_segment(int lane) {
     const int trace = lanes.trace[lane];
     const int n = traces_.count[trace], z = traces_.z[trace], sz = traces_.sz[trace];
     const bool rising = sz >= 1;
@@ -199,8 +189,11 @@ class RayCursors {
       if (first >= end) continue;
       const bool more = rising ? end < n : first > 0;
       lanes.next_region[lane] = more ? j + 1 : regions_.n;
-      const int position = regions_.position(static_cast<int>(z + int64_t{sz} * first), j);
-      to = {first, end, position, regions_.step(sz, j), regions_.first_slice[j]};
+      segments_.first[lane] = first;
+      segments_.end[lane] = end;
+      segments_.position[lane] = regions_.position(static_cast<int>(z + int64_t{sz} * first), j);
+      segments_.step[lane] = regions_.step(sz, j);
+      segments_.first_slice[lane] = regions_.first_slice[j];
       return true;
     }
     return false;
@@ -216,31 +209,35 @@ class RayCursors {
   }
 
   // Walked from the end whose slice is lower; in 32 bits the way back comes to exactly the same positions.
-  [[gnu::always_inline]] static inline void start_segment(CursorLanes& to, const Traces& t, int lane,
-                                                          int trace, Segment s) {
-    const int back = s.step < 0 ? s.end - 1 - s.first : 0, sign = s.step < 0 ? -1 : 1, k = s.first + back;
+  [[gnu::always_inline]] static inline void start_segment(CursorLanes& to, const Traces& t,
+                                                          const SegmentLanes& s, int lane, int trace) {
+    const int first = s.first[lane], last = s.end[lane] - 1, step = s.step[lane];
+    const int back = step < 0 ? last - first : 0, sign = step < 0 ? -1 : 1, k = first + back;
     to.at.x[lane] = wrap_add(t.x[trace], wrap_mul(k, t.sx[trace]));
     to.at.y[lane] = wrap_add(t.y[trace], wrap_mul(k, t.sy[trace]));
-    to.at.position[lane] = wrap_add(s.position, wrap_mul(back, s.step));
+    to.at.position[lane] = wrap_add(s.position[lane], wrap_mul(back, step));
     to.at.number[lane] = sample_number(t.ray[trace], k);
     to.step.x[lane] = wrap_mul(sign, t.sx[trace]);
     to.step.y[lane] = wrap_mul(sign, t.sy[trace]);
-    to.step.position[lane] = wrap_mul(sign, s.step);
+    to.step.position[lane] = wrap_mul(sign, step);
     to.step.number[lane] = sample_number(0, sign);
-    to.last_number[lane] = sample_number(t.ray[trace], s.step < 0 ? s.first : s.end - 1);
-    to.first_slice[lane] = s.first_slice;
-    to.slice[lane] = slice_of<rules>(to.at.position[lane], s.first_slice);
+    to.last_number[lane] = sample_number(t.ray[trace], step < 0 ? first : last);
+    to.first_slice[lane] = s.first_slice[lane];
+    to.slice[lane] = slice_of<rules>(to.at.position[lane], to.first_slice[lane]);
   }
 
-  void start_segments(const SegmentLanes& s, CursorLanes& __restrict to) const {
+  void start_segments(CursorLanes& __restrict to) const {
     const Traces& __restrict t = traces_;
-    for (int i = 0; i < t.n; ++i)
-      start_segment(to, t, i, i, {s.first[i], s.end[i], s.position[i], s.step[i], s.first_slice[i]});
+    const SegmentLanes& __restrict s = segments_;
+    for (int i = 0; i < t.n; ++i) start_segment(to, t, s, i, i);
   }
 
   const Regions& regions_;
   const Traces& traces_;
   int n_ = 0;
+  SegmentLanes segments_;  // the lanes' present ones
+  Range x_, y_;            // what all rays reach
+  bool inside_ = false;    // no sum wraps, and no ray leaves the stack: it may then leave the rows as well
 };
 
 }  // namespace

@@ -19,7 +19,7 @@ class RaysInStep {
     for (int i = first; i < end; ++i) {
       if (lanes.slice[i] != s) continue;
       if (!add(i)) return false;
-      const int64_t above = (int64_t{s} + 1 - lanes.first_slice[i]) * (1 << rules.bits) - kHalf;
+      const int64_t above = (int64_t{s} + 1 - lanes.first_slice[i]) * (1 << rules.bits) - kHalfSlice<rules>;
       const int step = lanes.step.position[i];
       const int64_t inside = step == 0 ? INT32_MAX : (above - lanes.at.position[i] - 1) / step + 1;
       if (inside < samples_) samples_ = static_cast<int>(inside);
@@ -70,7 +70,6 @@ class RaysInStep {
   int shortest() const { return cursors_.count() < kVector ? 4 : 32; }
 
  private:
-  static constexpr int kHalf = rules.half << (rules.bits - 1);
   void clear() {
     n_ = 0;
     samples_ = INT32_MAX;
@@ -147,8 +146,7 @@ class RaysInStep {
     for (int64_t left = int64_t{samples_} * n_; left > 0;) {
       const int room = (kStage - stage->n) / filled_;
       if (room == 0) {
-        stage = sink.take();
-        stage->even = even;
+        stage = sink.take(even);
         continue;
       }
       const int steps = room * filled_ < left ? room : static_cast<int>((left + filled_ - 1) / filled_);
@@ -156,19 +154,15 @@ class RaysInStep {
         const SampleVectors step = SampleVectors::of(step_, group);
         SampleVectors at = SampleVectors::of(at_, group);
         for (int i = 0, n = stage->n + group; i < steps; ++i, n += filled_, at.move(step)) {
-          const Vector rounded = shift_right<rules.bits>(sum(at.position, broadcast(kHalf)));
-          view.stage<even, !rules.half>(*stage, n, at, sum(rounded, first_slice), store_anywhere);
+          view.stage<even, !rules.half>(*stage, n, at, slices_of<rules>(at.position, first_slice),
+                                        store_anywhere);
         }
         at.put_back(at_, group);
       }
       stage->n += steps * filled_ < left ? steps * filled_ : static_cast<int>(left);
       left -= steps * filled_;
     }
-    if (StagedSamples::full(stage->n)) {
-      stage = sink.take();
-      stage->even = even;
-    }
-    to = stage;
+    to = StagedSamples::full(stage->n) ? sink.take(even) : stage;
   }
 
   RayCursors<rules>& cursors_;

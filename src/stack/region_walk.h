@@ -66,9 +66,15 @@ struct Regions {
 };
 
 template <SliceRules rules>
+constexpr int kHalfSlice = rules.half << (rules.bits - 1);
+
+template <SliceRules rules>
 int slice_of(int position, int first_slice) {
-  constexpr int half = rules.half << (rules.bits - 1);
-  return wrap_add(wrap_add(position, half) >> rules.bits, first_slice);
+  return wrap_add(wrap_add(position, kHalfSlice<rules>) >> rules.bits, first_slice);
+}
+template <SliceRules rules>
+Vector slices_of(Vector position, Vector first_slice) {
+  return sum(shift_right<rules.bits>(sum(position, broadcast(kHalfSlice<rules>))), first_slice);
 }
 
 // Sample after sample through the regions. A sample exactly on a boundary stays in the lower

@@ -11,7 +11,7 @@ template <SliceRules rules>
 class SliceCursors {
  public:
   SliceCursors(RayCursors<rules>& cursors, StackView& view, const StageSink& sink)
-      : cursors_(cursors), in_step_(cursors), view_(view), sink_(sink), stage_(sink.take()) {}
+      : cursors_(cursors), in_step_(cursors), view_(view), sink_(sink), stage_(sink.take(false)) {}
 
   // Appends every sample of the lowest slice that any cursor stands at, until none is left below
   // `nslices`. Samples below slice 0 are passed over.
@@ -28,7 +28,7 @@ class SliceCursors {
           continue;
         }
       }
-      if (s >= 0) enter_slice(cursors_.reach.even(view_, {s, s}));
+      if (s >= 0) enter_slice(cursors_.even(view_, {s, s}));
       Vector next = broadcast(kNoSlice);
       for (int group = 0; group < cursors_.count(); group += kVector) {
         next = smaller(next, stage_->even ? append_group<true>(s, group) : append_group<false>(s, group));
@@ -44,22 +44,22 @@ class SliceCursors {
 
  private:
   // Rays that are not in step are swept slice by slice and looked at again after 2, 8, 32 slices and so on.
+  // A try costs less than two slices do: rays that never go together lose about a hundredth.
   static constexpr int kLongestWait = 128;
   // Closing gaps costs about as much as so many lanes of rays that are done, slice after slice.
   static constexpr int kMostIdle = 256;
-  static constexpr int kHalf = rules.half << (rules.bits - 1);
 
   // Apart from the sweep, which then keeps more in registers.
   [[gnu::noinline]] bool staged_in_step(int s, int nslices) {
     if (!in_step_.choose_all(nslices)) return false;
-    enter_slice(cursors_.reach.even(view_, {s, in_step_.highest_slice()}));
+    enter_slice(cursors_.even(view_, {s, in_step_.highest_slice()}));
     in_step_.stage_all(stage_, view_, sink_);
     return true;
   }
 
   // The rays at slice s together, else those that stay in it for long one after the other.
   [[gnu::noinline]] bool staged_in_slice(int s) {
-    enter_slice(cursors_.reach.even(view_, {s, s}));
+    enter_slice(cursors_.even(view_, {s, s}));
     const int rays = cursors_.count();
     const bool together = in_step_.choose_in_slice(s, 0, rays);
     if (together) in_step_.stage_all(stage_, view_, sink_);
@@ -71,7 +71,7 @@ class SliceCursors {
 
   void enter_slice(bool even) {
     if (stage_->even == even) return;
-    if (stage_->n > 0) stage_ = sink_.take();
+    if (stage_->n > 0) stage_ = sink_.take(even);
     stage_->even = even;
   }
 
@@ -106,8 +106,7 @@ Vector SliceCursors<rules>::append_group(int s, int group) {
     n += s >= 0 ? __builtin_popcount(bits) : 0;
     const Mask ended = both(on, equal(at.number, load_vector(&lanes.last_number[group])));
     at.move_where(on, SampleVectors::of(lanes.step, group));
-    const Vector rounded = shift_right<rules.bits>(sum(at.position, broadcast(kHalf)));
-    slice = select(on, sum(rounded, load_vector(&lanes.first_slice[group])), slice);
+    slice = select(on, slices_of<rules>(at.position, load_vector(&lanes.first_slice[group])), slice);
     slice = select(ended, none, slice);
     if (const unsigned lanes_ended = bits_of(ended); lanes_ended != 0) {
       if (!cursors_.one_region()) {
@@ -122,8 +121,7 @@ Vector SliceCursors<rules>::append_group(int s, int group) {
     }
     if (StagedSamples::full(n)) {
       stage->n = n;
-      stage_ = stage = sink_.take();
-      stage->even = even;
+      stage_ = stage = sink_.take(even);
       n = 0;
     }
   }

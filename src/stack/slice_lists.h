@@ -36,8 +36,7 @@ struct SliceLists {
 
   // Each slice once, in ascending order.
   void stage(const Traces& traces, const StageSink& sink) const {
-    StagedSamples* to = sink.take();
-    to->even = false;
+    StagedSamples* to = sink.take(false);
     for (int s = 0; s < nslices; ++s) {
       for (uint32_t sample = heads[s]; sample != kEnd; sample = samples[sample].next) {
         int lane = ray_of(static_cast<int>(sample)), k = plane_of(static_cast<int>(sample)), n = to->n++;
@@ -46,9 +45,7 @@ struct SliceLists {
         to->position[n] = samples[sample].position;
         to->place[n] = s;
         to->number[n] = sample_number(traces.ray[lane], k);
-        if (!StagedSamples::full(to->n)) continue;
-        to = sink.take();
-        to->even = false;
+        if (StagedSamples::full(to->n)) to = sink.take(false);
       }
     }
   }

@@ -116,7 +116,9 @@ class StackView {
   int slice_pitch = 0;
 
  private:
-  static constexpr int64_t kMostColumnBytes = 1 << 13;  // fixed point has 11 bits for columns
+  // Fixed point leaves at most 12 bits for a column, of two bytes.
+  static constexpr int64_t kMostColumnBytes = 1 << 13;
+  // A sample's neighbours lie as far again at most, which 32 bits hold as well.
   static constexpr int64_t kLargestOffset = 1 << 30;
 
   bool extend(Range rows, Range slices_used) {
@@ -145,21 +147,16 @@ class StackView {
   Progression rows_, stack_;
 };
 
-// What all rays of a call reach.
-struct Reach {
-  bool even(StackView& view, Range slices) const { return inside && view.even_for(x, y, slices); }
-
-  static constexpr int64_t kRoundings = 1 << 10;  // by how much z of a sample inside may miss the regions
-  Range x, y;
-  bool inside = true;  // no sum wraps, and no ray leaves the stack: it may then leave the rows as well
-};
-
 // Where full stages go: what is staged will be sampled, in order, and an empty stage comes back.
 struct StageSink {
   StagedSamples* (*swap)(void* sampler);
   void* sampler;
 
-  StagedSamples* take() const { return swap(sampler); }
+  StagedSamples* take(bool even) const {
+    StagedSamples* empty = swap(sampler);
+    empty->even = even;
+    return empty;
+  }
 };
 
 }  // namespace
