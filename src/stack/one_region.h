@@ -40,6 +40,7 @@ struct RayOffsets {
     const double* start = batch.starts[0];
     for (int r = 0; r < nrays; ++r) {
       if (batch.nsamples[r] < 1) continue;
+      if (n == padded(n)) clear_lanes(apart, n);
       const double* s = batch.starts[r];
       apart[0][n] = (s[0] - start[0]) * kScale;
       apart[1][n] = (s[1] - start[1]) * kScale;
@@ -47,7 +48,6 @@ struct RayOffsets {
       at.number[n] = sample_number(r, 0);
       samples[n++] = batch.nsamples[r];
     }
-    pad_lanes(apart, n);
     for (int axis = 0; axis < 3; ++axis) {
       Lanes<int>& offset = at.*kSampleFields[axis];
       truncate_lanes(apart[axis].at, offset.at, n);
@@ -80,6 +80,7 @@ struct SharedPosition {
   // itself alone.
   void run(int n, SampleLanes& at) {
     Axes<double> scaled;
+    clear_lanes(scaled, (n - 1) & -16);
     double x = base[0], y = base[1], z = base[2];
     for (int i = 0; i < n; ++i) {
       scaled[0][i] = x * 0x1p21;
@@ -92,7 +93,6 @@ struct SharedPosition {
     base[0] = x;
     base[1] = y;
     base[2] = z;
-    pad_lanes(scaled, n);
     for (int axis = 0; axis < 3; ++axis) truncate_lanes(scaled[axis].at, (at.*kSampleFields[axis]).at, n);
   }
 };

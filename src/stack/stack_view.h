@@ -45,13 +45,11 @@ struct Progression {
     }
     if (low == high && r.high > high) pitch = entry(high + 1) - first;
     if (low == high && r.high == high && r.low < low) pitch = first - entry(low - 1);
-    for (; high < r.high; ++high) {
-      if (entry(high + 1) != first + (high + 1 - low) * pitch) return false;
-    }
-    for (; low > r.low; --low, first -= pitch) {
-      if (entry(low - 1) != first - pitch) return false;
-    }
-    return true;
+    int64_t broken = 0, expected = first + (high + 1 - low) * pitch;
+    for (int64_t i = high + 1; i <= r.high; ++i, expected += pitch) broken |= entry(i) ^ expected;
+    high = high < r.high ? r.high : high;
+    for (; low > r.low; --low, first -= pitch) broken |= entry(low - 1) ^ (first - pitch);
+    return broken == 0;
   }
 
   int64_t span() const { return (pitch < 0 ? -pitch : pitch) * (high - low); }
