@@ -68,6 +68,12 @@ foreach(program zox-mip zox-view zox-mip-mpi)
   endif()
 endforeach()
 
+# What these load for the files that need it.
+if(TARGET zox_readers)
+  zox_pick_component(tools tools zox-readers)
+  install(TARGETS zox_readers LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}/zox-volume COMPONENT ${tools})
+endif()
+
 # Documents, examples, and the reference where it was made.
 zox_pick_component(zox_docs docs zox-volume-doc)
 zox_pick_component(zox_man docs libzox-volume-dev)

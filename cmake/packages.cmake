@@ -72,18 +72,23 @@ endif()
 set(libraries "libzox-volume ${same}" ${renderer})
 # Loaded when a file needs it.
 set(loaded libhdf5-103-1)
+if(TARGET zox_readers)
+  zox_debian_package(zox-readers graphics "readers of DICOM, TIFF and other volumes"
+    "A module that zox-mip, zox-view and zox-mip-mpi load for files in DICOM, TIFF,\nVTK and some other formats.")
+  set(program_needs ${libraries} "zox-readers ${same}")
+endif()
 if(TARGET zox-mip)
   zox_debian_package(zox-mip graphics "renderer of maximum-intensity pictures of volumes"
-    "Renders NIfTI, NRRD, MetaImage, DICOM and other volumes as maximum-intensity\npictures from the command line." DEPENDS ${libraries}
+    "Renders NIfTI, NRRD, MetaImage, DICOM and other volumes as maximum-intensity\npictures from the command line." DEPENDS ${program_needs}
     RECOMMENDS ${loaded})
 endif()
 if(TARGET zox-view)
   zox_debian_package(zox-view graphics "interactive viewer of volumes in the browser"
-    "Shows NIfTI, NRRD, MetaImage, DICOM and other volumes in a browser, rendered by\nthe processor of the machine that has the data." DEPENDS ${libraries} RECOMMENDS ${loaded})
+    "Shows NIfTI, NRRD, MetaImage, DICOM and other volumes in a browser, rendered by\nthe processor of the machine that has the data." DEPENDS ${program_needs} RECOMMENDS ${loaded})
 endif()
 if(TARGET zox-mip-mpi)
   zox_debian_package(zox-mip-mpi graphics "renderer of very large volumes over MPI"
-    "Renders volumes larger than the memory of one machine as maximum-intensity\npictures, each process reading and casting its own part." DEPENDS ${libraries} openmpi-bin
+    "Renders volumes larger than the memory of one machine as maximum-intensity\npictures, each process reading and casting its own part." DEPENDS ${program_needs} openmpi-bin
     RECOMMENDS ${loaded})
 endif()
 if(ZOX_BUILD_PYTHON_BUILT AND EXISTS ${PROJECT_SOURCE_DIR}/python/CMakeLists.txt)

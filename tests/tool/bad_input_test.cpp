@@ -207,4 +207,16 @@ TEST_F(BadInputTest, SayInTime) {
   refuse("v.nrrd -o p.png --read-seconds 0.001", 1, "after 0.001 seconds");
 }
 
+// A program that was copied without what it loads still reads what it can by itself.
+TEST_F(BadInputTest, SaysThatReadersAreMissing) {
+  write_text(path("v.vtk"), "# vtk DataFile Version 3.0\n");
+  const Outcome outcome = shell("cp " ZOX_MIP " zox-mip && ./zox-mip v.vtk -o p.png --quiet");
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_TRUE(outcome.err.starts_with(
+      "zox-mip: 'v.vtk' cannot be read: the readers of its format could not be loaded ("))
+      << outcome.err;
+  EXPECT_TRUE(outcome.err.ends_with(").\n")) << outcome.err;
+  EXPECT_EQ(shell("./zox-mip --phantom -o p.png --size 16x16 --quiet").status, 0);
+}
+
 }  // namespace

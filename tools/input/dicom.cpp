@@ -79,8 +79,6 @@ Found read(const std::string& path, const ReadOptions& options, SharedMemory& me
 
 }  // namespace
 
-bool is_dicom(const std::string& path) { return fs::is_directory(path) || dicom::looks_like_dicom(path); }
-
 std::vector<std::string> dicom_files(const std::string& path) {
   return telling(path, [&] { return dicom::files_of_study(path); });
 }

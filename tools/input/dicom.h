@@ -5,8 +5,6 @@
 
 namespace zox::input {
 
-// Folders too: what else is in one is passed over.
-bool is_dicom(const std::string& path);
 std::vector<std::string> dicom_files(const std::string& path);
 Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemory& memory);
 

@@ -1,12 +1,12 @@
 #include <filesystem>
 
-#include "dicom.h"
 #include "file.h"
 #include "hdf5_volume.h"
-#include "itk_formats.h"
+#include "itk_names.h"
 #include "meta_image.h"
 #include "nifti.h"
 #include "nrrd.h"
+#include "readers.h"
 #include "slices.h"
 #include "text.h"
 
@@ -14,6 +14,16 @@ namespace zox::input {
 namespace {
 
 std::vector<std::string> itself(const std::string& path) { return {path}; }
+
+std::vector<std::string> dicom_files(const std::string& path) { return readers_for(path).dicom_files(path); }
+
+Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+  return readers_for(path).read_dicom(path, options, memory);
+}
+
+Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+  return readers_for(path).read_itk_format(path, options, memory);
+}
 
 constexpr Format kDicom = {"DICOM", is_dicom, dicom_files, read_dicom};
 constexpr Format kSlices = {"slices", is_slice_folder, slice_folder_files, read_slices, read_slices_block};

@@ -10,11 +10,11 @@
 
 #include <algorithm>
 #include <cstring>
-#include <filesystem>
 
 #include "file.h"
 #include "header_lines.h"
 #include "inflate.h"
+#include "itk_names.h"
 #include "text.h"
 #include "tiff_pages.h"
 #include "voxels.h"
@@ -23,21 +23,6 @@ namespace zox::input {
 namespace {
 
 using ImageIO = itk::ImageIOBase;
-
-// The extension without a .gz behind it, in small letters.
-std::string kind_of(const std::string& path) {
-  std::filesystem::path name(path);
-  if (lower(name.extension().string()) == ".gz") name.replace_extension();
-  return lower(name.extension().string());
-}
-
-bool is_vtk(const std::string& head) { return head.starts_with("# vtk DataFile"); }
-
-bool is_tiff(const std::string& head) {
-  using namespace std::string_literals;
-  return head.starts_with("II*\0"s) || head.starts_with("MM\0*"s) || head.starts_with("II+\0"s) ||
-         head.starts_with("MM\0+"s);
-}
 
 ImageIO::Pointer reader_of(const std::string& path) {
   const std::string head = File(path).read(0, 16);
@@ -168,13 +153,6 @@ std::string reason_of(const itk::ExceptionObject& error) {
 }
 
 }  // namespace
-
-bool is_itk_format(const std::string& path) {
-  const std::string head = File(path).read(0, 16);
-  const std::string kind = kind_of(path);
-  return is_vtk(head) || is_tiff(head) || kind == ".gipl" || kind == ".mrc" || kind == ".rec" ||
-         kind == ".pic" || kind == ".spr";
-}
 
 Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
   try {

@@ -5,7 +5,6 @@
 
 namespace zox::input {
 
-bool is_itk_format(const std::string& path);
 Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory);
 
 }  // namespace zox::input

@@ -16,10 +16,10 @@
 
 #include "available_memory.h"
 #include "child_process.h"
-#include "dicom.h"
 #include "file.h"
 #include "format.h"
 #include "message.h"
+#include "readers.h"
 #include "text.h"
 
 namespace zox::input {
@@ -213,7 +213,7 @@ std::vector<std::string> list_series(const std::string& path, const ReadOptions&
   const auto read = [&](SharedMemory&) {
     if (!is_dicom(path)) refuse(quoted(path) + " is no DICOM file or folder, which alone hold series.");
     Found found;
-    found.notes = dicom_series(path, options);
+    found.notes = readers_for(path).dicom_series(path, options);
     return found;
   };
   return with_child(path, options, read, [](Found found, int) { return std::move(found.notes); });
@@ -240,7 +240,8 @@ void add_series_of(std::span<const std::string> paths, const ReadOptions& option
                    std::vector<SeriesOf>& all) {
   const auto read = [&](SharedMemory&) {
     Found found;
-    for (const std::string& path : paths) found.notes.push_back(packed(dicom_series_of(path)));
+    const Readers& readers = readers_for(paths[0]);
+    for (const std::string& path : paths) found.notes.push_back(packed(readers.dicom_series_of(path)));
     return found;
   };
   try {

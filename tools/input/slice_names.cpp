@@ -4,8 +4,8 @@
 #include <filesystem>
 #include <optional>
 
-#include "dicom.h"
 #include "format.h"
+#include "readers.h"
 #include "text.h"
 
 namespace zox::input {

@@ -6,9 +6,9 @@
 #include <memory>
 
 #include "nrrd.h"
+#include "readers.h"
 #include "slice_names.h"
 #include "text.h"
-#include "tiff_slice.h"
 
 namespace zox::input {
 namespace {
@@ -20,7 +20,7 @@ bool is_tiff_name(const std::string& path) {
 }
 
 Slice describe_slice(const std::string& path) {
-  return is_tiff_name(path) ? describe_tiff_slice(path) : describe_nrrd_slice(path);
+  return is_tiff_name(path) ? readers_for(path).describe_tiff_slice(path) : describe_nrrd_slice(path);
 }
 
 std::string size_of(const Slice& slice) {
@@ -126,8 +126,9 @@ void read_slices_block(const std::string& path, const ReadOptions&, const zox_re
     const Slice slice = describe_slice(files.paths[static_cast<size_t>(z)]);
     check_alike(first, slice);
     check_place(first, slice, whole, z);
-    is_tiff_name(slice.path) ? read_tiff_rows(slice, block.first[1], block.size[1], rows.get())
-                             : read_nrrd_rows(slice, block.first[1], block.size[1], rows.get());
+    is_tiff_name(slice.path)
+        ? readers_for(slice.path).read_tiff_rows(slice, block.first[1], block.size[1], rows.get())
+        : read_nrrd_rows(slice, block.first[1], block.size[1], rows.get());
     for (int32_t y = 0; y < block.size[1]; ++y) {
       const std::byte* from =
           rows.get() + static_cast<size_t>(y) * row + static_cast<size_t>(block.first[0]) * stored;

@@ -58,14 +58,10 @@ std::string name_of_input(const Options& options) {
   return options.inputs.empty() ? "phantom" : options.inputs[0];
 }
 
-zox::input::ReadOptions read_options(const Options& options) {
-  zox::input::ReadOptions read;
-  read.seconds = options.seconds_to_read;
-  read.volume = options.volume_number;
-  read.series = options.series;
-  read.dataset = options.dataset;
-  read.spacing = options.spacing;
-  read.leave_in_file = true;
+// --memory is what the parts of a rank may take; reading may take what there is.
+zox::input::ReadOptions how_to_read(const Options& options) {
+  zox::input::ReadOptions read = read_options({}, options);
+  read.memory_limit = 0;
   return read;
 }
 
@@ -78,7 +74,7 @@ zox::input::Scan read_at_root(const Group& group, const Options& options) {
       scan = zox::input::make_phantom();
       return;
     }
-    scan = zox::input::read_scan(options.inputs[0], read_options(options));
+    scan = zox::input::read_scan(options.inputs[0], how_to_read(options));
   });
   return scan;
 }
@@ -146,7 +142,7 @@ void make_pictures(const Group& group, Options options) {
   zox_render_run_init(&settings.run);
   settings.run.pool = pool->get();
   settings.depths = !options.depth_output.empty();
-  SharedSource source(group, name_of_input(options), read_options(options), std::move(scan));
+  SharedSource source(group, name_of_input(options), how_to_read(options), std::move(scan));
   const SpreadSource from{source, source.is_in_file(), [&](const auto& lists) { source.distribute(lists); }};
   tell(group, options, "reading " + std::to_string(source.whole().size[2]) + " slices");
   const SpreadVolume volume(group, from, settings, kLongestPart, memory_of_rank(group, options));
