@@ -29,7 +29,7 @@ struct GeneralRules {
   Rounding bounds;     // region boundaries
   int slice_half;      // half slices added before flooring: 1 where the slice is nearest
   Tables tables;       // boundaries and list heads
-  int node_log2;       // bytes a sample index takes in the node store: 64 nodes
+  int listed_log2;     // bytes of scratch for one sample of each of 64 rays
   RowSum row_sum;
 };
 
@@ -61,7 +61,7 @@ constexpr SliceRules slice_rules(GeneralRules r) { return {r.bits, r.slice_half}
 struct FetchRules {
   Voxel voxel;
   bool trilinear;
-  bool index_in_16_bits;  // nearest nodes keep column and row in 16 bits and read them unsigned
+  bool index_in_16_bits;  // of column and row the low 16 bits count, unsigned
   RowSum row_sum;
   bool in_slice_order;
 };
@@ -70,7 +70,7 @@ constexpr FetchRules fetch_rules(GeneralRules r) {
   return {r.voxel, !nearest, nearest, r.row_sum, true};
 }
 
-// Parallel nearest on one region keeps no nodes: indices are signed, sums as wide as addresses, and
+// Parallel nearest on one region keeps no lists: indices are signed, sums as wide as addresses, and
 // samples come as the rays march.
 constexpr FetchRules kOneRegion8U{Voxel::k8U, false, false, RowSum::k64Bits, false};
 constexpr FetchRules kOneRegion16S{Voxel::k16S, false, false, RowSum::k64Bits, false};

@@ -49,7 +49,7 @@ int cast_buckets(const zox_Rays& batch, int largest, const zox_Volume& volume) {
   if (grow && nregions > ZOX_MAX_FIXED_REGIONS && !bounds.take(wrap_mul(wrap_add(nregions, 1), 4)))
     return ZOX_STS_NO_MEMORY;
   if (grow && nslices > kStackEntries && !heads.take(wrap_mul(nslices, 4))) return ZOX_STS_NO_MEMORY;
-  int sample_bytes = static_cast<int>(static_cast<uint32_t>(largest) << rules.node_log2);
+  int sample_bytes = static_cast<int>(static_cast<uint32_t>(largest) << rules.listed_log2);
   if (largest > ZOX_MAX_STACK_SAMPLES && !samples.take(sample_bytes)) return ZOX_STS_NO_MEMORY;
 
   int32_t* Zb = bounds.as<int32_t>() ? bounds.as<int32_t>() : bounds_on_stack;

@@ -52,8 +52,7 @@ template <FetchRules rules>
   }
 }
 
-// Columns and rows are taken as lists of samples would hold them: in 16 bits, unsigned, or as
-// they are.
+// Of columns and rows the low 16 bits count, unsigned, or all.
 template <FetchRules rules>
 int index_of(int fixed) {
   return (fixed >> (rules.trilinear ? 20 : 21)) & (rules.index_in_16_bits ? 0xFFFF : -1);
