@@ -7,17 +7,7 @@
 namespace zox::ZOX_SET {
 namespace {
 
-// A coordinate as the walk carries it.
-template <BlockedRules rules>
-auto walk_start(double start) {
-  double biased = rules.start_half ? start + 0.5 : start;
-  if constexpr (rules.positions == Positions::kFixed) {
-    return to_fixed<kTrunc>(biased, 0x1p20);
-  } else {
-    return biased;
-  }
-}
-
+// A coordinate and a step as the walk carries them.
 template <BlockedRules rules>
 auto walk_step(double step) {
   if constexpr (rules.positions == Positions::kFixed) {
@@ -28,17 +18,21 @@ auto walk_step(double step) {
 }
 
 template <BlockedRules rules>
-using WalkOf = OwnWalk<decltype(walk_step<rules>(0.0))>;
+auto walk_start(double start) {
+  return walk_step<rules>(rules.start_half ? start + 0.5 : start);
+}
 
 template <BlockedRules rules>
-using SamplerOf = BlockedSampler<rules.sampling, ElementOf<rules.voxel>, typename WalkOf<rules>::Position>;
+using PositionOf = decltype(walk_step<rules>(0.0));
+template <BlockedRules rules>
+using SamplerOf = BlockedSampler<rules.sampling, ElementOf<rules.voxel>, PositionOf<rules>>;
 
 // Each ray walks from its own start, by the step at steps[r] or, parallel, by that of ray 0.
 template <BlockedRules rules, StepOf step_of, class Sampler = SamplerOf<rules>, class Element>
 void cast_ray_by_ray(const BlockedVolume<Element>& volume, const zox_Rays& batch) {
   Sampler sampler(volume);
   for (int first = 0, end; first < batch.nrays; first = end) {
-    WalkOf<rules> walk;
+    OwnWalk<PositionOf<rules>> walk;
     Marchers rays;
     end = batch.nrays - first < kLanes ? batch.nrays : first + kLanes;
     for (int r = first; r < end; ++r) {

@@ -58,11 +58,11 @@ class MaximumBlock {
       shortest = nsamples[i] < shortest ? nsamples[i] : shortest;
       longest = nsamples[i] > longest ? nsamples[i] : longest;
     }
-    add_planes(0, shortest, selection);
+    add_planes<true>(0, shortest, {}, selection);
     for (int k = shortest < 0 ? 0 : shortest, n; k < longest; k += n) {
       int left = longest - k;
       n = left < kMostPlanes<Element> ? left : kMostPlanes<Element>;
-      add_ragged_planes(k, n, selection);
+      add_planes<false>(k, k + n, counts_from(k), selection);
     }
   }
 
@@ -80,26 +80,8 @@ class MaximumBlock {
 
   const Element* samples(int k) const { return static_cast<const Element*>(rays_.planes[k]) + first_; }
 
-  // Planes k .. end - 1, of which every ray has a sample.
-  template <class Selection>
-  void add_planes(int k, int end, Selection selection) {
-    Registers maximum = maximum_;
-    const Part count = Part::all(Element{1});
-    for (; k < end; ++k) {
-      const Element* from = samples(k);
-      const Part limit = Part::all(static_cast<Element>(selection.selects(k) ? 0 : 1));
-      for (int i = 0; i < kVectors; ++i) {
-        Part sample = Part::load(from + i * kPerVector);
-        maximum.v[i] = Selection::kAll ? larger<Element>(maximum.v[i], sample)
-                                       : larger_where<Element>(count, limit, maximum.v[i], sample);
-      }
-    }
-    maximum_ = maximum;
-  }
-
-  // The same where some rays end within these planes.
-  template <class Selection>
-  void add_ragged_planes(int first_plane, int planes, Selection selection) {
+  // How many planes from first_plane on each ray has samples of, kMostPlanes if more.
+  Registers counts_from(int first_plane) const {
     alignas(64) Element counts[kRays];
     for (int i = 0; i < kRays; ++i) {
       int n = rays_.nsamples[first_ + i];
@@ -109,15 +91,25 @@ class MaximumBlock {
       const int left = end - first_plane;
       counts[i] = static_cast<Element>(left > kMostPlanes<Element> ? kMostPlanes<Element> : left);
     }
-    Registers maximum = maximum_, count;
+    Registers count;
     for (int i = 0; i < kVectors; ++i) count.v[i] = Part::load(counts + i * kPerVector);
-    for (int k = 0; k < planes; ++k) {
-      const Element* from = samples(first_plane + k);
-      bool selected = selection.selects(first_plane + k);
-      const Part limit = Part::all(static_cast<Element>(selected ? k : kMostPlanes<Element>));
+    return count;
+  }
+
+  // Planes first .. end - 1: where a ray has samples of more than k - first of them, the one in plane k.
+  template <bool every_ray_has_all, class Selection>
+  void add_planes(int first, int end, const Registers& counts, Selection selection) {
+    Registers maximum = maximum_;
+    for (int k = first; k < end; ++k) {
+      const Element* from = samples(k);
+      const int least = every_ray_has_all ? 0 : k - first;
+      const Part limit = Part::all(static_cast<Element>(selection.selects(k) ? least : kMostPlanes<Element>));
       for (int i = 0; i < kVectors; ++i) {
-        Part sample = Part::load(from + i * kPerVector);
-        maximum.v[i] = larger_where<Element>(count.v[i], limit, maximum.v[i], sample);
+        const Part sample = Part::load(from + i * kPerVector);
+        const Part count = every_ray_has_all ? Part::all(Element{1}) : counts.v[i];
+        maximum.v[i] = every_ray_has_all && Selection::kAll
+                           ? larger<Element>(maximum.v[i], sample)
+                           : larger_where<Element>(count, limit, maximum.v[i], sample);
       }
     }
     maximum_ = maximum;

@@ -24,18 +24,12 @@ struct RayWalk {
 
   // The next n positions. The three sums run side by side: each waits for itself alone.
   void run(int n, Axes<Position>& positions) {
-    Position x = base[0], y = base[1], z = base[2];
     for (int i = 0; i < n; ++i) {
-      positions[0][i] = advanced(offset[0], x);
-      positions[1][i] = advanced(offset[1], y);
-      positions[2][i] = advanced(offset[2], z);
-      x = advanced(x, step[0]);
-      y = advanced(y, step[1]);
-      z = advanced(z, step[2]);
+      for (int axis = 0; axis < 3; ++axis) {
+        positions[axis][i] = advanced(offset[axis], base[axis]);
+        base[axis] = advanced(base[axis], step[axis]);
+      }
     }
-    base[0] = x;
-    base[1] = y;
-    base[2] = z;
     pad_lanes(positions, n);
   }
 };
@@ -75,22 +69,23 @@ struct OwnWalk {
 };
 
 // A lane's position is its constant offset plus one base, which accumulates the shared step.
+template <class PositionType>
 struct SharedWalk {
-  using Position = double;
-  Axes<double> offset;
-  Axes<double> position;
-  double base[3];
-  double step[3];
+  using Position = PositionType;
+  Axes<Position> offset;
+  Axes<Position> position;
+  Position base[3];
+  Position step[3];
 
-  const Axes<double>& positions(int n) {
+  const Axes<Position>& positions(int n) {
     for (int axis = 0; axis < 3; ++axis) {
-      for (int i = 0; i < padded(n); ++i) position[axis][i] = offset[axis][i] + base[axis];
+      for (int i = 0; i < padded(n); ++i) position[axis][i] = advanced(offset[axis][i], base[axis]);
     }
     return position;
   }
 
   void advance(int) {
-    for (int axis = 0; axis < 3; ++axis) base[axis] += step[axis];
+    for (int axis = 0; axis < 3; ++axis) base[axis] = advanced(base[axis], step[axis]);
   }
 
   void pad(int n) { pad_lanes(offset, n); }
@@ -99,7 +94,7 @@ struct SharedWalk {
     for (int axis = 0; axis < 3; ++axis) offset[axis][to] = offset[axis][from];
   }
 
-  RayWalk<double> lane(int i) const {
+  RayWalk<Position> lane(int i) const {
     return {
         {offset[0][i], offset[1][i], offset[2][i]}, {base[0], base[1], base[2]}, {step[0], step[1], step[2]}};
   }

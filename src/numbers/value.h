@@ -6,12 +6,15 @@
 namespace zox::ZOX_SET {
 namespace {
 
-// Corner voxels are named by their offset: v101 is the one at x + 1, y, z + 1.
+// The voxels around a sample, named by their offset: v101 is the one at x + 1, y, z + 1.
+struct Cell {
+  int v000, v100, v010, v110, v001, v101, v011, v111;
+};
 
 // Interpolation in doubles, a sum of eight weighted corners. The order of products and of terms
 // is part of the result: equal corners do not always give back their value.
-inline double trilinear_sum(double fx, double fy, double fz, double v000, double v100, double v010,
-                            double v110, double v001, double v101, double v011, double v111) {
+inline double trilinear_sum(double fx, double fy, double fz, const Cell& cell) {
+  const auto [v000, v100, v010, v110, v001, v101, v011, v111] = cell;
   double gx = 1.0 - fx, gy = 1.0 - fy, gz = 1.0 - fz;
   double gg = gy * gx, gf = gy * fx, fg = gx * fy, ff = fx * fy;
   return (gg * gz) * v000 + (gf * gz) * v100 + (fg * gz) * v010 + (gg * fz) * v001 + (ff * gz) * v110 +
@@ -23,8 +26,8 @@ inline double trilinear_sum(double fx, double fy, double fz, double v000, double
 // voxels: -1, stored as 255, over nearly black ones.
 inline int lerp_20(int left, int right, int fx) { return (left << 20) + (right - left) * fx; }
 inline int lerp_10(int from, int to, int weight) { return ((to - from) >> 10) * weight + from; }
-inline int trilinear_fixed(int x, int y, int z, int v000, int v100, int v010, int v110, int v001, int v101,
-                           int v011, int v111) {
+inline int trilinear_fixed(int x, int y, int z, const Cell& cell) {
+  const auto [v000, v100, v010, v110, v001, v101, v011, v111] = cell;
   int fx = x & 0xFFFFF, fy = (y >> 10) & 0x3FF, fz = (z >> 10) & 0x3FF;
   int lower = lerp_10(lerp_20(v000, v100, fx), lerp_20(v010, v110, fx), fy);
   int upper = lerp_10(lerp_20(v001, v101, fx), lerp_20(v011, v111, fx), fy);
@@ -38,8 +41,8 @@ inline double lerp_voxels(int left, int right, double f) {
 }
 inline double lerp(double from, double to, double f) { return (to - from) * f + from; }
 inline double fraction_20(int fixed) { return (fixed & 0xFFFFF) * 0x1p-20; }
-inline double trilinear_real(int x, int y, int z, int v000, int v100, int v010, int v110, int v001, int v101,
-                             int v011, int v111) {
+inline double trilinear_real(int x, int y, int z, const Cell& cell) {
+  const auto [v000, v100, v010, v110, v001, v101, v011, v111] = cell;
   double fx = fraction_20(x), fy = fraction_20(y), fz = fraction_20(z);
   double lower = lerp(lerp_voxels(v000, v100, fx), lerp_voxels(v010, v110, fx), fy);
   double upper = lerp(lerp_voxels(v001, v101, fx), lerp_voxels(v011, v111, fx), fy);

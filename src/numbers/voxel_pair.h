@@ -37,9 +37,10 @@ struct Corners {
   // A formula of value.h, of lane i.
   template <class Formula, class Fraction>
   auto interpolated(Formula formula, int i, Fraction x, Fraction y, Fraction z) const {
-    return formula(x, y, z, Pair::left(pair[0][i]), Pair::right(pair[0][i]), Pair::left(pair[1][i]),
-                   Pair::right(pair[1][i]), Pair::left(pair[2][i]), Pair::right(pair[2][i]),
-                   Pair::left(pair[3][i]), Pair::right(pair[3][i]));
+    return formula(
+        x, y, z,
+        {Pair::left(pair[0][i]), Pair::right(pair[0][i]), Pair::left(pair[1][i]), Pair::right(pair[1][i]),
+         Pair::left(pair[2][i]), Pair::right(pair[2][i]), Pair::left(pair[3][i]), Pair::right(pair[3][i])});
   }
 };
 
