@@ -89,6 +89,7 @@ std::vector<Entry> contenders(const Voxels& voxels, int threads) {
   entries.push_back({"zox", bench::make_zox(voxels, threads, true), {}});
   entries.push_back({"zox without skipping", bench::make_zox(voxels, threads, false), {}});
   entries.push_back({"vtk", bench::make_vtk(voxels, threads), {}});
+  if (threads == 1) entries.push_back({"sampling alone", bench::make_kernel(voxels), {}});
   return entries;
 }
 
@@ -161,7 +162,10 @@ void run(const Voxels& voxels, const std::string& directory, int rounds) {
     for (const bool perspective : {false, true}) {
       const Job job = bench::make_jobs(voxels, perspective, kEdge, {kAzimuth}, kElevation).front();
       const std::string row = voxels.name + (perspective ? ",perspective" : ",orthographic");
-      if (threads == 1) compare(job, entries, directory);
+      if (threads == 1) {
+        compare(job, entries, directory);
+        std::printf("samples,%s,1,zox,%lld,\n", row.c_str(), bench::samples_of(job));
+      }
       time_picture(job, row, entries, threads, rounds);
       if (threads != 1 || voxels.name == "noise") continue;
       write_job(job, directory);

@@ -118,6 +118,21 @@ Voxels read_voxels(const std::string& name) {
   return voxels;
 }
 
+long long samples_of(const Job& job) {
+  zox_render_array array;
+  zox_render_volume* volume = volume_of(*job.voxels, array);
+  zox_render_view view = view_of(job);
+  std::vector<unsigned char> pixels(static_cast<size_t>(job.edge) * static_cast<size_t>(job.edge));
+  zox_render_picture picture;
+  zox_render_picture_init(&picture);
+  picture.pixels = pixels.data();
+  zox_render_stats stats;
+  zox_render_stats_init(&stats);
+  require(zox_render(volume, &view, nullptr, &picture, &stats));
+  zox_render_volume_destroy(volume);
+  return stats.samples;
+}
+
 std::unique_ptr<Contender> make_zox(const Voxels& voxels, int threads, bool skip) {
   return std::make_unique<Zox>(voxels, threads, skip);
 }

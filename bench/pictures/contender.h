@@ -51,7 +51,11 @@ class Contender {
 
 std::unique_ptr<Contender> make_zox(const Voxels& voxels, int threads, bool skip);
 std::unique_ptr<Contender> make_vtk(const Voxels& voxels, int threads);
+std::unique_ptr<Contender> make_kernel(const Voxels& voxels);            // of one thread
 std::unique_ptr<Contender> make_itk(const Voxels& voxels, int threads);  // orthographic only
+
+// The samples that a picture has without skipping.
+long long samples_of(const Job& job);
 
 // The job's view in this library's words, and back, a job for each azimuth: what the others need is asked
 // from it.

@@ -118,7 +118,7 @@ def time_files(build, folder, rounds):
 
 def page(rows, command):
     """The table of ratios, and the text around it."""
-    medians = {tuple(row[:5]): float(row[5]) for row in rows if row[0] != "difference"}
+    medians = {tuple(row[:5]): float(row[5]) for row in rows if row[0] not in ("difference", "samples")}
     lines = ["| | volume | rays | threads | zox, ms | VTK, ms | VTK / zox | without skipping, ms | VTK / that |",
              "|---|---|---|---|---|---|---|---|---|"]
     for (what, volume, projection, threads, contender), ours in medians.items():
@@ -141,13 +141,21 @@ def page(rows, command):
         if volume == "noise" and contender == "zox":
             every = medians[(what, volume, projection, threads, "zox without skipping")]
             noise.append(f"| {projection} | {threads} | {ours:.1f} | {every:.1f} | {100 * (ours / every - 1):+.1f} % |")
+    costs = ["| volume | rays | samples | VTK, ns | without skipping, ns | sampling alone, ns | VTK / sampling alone |",
+             "|---|---|---|---|---|---|---|"]
+    for _, volume, projection, threads, _, count, _ in (row for row in rows if row[0] == "samples"):
+        vtk, every, alone = (medians[("picture", volume, projection, threads, name)]
+                             for name in ("vtk", "zox without skipping", "sampling alone"))
+        each = 1e6 / float(count)
+        costs.append(f"| {volume} | {projection} | {float(count) / 1e6:.1f} million | {vtk * each:.1f} | "
+                     f"{every * each:.1f} | {alone * each:.1f} | {vtk / alone:.1f} |")
     differences = ["| volume | rays | beside | mean difference | 99 of 100 pixels differ by at most |",
                    "|---|---|---|---|---|"]
     for _, volume, projection, _, contender, most, mean in (row for row in rows if row[0] == "difference"):
         differences.append(f"| {volume} | {projection} | {contender} | {mean} | {most} |")
     text = (HERE / "pictures.md.in").read_text()
     cpu = next(line.split(":")[1].strip() for line in open("/proc/cpuinfo") if line.startswith("model name"))
-    for name, table in (("@VTK@", lines), ("@OTHERS@", others), ("@NOISE@", noise), ("@DIFFERENCES@", differences)):
+    for name, table in (("@VTK@", lines), ("@OTHERS@", others), ("@NOISE@", noise), ("@COSTS@", costs), ("@DIFFERENCES@", differences)):
         text = text.replace(name, "\n".join(table))
     where = (f"{cpu}, {os.cpu_count()} processors, load {os.getloadavg()[2]:.0f}, "
              f"{time.strftime('%F', time.gmtime())}")
