@@ -28,12 +28,14 @@ target_include_directories(zox_volume_objects PUBLIC include PRIVATE src)
 set_target_properties(zox_volume_objects PROPERTIES
   POSITION_INDEPENDENT_CODE ON
   CXX_VISIBILITY_PRESET hidden
-  VISIBILITY_INLINES_HIDDEN ON)
+  VISIBILITY_INLINES_HIDDEN ON
+  UNITY_BUILD OFF)
 # Loops must not become calls to memcpy or memmove: malloc, free and memset are all that the
 # library calls.
 target_compile_options(zox_volume_objects PRIVATE
   -Wall -Wextra -Wpedantic
   -fno-exceptions -fno-rtti -fno-threadsafe-statics -fno-stack-protector
+  $<$<NOT:$<CONFIG:Debug>>:-O3>
   $<$<CXX_COMPILER_ID:GNU>:-fno-tree-loop-distribute-patterns>
   $<$<CXX_COMPILER_ID:Clang>:-fno-builtin-memcpy>)
 

@@ -23,10 +23,8 @@ code() { sources '*.h' '*.c' '*.cpp' '*.inl'; }
 search() { grep -nE "$@" || true; }
 
 unformatted() {
-  local file
-  code | while read -r file; do
-    clang-format --dry-run -Werror "$file" 2>/dev/null || echo "$file"
-  done
+  code | { xargs -r -P "$(nproc)" -n 50 clang-format --dry-run -Werror 2>&1 || true; } |
+    sed -n 's/^\([^:]*\):[0-9].*error:.*/\1/p' | sort -u
 }
 
 mapfile -t library < <(sources 'src/*.h' 'src/*.cpp' 'src/*.inl')
@@ -116,9 +114,9 @@ analyse() {  # unit
 }
 
 analyse_all() {
-  local unit
   # One line a finding, however many templates and units repeat it.
-  sources 'src/*.cpp' | while read -r unit; do analyse "$unit"; done |
+  export -f analyse
+  sources 'src/*.cpp' | xargs -P "$(nproc)" -n 1 bash -c 'analyse "$1"' analyse |
     grep -E 'error: |warning: |plain cast' | sed "s|^$PWD/||" | sort -u || true
 }
 

@@ -12,7 +12,7 @@ packages_of() {
   case $1 in
     build) echo g++ cmake make ;;
     tools) echo libinsighttoolkit5-dev libgdcm-dev libfftw3-dev uuid-dev libpng-dev libtiff-dev libhdf5-dev libdeflate-dev libcli11-dev ;;
-    test) echo libgtest-dev binutils pkg-config clang abigail-tools qemu-user valgrind libc6-dbg zlib1g-dev libgdcm-tools \
+    test) echo ninja-build libgtest-dev binutils pkg-config clang abigail-tools qemu-user valgrind libc6-dbg zlib1g-dev libgdcm-tools \
       curl python3 python3-numpy python3-pydicom python3-nibabel python3-pil python3-h5py-serial strace ;;
     check) echo clang clang-format clang-tidy shellcheck ;;
     fuzz) echo clang libclang-rt-14-dev ;;

@@ -132,10 +132,8 @@ summary() {
   echo "$passed passed, $failed failed$rest"
 }
 
-build_and_test() {  # preset directory cmake-options...
-  local preset=$1 directory=$2
-  shift 2
-  cmake --preset "$preset" -B "$directory" "$@"
-  cmake --build "$directory"
-  ctest --test-dir "$directory" --label-exclude long --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
+build_and_test() {  # preset
+  cmake --preset "$1"
+  cmake --build --preset "$1"
+  ctest --preset "$1" --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
 }

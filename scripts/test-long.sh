@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# What test.sh has no time for: counts of 2^31 - 1, the project as a part of others and as a wheel, many
-# threads under the thread sanitizer, a minute of random work on all cores, a minute of each fuzz target and a
-# walk of its own, DICOM series of a head, zox-view's page in a browser, many ranks, a volume of 17 GB,
+# What test.sh has no time for: the programs compiled as they are delivered, counts of 2^31 - 1, the project as a
+# part of others and as a wheel, many threads under the thread sanitizer, a minute of random work on all cores,
+# a minute of each fuzz target and a walk of its own, DICOM series of a head, zox-view's page in a browser, many ranks, a volume of 17 GB,
 # coverage, the Debian packages, and a walk through README and the packages in bare Debian roots. One line per
 # stage; the logs stand in build/logs. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
@@ -23,21 +23,21 @@ many_threads() {
 }
 
 build() {
-  cmake --preset whole
-  cmake --build build/test
-  cmake --build build/test --target zox_test_largest_counts
+  cmake --preset delivered
+  cmake --build build/delivered
+  cmake --build build/delivered --target zox_test_largest_counts
 }
 
 # The CT of a skull as series, shuffled, compressed, tilted and gapped, against the plain volume. The pictures
-# are left in build/test/series.
+# are left in build/delivered/series.
 series_of_a_head() {
-  scripts/demo-scans.sh build/test/scans
-  if [ ! -e build/test/scans/skull.raw ]; then
+  scripts/demo-scans.sh build/delivered/scans
+  if [ ! -e build/delivered/scans/skull.raw ]; then
     echo "the package invesalius-examples is missing"
     return 77
   fi
-  /usr/bin/python3 -B tests/dicom/same_picture.py build/test/zox-mip --raw build/test/scans/skull.raw --size 256,256,108 \
-    --spacing 0.957,0.957,1.5 --flip-rows --keep build/test/series
+  /usr/bin/python3 -B tests/dicom/same_picture.py build/delivered/zox-mip --raw build/delivered/scans/skull.raw --size 256,256,108 \
+    --spacing 0.957,0.957,1.5 --flip-rows --keep build/delivered/series
 }
 
 fresh_walk() {
@@ -48,21 +48,21 @@ fresh_walk() {
 }
 
 many_ranks() {
-  scripts/demo-scans.sh build/test/scans
-  tests/mpi/same_picture.py build/test/zox-mip build/test/zox-mip-mpi build/test/zox-mpi-formula \
-    build/test/scans/skull.mhd build/test/scans/ch2better.nii.gz
+  scripts/demo-scans.sh build/delivered/scans
+  tests/mpi/same_picture_on_ranks.py build/delivered/zox-mip build/delivered/zox-mip-mpi build/delivered/zox-mpi-formula \
+    build/delivered/scans/skull.mhd build/delivered/scans/ch2better.nii.gz
 }
 
 # 17 thousand million bytes of voxels, of which each rank makes one part at a time: 0.6 GB.
 largest_volume() {
   env OMPI_ALLOW_RUN_AS_ROOT=1 OMPI_ALLOW_RUN_AS_ROOT_CONFIRM=1 \
-    mpirun --oversubscribe -n 3 build/test/zox-mpi-formula 4096 4096 512
+    mpirun --oversubscribe -n 3 build/delivered/zox-mpi-formula 4096 4096 512
 }
 
 step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz demo brain coverage
 step "build" build
-stage "largest counts" build/test/zox_test_largest_counts --gtest_brief=1
-stage "longer tests" ctest --test-dir build/test --label-regex long
+stage "largest counts" build/delivered/zox_test_largest_counts --gtest_brief=1
+stage "tests, longer ones too" ctest --preset delivered --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
 stage "many threads" many_threads
 stage "soak" scripts/soak.sh 1
 # The same walk each time: what a change breaks, not what luck finds.
@@ -71,7 +71,7 @@ stage "fuzz renderer" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 60 renderer
 # Another walk each time. What it finds is kept and told, but fails no build, which need not have caused it.
 stage "fuzz anew" fresh_walk
 stage "series of a head" series_of_a_head
-stage "pages in a browser" tests/view/browser.sh build/test build/test/screenshots
+stage "pages in a browser" tests/view/browser.sh build/delivered build/delivered/screenshots
 stage "many ranks" many_ranks
 stage "largest volume" largest_volume
 stage "coverage" scripts/coverage.sh

@@ -12,8 +12,8 @@ cd "$(dirname "$0")/.."
 scripts/deps.sh build test
 
 directory=${1:-build/valgrind}
-log=$(mktemp)
-trap 'rm -f "$log"' EXIT
+logs=$(mktemp -d)
+trap 'rm -rf "$logs"' EXIT
 # With debug information, and with the kernels optimised as they are delivered.
 build() {
   cmake -S . -B "$directory" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DZOX_BUILD_TESTS=ON \
@@ -21,13 +21,13 @@ build() {
   cmake --build "$directory" --parallel "${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}" \
     --target zox_test_differential zox_test_fault_system
 }
-if [ $# = 0 ] && ! build >"$log" 2>&1; then
-  tail -n 40 "$log" >&2
+if [ $# = 0 ] && ! build >"$logs/build" 2>&1; then
+  tail -n 40 "$logs/build" >&2
   exit 1
 fi
 
 check() {  # program gtest-filter
-  local program
+  local program log=$logs/$1
   program=$(find "$directory" -name "$1" -type f -executable -print -quit)
   [ -n "$program" ] || { echo "valgrind.sh: $1 was not built" >&2; exit 1; }
   if ! ZOX_TEST_SCALE=${ZOX_TEST_SCALE:-0.02} valgrind --quiet --error-exitcode=99 --leak-check=full \
@@ -38,5 +38,8 @@ check() {  # program gtest-filter
   fi
 }
 # Slices on protected pages are read on purpose, and every value of 16 bits is a matter of results only.
-check zox_test_differential '*-*SliceOrder*:*EveryValue*'
-check zox_test_fault_system '*'
+check zox_test_differential '*-*SliceOrder*:*EveryValue*' &
+differential=$!
+check zox_test_fault_system '*' &
+wait $!
+wait $differential
