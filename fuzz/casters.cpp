@@ -1,7 +1,6 @@
 #include "differ.h"
 #include "fuzz_operations.h"
 #include "ray_batch.h"
-#include "targets.h"
 
 namespace zox_fuzz {
 
@@ -12,11 +11,11 @@ void fuzz_caster(int number, const uint8_t* bytes, size_t size) {
   Batch batch(caster, zox_test::Random(bytes, size), zox_test::Validity::kBeyond);
   const Batch::Outcome expected = batch.run(caster.reference);
   static const auto targets = zox_test::all_targets();
-  for (const zox_test::Target& target : targets) {
-    if (!target.supported()) continue;
-    const Batch::Outcome actual = batch.run(target.cast(caster));
+  for (const zox_test::Operations* target : targets) {
+    if (!target->supported()) continue;
+    const Batch::Outcome actual = batch.run(target->*caster.member);
     if (actual.status == expected.status && actual.planes == expected.planes) continue;
-    disagree(std::string(target.name) + ", " +
+    disagree(std::string(target->name) + ", " +
              batch.planes().first_difference(expected.planes, actual.planes) + "\n" + batch.describe());
   }
 }

@@ -5,8 +5,8 @@
 #include "differ.h"
 #include "fuzz_operations.h"
 #include "guarded_buffer.h"
+#include "operation_list.h"
 #include "reference.h"
-#include "targets.h"
 #include "window_rows.h"
 #include "zox_volume_names.h"
 
@@ -71,14 +71,12 @@ void fuzz_window_level(Random random) {
   fill_row(reinterpret_cast<int16_t*>(content.data()), static_cast<int>(content.size() / 2), w, random);
   int expected_status = 0;
   const auto expected = run(reference::window_level_16s_8u, len, w, content, shift, &expected_status);
-  for (const zox_test::Target& target : zox_test::all_targets()) {
-    if (!target.supported()) continue;
+  for (const zox_test::Operations* target : zox_test::all_targets()) {
+    if (!target->supported()) continue;
     int status = 0;
-    const Mapping map =
-        target.operations ? target.operations->window_level_16s_8u : zox_Volume_WindowLevel_16S_8U;
-    const auto actual = run(map, len, w, content, shift, &status);
+    const auto actual = run(target->window_level_16s_8u, len, w, content, shift, &status);
     if (status == expected_status && actual == expected) continue;
-    disagree(std::string("WindowLevel, ") + target.name + ", len " + std::to_string(len) + ", window " +
+    disagree(std::string("WindowLevel, ") + target->name + ", len " + std::to_string(len) + ", window " +
              std::to_string(w.center) + "," + std::to_string(w.width) + ", output " +
              std::to_string(w.outmin) + " to " + std::to_string(w.outmax) + ", dst at " +
              std::to_string(shift));

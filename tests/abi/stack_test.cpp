@@ -10,7 +10,6 @@
 #include <vector>
 
 #include "ray_batch.h"
-#include "targets.h"
 
 namespace {
 
@@ -71,11 +70,11 @@ TEST(Stack, RayCastersStayWithinTheirBounds) {
   constexpr int kBatches = 40;
   for (const zox_test::Caster& caster : zox_test::kCasters) {
     size_t most = 0;
-    for (const zox_test::Target& target : zox_test::all_targets()) {
-      if (!target.supported()) continue;
+    for (const zox_test::Operations* target : zox_test::all_targets()) {
+      if (!target->supported()) continue;
       for (int seed = 0; seed < kBatches; ++seed) {
         zox_test::Batch batch(caster, static_cast<uint64_t>(seed));
-        most = std::max(most, stack_of([&] { target.cast(caster)(&batch.volume(), &batch.rays()); }));
+        most = std::max(most, stack_of([&] { (target->*caster.member)(&batch.volume(), &batch.rays()); }));
       }
     }
     std::printf("%-32s %7zu bytes of stack\n", caster.name, most);

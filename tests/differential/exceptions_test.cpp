@@ -13,12 +13,10 @@
 #include "crash_note.h"
 #include "effort.h"
 #include "ray_batch.h"
-#include "targets.h"
 
 namespace zox_test {
 namespace {
 
-constexpr int kBatches = 300;
 constexpr int kExceptions = FE_INVALID | FE_DIVBYZERO | FE_OVERFLOW | FE_UNDERFLOW;
 
 // A signalling NaN, the largest doubles, one that no integer holds, the smallest.
@@ -55,10 +53,10 @@ class Exceptions : public testing::TestWithParam<Parameter> {};
 TEST_P(Exceptions, AreThoseOfTheReference) {
   const Caster& caster = kCasters[std::get<0>(GetParam())];
   const int target_index = std::get<1>(GetParam());
-  const Target target = all_targets()[static_cast<size_t>(target_index)];
+  const Operations& target = *all_targets()[static_cast<size_t>(target_index)];
   if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
-  const zox::RayCast cast = target.cast(caster);
-  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), kBatches);
+  const zox::RayCast cast = target.*caster.member;
+  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 300);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
     Batch batch(caster, seed);
     const std::string what = std::string(target.name) + ", " + batch.describe();
@@ -108,7 +106,7 @@ INSTANTIATE_TEST_SUITE_P(Differential, Exceptions,
                                           testing::Range(0, static_cast<int>(all_targets().size()))),
                          [](const testing::TestParamInfo<Parameter>& info) {
                            return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))].name;
+                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
                          });
 
 }  // namespace

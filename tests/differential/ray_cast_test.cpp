@@ -8,30 +8,22 @@
 #include "crash_note.h"
 #include "effort.h"
 #include "ray_batch.h"
-#include "targets.h"
 
 namespace zox_test {
 namespace {
-
-constexpr int kBatches = 2500;
 
 using Parameter = std::tuple<int, int>;  // indices of caster and target
 
 class RayCast : public testing::TestWithParam<Parameter> {};
 
-std::string name_of(const testing::TestParamInfo<Parameter>& info) {
-  return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-         all_targets()[static_cast<size_t>(std::get<1>(info.param))].name;
-}
-
 TEST_P(RayCast, MatchesReference) {
   const Caster& caster = kCasters[std::get<0>(GetParam())];
   const int target_index = std::get<1>(GetParam());
-  const Target target = all_targets()[static_cast<size_t>(target_index)];
+  const Operations& target = *all_targets()[static_cast<size_t>(target_index)];
   if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
-  const zox::RayCast cast = target.cast(caster);
+  const zox::RayCast cast = target.*caster.member;
   // Every target has seeds of its own, so that all of them together see more batches.
-  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), kBatches);
+  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 2500);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
     set_crash_note(std::string("making ") + caster.name + " seed " + std::to_string(seed));
     Batch batch(caster, seed);
@@ -49,7 +41,10 @@ TEST_P(RayCast, MatchesReference) {
 INSTANTIATE_TEST_SUITE_P(Differential, RayCast,
                          testing::Combine(testing::Range(0, kCasterCount),
                                           testing::Range(0, static_cast<int>(all_targets().size()))),
-                         name_of);
+                         [](const testing::TestParamInfo<Parameter>& info) {
+                           return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
+                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
+                         });
 
 }  // namespace
 }  // namespace zox_test

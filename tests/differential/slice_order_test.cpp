@@ -12,12 +12,9 @@
 #include "crash_note.h"
 #include "effort.h"
 #include "ray_batch.h"
-#include "targets.h"
 
 namespace zox_test {
 namespace {
-
-constexpr int kBatches = 150;
 
 // Seen by the signal handler: plain arrays, set up before the sweep begins.
 struct Watch {
@@ -93,9 +90,9 @@ class SliceOrder : public testing::TestWithParam<Parameter> {};
 TEST_P(SliceOrder, SlicesAreVisitedOnceAscending) {
   const Caster& caster = kCasters[std::get<0>(GetParam())];
   const int target_index = std::get<1>(GetParam());
-  const Target target = all_targets()[static_cast<size_t>(target_index)];
+  const Operations& target = *all_targets()[static_cast<size_t>(target_index)];
   if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
-  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), kBatches);
+  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 150);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
     Batch batch(caster, seed, Validity::kValid, Slices::kApart);
     if (takes_one_region_path(caster, batch.volume(), batch.rays())) continue;
@@ -104,7 +101,7 @@ TEST_P(SliceOrder, SlicesAreVisitedOnceAscending) {
     Watch w;
     w.reach = caster.trilinear() ? 1 : 0;
     close_slices(w, batch, batch.volume().nslices + w.reach);
-    sweep_under_watch(w, batch, target.cast(caster));
+    sweep_under_watch(w, batch, target.*caster.member);
     ASSERT_EQ(-1, w.went_back_to) << "a slice was touched after the sweep had left it\n" << what;
     size_t used = 0;
     for (const Watch::Slice& slice : w.slices) used += slice.pages != nullptr;
@@ -128,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(Differential, SliceOrder,
                                           testing::Range(0, static_cast<int>(all_targets().size()))),
                          [](const testing::TestParamInfo<Parameter>& info) {
                            return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))].name;
+                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
                          });
 
 }  // namespace

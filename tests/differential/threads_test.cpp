@@ -8,7 +8,6 @@
 
 #include "effort.h"
 #include "ray_batch.h"
-#include "targets.h"
 
 namespace zox_test {
 namespace {

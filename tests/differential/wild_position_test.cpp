@@ -13,14 +13,12 @@
 
 #include "crash_note.h"
 #include "effort.h"
-#include "repeated_pages.h"
+#include "guarded_buffer.h"
+#include "operation_list.h"
 #include "sample_planes.h"
-#include "targets.h"
 
 namespace zox_test {
 namespace {
-
-constexpr int kBatches = 400;
 
 // Bytes at random, for every offset of 32 bits and every 16-bit element number of 32.
 const RepeatedPages& memory() {
@@ -125,9 +123,9 @@ class WildPositions : public testing::TestWithParam<Parameter> {};
 TEST_P(WildPositions, MatchReference) {
   const Caster& caster = kCasters[std::get<0>(GetParam())];
   const int target_index = std::get<1>(GetParam());
-  const Target target = all_targets()[static_cast<size_t>(target_index)];
+  const Operations& target = *all_targets()[static_cast<size_t>(target_index)];
   if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
-  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), kBatches);
+  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 400);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
     Random random(seed * kCasterCount + static_cast<uint64_t>(std::get<0>(GetParam())));
     const WildStack stack(random);
@@ -142,7 +140,7 @@ TEST_P(WildPositions, MatchReference) {
     const std::vector<uint8_t> expected = rays.planes.contents();
     rays.planes.fill(0x5A);
     set_crash_note(std::string(target.name) + ", " + what);
-    ASSERT_EQ(ZOX_STS_NO_ERROR, target.cast(caster)(&volume, &rays.record));
+    ASSERT_EQ(ZOX_STS_NO_ERROR, (target.*caster.member)(&volume, &rays.record));
     const std::vector<uint8_t> actual = rays.planes.contents();
     ASSERT_TRUE(expected == actual) << target.name << ", " << what << ": "
                                     << rays.planes.first_difference(expected, actual);
@@ -154,7 +152,7 @@ INSTANTIATE_TEST_SUITE_P(Differential, WildPositions,
                                           testing::Range(0, static_cast<int>(all_targets().size()))),
                          [](const testing::TestParamInfo<Parameter>& info) {
                            return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))].name;
+                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
                          });
 
 }  // namespace

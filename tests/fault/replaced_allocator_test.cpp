@@ -19,7 +19,6 @@
 namespace zox_test {
 namespace {
 
-constexpr int kBatches = 1500;
 constexpr size_t kAlignment = 64;
 
 struct Allocator {
@@ -139,7 +138,7 @@ TEST_P(ReplacedAllocator, SizesWrapIn32Bits) {
 
 // Random batches that need the heap: right with rubbish in exact blocks, untouched when refused.
 TEST_P(ReplacedAllocator, RandomBatchesFailCleanly) {
-  const Seeds chosen = seeds(8000000, kBatches);
+  const Seeds chosen = seeds(8000000, 1500);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
     Batch batch(caster_, seed);
     set_crash_note(batch.describe());

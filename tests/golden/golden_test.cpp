@@ -12,25 +12,24 @@
 #include <vector>
 
 #include "golden_scene.h"
+#include "operation_list.h"
 #include "reference.h"
-#include "targets.h"
 
 namespace golden {
 namespace {
 
-using zox_test::Target;
+using zox_test::Operations;
 
-// An operation, run by a target or, where that is null, by the reference.
 struct Operation {
   std::string name;
-  std::function<uint64_t(const Target*)> checksum;
+  std::function<uint64_t(const Operations&)> checksum;
 };
 
-uint64_t checksum_of(const zox_test::Caster& caster, const Target* target) {
+uint64_t checksum_of(const zox_test::Caster& caster, const Operations& target) {
   Checksum sum;
   for (int number = 0; number < kScenes; ++number) {
     Scene scene(caster, number);
-    const uint64_t part = scene.checksum(target == nullptr ? caster.reference : target->cast(caster));
+    const uint64_t part = scene.checksum(target.*caster.member);
     sum.add(&part, sizeof part);
   }
   return sum.value();
@@ -72,28 +71,22 @@ uint64_t checksum_of_window_level(Map map) {
   return sum.value();
 }
 
-#define GOLDEN_RUN(Name, name)                         \
-  (target == nullptr               ? reference::name   \
-   : target->operations == nullptr ? zox_Volume_##Name \
-                                   : target->operations->name)
-#define GOLDEN_MAXIMUM(Name, name, Element, Mask)                                                      \
-  operations.push_back({"zox_Volume_" #Name, [](const Target* target) {                                \
-                          return checksum_of_maxima<Element>(                                          \
-                              [&](const zox_Rays* rays, [[maybe_unused]] const uint8_t* mask,          \
-                                  [[maybe_unused]] int threshold, Element* maxima) {                   \
-                                return GOLDEN_RUN(Name, name)(rays, ZOX_MASK_ARGUMENTS_##Mask maxima); \
-                              });                                                                      \
-                        }});
-#define GOLDEN_WINDOW_LEVEL(Name, name, Source, Target_)                           \
-  operations.push_back({"zox_Volume_" #Name, [](const Target* target) {            \
-                          return checksum_of_window_level(GOLDEN_RUN(Name, name)); \
-                        }});
+#define GOLDEN_MAXIMUM(Name, name, Element, Mask)                                                            \
+  operations.push_back(                                                                                      \
+      {"zox_Volume_" #Name, [](const Operations& target) {                                                   \
+         return checksum_of_maxima<Element>(                                                                 \
+             [&](const zox_Rays* rays, [[maybe_unused]] const uint8_t* mask, [[maybe_unused]] int threshold, \
+                 Element* maxima) { return target.name(rays, ZOX_MASK_ARGUMENTS_##Mask maxima); });          \
+       }});
+#define GOLDEN_WINDOW_LEVEL(Name, name, Source, Target_) \
+  operations.push_back({"zox_Volume_" #Name,             \
+                        [](const Operations& target) { return checksum_of_window_level(target.name); }});
 
 std::vector<Operation> all_operations() {
   std::vector<Operation> operations;
   for (const zox_test::Caster& caster : zox_test::kCasters) {
     operations.push_back({std::string("zox_Volume_RayCast_") + caster.name,
-                          [&caster](const Target* target) { return checksum_of(caster, target); }});
+                          [&caster](const Operations& target) { return checksum_of(caster, target); }});
   }
   ZOX_MAXIMA(GOLDEN_MAXIMUM)
   ZOX_WINDOW_LEVELS(GOLDEN_WINDOW_LEVEL)
@@ -112,23 +105,23 @@ TEST(Golden, EveryOperationIsRecorded) { EXPECT_EQ(recorded().size(), all_operat
 
 TEST(Golden, TheReferenceGivesTheRecordedResults) {
   for (const Operation& operation : all_operations()) {
-    EXPECT_EQ(operation.checksum(nullptr), recorded()[operation.name]) << operation.name;
+    EXPECT_EQ(operation.checksum(zox_test::kReference), recorded()[operation.name]) << operation.name;
   }
 }
 
 TEST(Golden, EverySetGivesTheRecordedResults) {
-  for (const Target& target : zox_test::all_targets()) {
-    if (!target.supported()) continue;
+  for (const zox_test::Operations* target : zox_test::all_targets()) {
+    if (!target->supported()) continue;
     for (const Operation& operation : all_operations()) {
-      EXPECT_EQ(operation.checksum(&target), recorded()[operation.name])
-          << operation.name << ", " << target.name;
+      EXPECT_EQ(operation.checksum(*target), recorded()[operation.name])
+          << operation.name << ", " << target->name;
     }
   }
 }
 
 void record() {
   for (const Operation& operation : all_operations()) {
-    std::printf("%s %016" PRIx64 "\n", operation.name.c_str(), operation.checksum(nullptr));
+    std::printf("%s %016" PRIx64 "\n", operation.name.c_str(), operation.checksum(zox_test::kReference));
   }
 }
 

@@ -6,8 +6,8 @@
 #include <cstring>
 #include <vector>
 
+#include "guarded_buffer.h"
 #include "operations/table.h"
-#include "repeated_pages.h"
 
 namespace zox_test {
 namespace {

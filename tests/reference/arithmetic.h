@@ -3,6 +3,8 @@
 
 #include <emmintrin.h>
 
+#include <vector>
+
 #include "zox_volume.h"
 
 namespace reference {
@@ -29,6 +31,27 @@ inline int32_t absolute(int32_t a) { return a < 0 ? wrap_subtract(0, a) : a; }
 template <typename Element>
 void write_sample(const zox_Rays& rays, int32_t k, int32_t r, Element value) {
   static_cast<Element*>(rays.planes[k])[r] = value;
+}
+
+// Which voxel each sample needs, for tests that have yet to make the volume: while there is a list, samples
+// are noted in it, and nothing is read or written. Of eight voxels the lowest is noted; z of a slice stack
+// is the slice. What benchmarks measure against does not even ask.
+struct Place {
+  int32_t ray, x, y, z;
+};
+#ifdef ZOX_NOTE_PLACES
+inline thread_local std::vector<Place>* noted_places = nullptr;
+inline bool note(const Place& place) {
+  if (noted_places != nullptr) noted_places->push_back(place);
+  return noted_places != nullptr;
+}
+#else
+inline bool note(const Place&) { return false; }
+#endif
+// Below zero the conversion would round up to a voxel that the layout does not promise.
+inline bool note(int32_t ray, const double position[3]) {
+  const auto voxel = [position](int axis) { return position[axis] < 0 ? -1 : truncate(position[axis]); };
+  return note({ray, voxel(0), voxel(1), voxel(2)});
 }
 
 }  // namespace reference

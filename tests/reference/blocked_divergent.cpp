@@ -19,7 +19,8 @@ int cast_nearest(const zox_Volume& volume, const zox_Rays& rays) {
       step[axis] = truncate(rays.steps[r][axis] * kScale);
     }
     for (int32_t k = 0; k < rays.nsamples[r]; ++k) {
-      write_sample(rays, k, r, blocked.voxel(position[0] >> 20, position[1] >> 20, position[2] >> 20));
+      const int32_t x = position[0] >> 20, y = position[1] >> 20, z = position[2] >> 20;
+      if (!note({r, x, y, z})) write_sample(rays, k, r, blocked.voxel(x, y, z));
       for (int axis = 0; axis < 3; ++axis) position[axis] = wrap_add(position[axis], step[axis]);
     }
   }
@@ -35,7 +36,7 @@ int cast_trilinear(const zox_Volume& volume, const zox_Rays& rays) {
     const double* step = rays.steps[r];
     double position[3] = {start[0], start[1], start[2]};
     for (int32_t k = 0; k < rays.nsamples[r]; ++k) {
-      write_sample(rays, k, r, blocked.trilinear(position));
+      if (!note(r, position)) write_sample(rays, k, r, blocked.trilinear(position));
       for (int axis = 0; axis < 3; ++axis) position[axis] += step[axis];
     }
   }

@@ -66,7 +66,7 @@ void cast_ray_by_ray(const Sampler& sample, const zox_Rays& rays) {
     double position[3];
     for (int axis = 0; axis < 3; ++axis) position[axis] = rays.starts[r][axis] + Sampler::kStartBias;
     for (int32_t k = 0; k < rays.nsamples[r]; ++k) {
-      write_sample(rays, k, r, sample(position));
+      if (!note(r, position)) write_sample(rays, k, r, sample(position));
       for (int axis = 0; axis < 3; ++axis) position[axis] += step[axis];
     }
   }
@@ -83,7 +83,7 @@ void cast_sample_by_sample(const Sampler& sample, const zox_Rays& rays,
     for (int32_t r = 0; r < rays.nrays; ++r) {
       if (k >= rays.nsamples[r]) continue;
       const double position[3] = {offsets[r][0] + base[0], offsets[r][1] + base[1], offsets[r][2] + base[2]};
-      write_sample(rays, k, r, sample(position));
+      if (!note(r, position)) write_sample(rays, k, r, sample(position));
     }
     for (int axis = 0; axis < 3; ++axis) base[axis] += step[axis];
   }
@@ -125,8 +125,10 @@ struct FixedStep {
   int32_t axis[3];
 };
 
-uint8_t sample_fixed(const BlockedVolume<uint8_t>& blocked, int32_t x, int32_t y, int32_t z) {
-  return interpolate_fixed(blocked.corners(x >> 20, y >> 20, z >> 20), x, y, z);
+void sample_fixed(const BlockedVolume<uint8_t>& blocked, const zox_Rays& rays, int32_t k, int32_t r,
+                  int32_t x, int32_t y, int32_t z) {
+  if (note({r, x >> 20, y >> 20, z >> 20})) return;
+  write_sample(rays, k, r, interpolate_fixed(blocked.corners(x >> 20, y >> 20, z >> 20), x, y, z));
 }
 
 void cast_fixed_ray_by_ray(const BlockedVolume<uint8_t>& blocked, const zox_Rays& rays) {
@@ -135,7 +137,7 @@ void cast_fixed_ray_by_ray(const BlockedVolume<uint8_t>& blocked, const zox_Rays
     int32_t position[3];
     for (int axis = 0; axis < 3; ++axis) position[axis] = truncate(rays.starts[r][axis] * kScale);
     for (int32_t k = 0; k < rays.nsamples[r]; ++k) {
-      write_sample(rays, k, r, sample_fixed(blocked, position[0], position[1], position[2]));
+      sample_fixed(blocked, rays, k, r, position[0], position[1], position[2]);
       step.advance(position);
     }
   }
@@ -148,9 +150,8 @@ void cast_fixed_sample_by_sample(const BlockedVolume<uint8_t>& blocked, const zo
   for (int32_t k = 0; k < planes; ++k) {
     for (int32_t r = 0; r < rays.nrays; ++r) {
       if (k >= rays.nsamples[r]) continue;
-      write_sample(rays, k, r,
-                   sample_fixed(blocked, wrap_add(base[0], offsets[r][0]), wrap_add(base[1], offsets[r][1]),
-                                wrap_add(base[2], offsets[r][2])));
+      sample_fixed(blocked, rays, k, r, wrap_add(base[0], offsets[r][0]), wrap_add(base[1], offsets[r][1]),
+                   wrap_add(base[2], offsets[r][2]));
     }
     step.advance(base);
   }

@@ -5,6 +5,19 @@
 #include "reference.h"
 
 namespace reference {
+
+// Do all rays start within a fifth of the one region's depth from ray 0? Rays without samples
+// count too. A comparison with NaN says no.
+bool takes_one_region_path(const zox_Volume& volume, const zox_Rays& rays) {
+  if (volume.nregions != 1) return false;
+  double spread = 0.0;
+  for (int32_t r = 0; r < rays.nrays; ++r) {
+    const double distance = std::fabs(rays.starts[r][2] - rays.starts[0][2]);
+    if (distance > spread) spread = distance;
+  }
+  return (volume.regbounds[1] - volume.regbounds[0]) * 0.2 > spread;
+}
+
 namespace {
 
 constexpr int32_t kMaxRays = 64;
@@ -28,18 +41,6 @@ struct BitAt {
     return load_bit(volume.slices[slice], int64_t{volume.rowoffs[y]} + (x >> 3), x);
   }
 };
-
-// Do all rays start within a fifth of the one region's depth from ray 0? Rays without samples
-// count too. A comparison with NaN says no.
-bool takes_one_region_path(const zox_Volume& volume, const zox_Rays& rays) {
-  if (volume.nregions != 1) return false;
-  double spread = 0.0;
-  for (int32_t r = 0; r < rays.nrays; ++r) {
-    const double distance = std::fabs(rays.starts[r][2] - rays.starts[0][2]);
-    if (distance > spread) spread = distance;
-  }
-  return (volume.regbounds[1] - volume.regbounds[0]) * 0.2 > spread;
-}
 
 // The position of ray 0 runs in doubles and becomes fixed point anew at every sample; the other
 // rays stand at fixed offsets from it. Half a voxel enters with the offsets. Slices count from 0.
@@ -67,9 +68,10 @@ void cast_one_region(const zox_Volume& volume, const zox_Rays& rays) {
     const int32_t fixed_z = truncate(z * kNearestScale);
     for (int32_t r = 0; r < rays.nrays; ++r) {
       if (k >= rays.nsamples[r]) continue;
-      write_sample(rays, k, r,
-                   Voxel::read(volume, wrap_add(offset_z[r], fixed_z) >> 21,
-                               wrap_add(offset_y[r], fixed_y) >> 21, wrap_add(offset_x[r], fixed_x) >> 21));
+      const int32_t slice = wrap_add(offset_z[r], fixed_z) >> 21;
+      const int32_t row = wrap_add(offset_y[r], fixed_y) >> 21;
+      const int32_t column = wrap_add(offset_x[r], fixed_x) >> 21;
+      if (!note({r, column, row, slice})) write_sample(rays, k, r, Voxel::read(volume, slice, row, column));
     }
     x += step[0];
     y += step[1];

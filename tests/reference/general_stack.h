@@ -138,6 +138,7 @@ int cast_stack_nearest(const zox_Volume& volume, const zox_Rays& rays, RayOf ray
          [&](int32_t k, int32_t x, int32_t y, int32_t position, int32_t region) {
            const int32_t slice =
                wrap_add(wrap_add(position, 1 << 20) >> 21, regions.first_slice[region]);  // half up
+           if (note({r, x >> 21, y >> 21, slice})) return;
            if (slice < 0 || slice >= volume.nslices) return;
            write_sample(
                rays, k, r,
@@ -169,6 +170,7 @@ int cast_stack_trilinear(const zox_Volume& volume, const zox_Rays& rays, Convert
     walk(regions, ray, rays.nsamples[r],
          [&](int32_t k, int32_t x, int32_t y, int32_t position, int32_t region) {
            const int32_t slice = wrap_add(position >> 20, regions.first_slice[region]);  // floor
+           if (note({r, x >> 20, y >> 20, slice})) return;
            if (slice < 0 || slice >= volume.nslices) return;
            const Corners corners = stack_corners<Voxel, kOffset>(volume, slice, x, y);
            write_sample(rays, k, r, interpolate_stack(corners, x, y, position, Voxel{}));

@@ -33,6 +33,9 @@ int general_parallel_nearest_bit_8u(const zox_Volume* volume, const zox_Rays* ra
 int general_parallel_trilinear_8u(const zox_Volume* volume, const zox_Rays* rays);
 int general_parallel_trilinear_16s(const zox_Volume* volume, const zox_Rays* rays);
 
+// Which of its two ways a parallel nearest caster of slice stacks goes.
+bool takes_one_region_path(const zox_Volume& volume, const zox_Rays& rays);
+
 int find_max_8u(const zox_Rays* rays, uint8_t* maxima);
 int find_max_16s(const zox_Rays* rays, int16_t* maxima);
 int find_max_bmask_8u(const zox_Rays* rays, const uint8_t* mask, uint8_t* maxima);

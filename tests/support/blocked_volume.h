@@ -4,7 +4,6 @@
 #include "guarded_buffer.h"
 #include "operation_list.h"
 #include "trace.h"
-#include "voxel_draw.h"
 
 namespace zox_test {
 

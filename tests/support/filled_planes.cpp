@@ -5,9 +5,6 @@
 #include <cstring>
 #include <sstream>
 
-#include "reference.h"
-#include "voxel_draw.h"
-
 namespace zox_test {
 namespace {
 
@@ -19,14 +16,9 @@ int rays_reached(int nrays) { return nrays > 0 ? nrays : nrays & 1; }
 #define ZOX_TEST_MASK_None
 #define ZOX_TEST_MASK_Bits in.mask,
 #define ZOX_TEST_MASK_Bytes in.mask, in.threshold,
-#define ZOX_TEST_MAXIMUM(Name, name, Element, Mask_)                                                 \
-  {#Name, Mask::k##Mask_, sizeof(Element),                                                           \
-   [](const zox::Operations* set, const MaximumInput& in, void* out) {                               \
-     return (set ? set->name : zox_Volume_##Name)(in.rays,                                           \
-                                                  ZOX_TEST_MASK_##Mask_ static_cast<Element*>(out)); \
-   },                                                                                                \
-   [](const MaximumInput& in, void* out) {                                                           \
-     return reference::name(in.rays, ZOX_TEST_MASK_##Mask_ static_cast<Element*>(out));              \
+#define ZOX_TEST_MAXIMUM(Name, name, Element, Mask_)                                                         \
+  {#Name, Mask::k##Mask_, sizeof(Element), [](const Operations& target, const MaximumInput& in, void* out) { \
+     return target.name(in.rays, ZOX_TEST_MASK_##Mask_ static_cast<Element*>(out));                          \
    }},
 
 const Maximum kMaxima[kMaximumCount] = {ZOX_MAXIMA(ZOX_TEST_MAXIMUM)};

@@ -17,13 +17,11 @@ struct MaximumInput {
   int threshold;
 };
 
-// One maximum operation: of an instruction set, or the exported one when there is no set.
 struct Maximum {
   const char* name;
   Mask mask;
   int element_size;
-  int (*run)(const zox::Operations* set, const MaximumInput& in, void* out);
-  int (*run_reference)(const MaximumInput& in, void* out);
+  int (*run)(const Operations& target, const MaximumInput& in, void* out);
 };
 
 #define ZOX_TEST_ONE_MAXIMUM(...) +1

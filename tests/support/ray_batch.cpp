@@ -44,6 +44,46 @@ void Batch::draw(const Room& room, Random& random) {
   rays_ = {nullptr, drawn_.nrays, starts_.data(), steps_.data(), drawn_.counts.data()};
 }
 
+void Batch::make_blocked(Random& random) {
+  const BlockedVolume volume = draw_blocked_volume(caster_, random);
+  volume_.data = volume.buffer->data();
+  volume_.size = volume.size;
+  const double low = caster_.trilinear() ? 0.0 : -0.5;
+  const double high = (caster_.trilinear() ? 1.0 : 0.5) + 0x1p-20;
+  // Often a small corner of the volume, so that rays meet its sides and the seams of its bricks.
+  Room room{{low, low, low},
+            {volume.edge - high, volume.edge - high, volume.depth - high},
+            {},
+            0x1p-20,
+            validity_ == Validity::kStrict};
+  for (size_t a = 0; a < 3; ++a) {
+    if (random.chance(0.4)) room.low[a] = std::max(low, room.high[a] - random.real(0, 20));
+  }
+  draw(room, random);
+  cut_to_blocked(volume);
+  if (volume.sparse) fill_sparse(volume, random);
+}
+
+void Batch::fill_sparse(const BlockedVolume& volume, Random& random) {
+  const Contents contents = draw_contents(random);
+  for (const std::vector<Voxel>& path : trace(caster_, volume_, rays_)) {
+    for (const Voxel& v : path) fill_cell(volume, v, caster_.element_size(), contents, random);
+  }
+}
+
+void Batch::cut_to_blocked(const BlockedVolume& volume) {
+  const int reach = caster_.trilinear() ? 1 : 0;
+  const auto inside = [&](const Voxel& v) {
+    return v.x >= 0 && v.x + reach < volume.edge && v.y >= 0 && v.y + reach < volume.edge && v.z >= 0 &&
+           v.z + reach < volume.depth;
+  };
+  const std::vector<std::vector<Voxel>> paths = trace(caster_, volume_, rays_);
+  for (size_t r = 0; r < paths.size(); ++r) {
+    const auto outside = std::find_if_not(paths[r].begin(), paths[r].end(), inside);
+    if (outside != paths[r].end()) drawn_.counts[r] = static_cast<int32_t>(outside - paths[r].begin());
+  }
+}
+
 void Batch::make_general(Random& random) {
   const bool strict = validity_ == Validity::kStrict;
   regions_ = draw_regions(caster_, strict, random);
@@ -82,11 +122,12 @@ void Batch::make_general(Random& random) {
 void Batch::cut_to_general(bool beyond) {
   const bool strict = validity_ == Validity::kStrict;
   const bool one_region = takes_one_region_path(caster_, volume_, rays_);
-  for (int r = 0; r < drawn_.nrays; ++r) {
-    int32_t& count = drawn_.counts[static_cast<size_t>(r)];
-    const std::vector<Voxel> path = trace(caster_, volume_, rays_, r);
-    const double start = starts_[static_cast<size_t>(r)][2];
-    const double step = steps_[caster_.parallel() ? 0 : static_cast<size_t>(r)][2];
+  const std::vector<std::vector<Voxel>> paths = trace(caster_, volume_, rays_);
+  for (size_t r = 0; r < paths.size(); ++r) {
+    int32_t& count = drawn_.counts[r];
+    const std::vector<Voxel>& path = paths[r];
+    const double start = starts_[r][2];
+    const double step = steps_[caster_.parallel() ? 0 : r][2];
     for (int k = 0; k < static_cast<int>(path.size()); ++k) {
       const Voxel& v = path[static_cast<size_t>(k)];
       const double z = start + (k == 0 ? 0.0 : k * step);
@@ -108,11 +149,10 @@ void Batch::cut_to_general(bool beyond) {
 // nslices, and returns the samples.
 std::vector<Voxel> Batch::fit_slices(bool beyond, Random& random) {
   const bool one_region = takes_one_region_path(caster_, volume_, rays_);
-  std::vector<std::vector<Voxel>> paths;
+  std::vector<std::vector<Voxel>> paths = trace(caster_, volume_, rays_);
   int32_t lowest = 0;
-  for (int r = 0; r < drawn_.nrays; ++r) {
-    paths.push_back(trace(caster_, volume_, rays_, r));
-    for (const Voxel& v : paths.back()) lowest = std::min(lowest, v.z);
+  for (const std::vector<Voxel>& path : paths) {
+    for (const Voxel& v : path) lowest = std::min(lowest, v.z);
   }
   const int32_t shift = one_region || beyond ? 0 : -lowest + (random.chance(0.03) ? random.whole(0, 480) : 0);
   for (int32_t& slice : regions_.slices) slice += shift;

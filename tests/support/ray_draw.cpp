@@ -4,8 +4,6 @@
 #include <cmath>
 #include <limits>
 
-#include "ray_spread.h"
-
 namespace zox_test {
 namespace {
 
@@ -178,6 +176,39 @@ void draw_missed_starts(DrawnRays& rays, Random& random) {
       if (everywhere || random.chance(0.4)) s = far;
     }
   }
+}
+
+// The rays' starts on both sides of, and exactly at, the fifth of a region's depth that decides
+// between the two ways of the parallel nearest casters of slice stacks.
+void spread_to_threshold(const Room& room, DrawnRays& rays, Random& random) {
+  const double threshold = (room.marks[1] - room.marks[0]) * 0.2;
+  const double distance = random.pick({threshold, threshold - room.unit, threshold + room.unit,
+                                       std::nextafter(threshold, 0.0), threshold * random.real(0, 2)});
+  const double base = random.pick({0.0, room.marks[0], rays.starts[0][2]});
+  for (size_t r = 0; r < rays.starts.size(); ++r) rays.starts[r][2] = base;
+  rays.starts[static_cast<size_t>(random.whole(0, static_cast<int>(rays.starts.size()) - 1))][2] +=
+      random.chance(0.5) ? distance : -distance;
+}
+
+// Parallel blocked casters weigh the step against the rays' spacing, x at a twelfth or a sixth: one of
+// the two along x and the other along z, in proportions around both weights. Starts half a unit or
+// a last bit below where another voxel begins make the two ways of walking differ.
+void spread_around_weights(const Caster& caster, const Room& room, DrawnRays& rays, Random& random) {
+  const double ratio = random.pick({1.0 / 12, 1.0 / 6, random.real(1.0 / 14, 1.0 / 5)});
+  const size_t wide = random.chance(0.5) ? 0 : 2;
+  // In doubles only starts far smaller than their distances lose bits on the one way alone.
+  const bool fixed = caster.trilinear() && caster.element_size() == 1;
+  const double sign = fixed && random.chance(0.5) ? -1 : 1;
+  if (!fixed) rays.starts[0][wide] = random.real(0, 0.5);
+  for (size_t r = 1; r < rays.starts.size(); ++r) {
+    const double seam =
+        std::floor(rays.starts[0][wide]) + sign * static_cast<double>(r) + (caster.trilinear() ? 0.0 : 0.5);
+    rays.starts[r] = rays.starts[0];
+    rays.starts[r][wide] = fixed ? seam - room.unit / 2 : std::nextafter(seam, 0);
+  }
+  Vector step{};
+  step[2 - wide] = sign * (wide == 0 ? ratio : 1 / ratio);
+  rays.steps.assign(rays.steps.size(), step);
 }
 
 }  // namespace

@@ -3,12 +3,10 @@
 #include <algorithm>
 #include <numeric>
 
-#include "voxel_draw.h"
-
 namespace zox_test {
 namespace {
 
-constexpr int64_t kPage = 4096;
+constexpr int64_t kPageBytes = 4096;
 
 // Where pointers lead that nobody may follow.
 uint8_t* nowhere() {
@@ -124,7 +122,7 @@ void SliceStack::place_slices(const std::vector<bool>& used, Extent bytes, int a
   const bool falling = random.chance(0.2);
   const bool forget_unused = random.chance(0.6);
   int64_t pitch = static_cast<int64_t>(size) + alignment * random.pick({0, 0, 1, random.whole(0, 99)});
-  if (apart) pitch = (pitch + kPage - 1) / kPage * kPage;
+  if (apart) pitch = (pitch + kPageBytes - 1) / kPageBytes * kPageBytes;
   const size_t whole =
       static_cast<size_t>(pitch * (last - first)) + (apart ? static_cast<size_t>(pitch) : size);
   if (one_buffer) buffers_.emplace_back(whole, random);

@@ -14,11 +14,8 @@ struct Voxel {
   int32_t x, y, z;
 };
 
-// The voxels of ray `ray`, one for each of its samples. Where a blocked parallel caster may walk in
-// either of two ways, the ways differ in the last bit of a position at most, and `second_way` asks
-// for the one that adds the rays' offsets to a running position.
-std::vector<Voxel> trace(const Caster& caster, const zox_Volume& volume, const zox_Rays& rays, int ray,
-                         bool second_way = false);
+// The voxels of each ray, one for each of its samples, as the reference finds them.
+std::vector<std::vector<Voxel>> trace(const Caster& caster, const zox_Volume& volume, const zox_Rays& rays);
 
 // Does a parallel nearest caster of slice stacks take its one-region path?
 bool takes_one_region_path(const Caster& caster, const zox_Volume& volume, const zox_Rays& rays);

@@ -11,8 +11,6 @@ namespace {
 
 using Ints = std::vector<int>;
 
-constexpr double kUnit = 1.0 / 1048576;  // of fixed point with 20 fraction bits
-
 // Casts one ray along x (or y, or z) through a volume whose voxels have the value of that coordinate,
 // and a second ray beside it. The second ray decides how parallel casters go: close to the first,
 // they go sample by sample, and far from it ray by ray; the first ray must not differ.
@@ -66,19 +64,19 @@ INSTANTIATE_FOR_CASTERS(BlockedNearest, [](const Caster& c) { return c.blocked()
 class BlockedDivergentNearest : public BlockedPositions {};
 
 TEST_P(BlockedDivergentNearest, StepsBelowAUnitAreLost) {
-  expect(0.5 - kUnit, kUnit / 2, {0, 0, 0, 0, 0});
-  expect(0.5 - kUnit, kUnit * 1.5, {0, 1, 1});
+  expect(0.5 - kUnit20, kUnit20 / 2, {0, 0, 0, 0, 0});
+  expect(0.5 - kUnit20, kUnit20 * 1.5, {0, 1, 1});
 }
 
 TEST_P(BlockedDivergentNearest, StartsBelowAUnitAreCutOff) {
-  expect(0.5 - kUnit / 4, 0, {0});
-  expect(0.5 - kUnit / 4, kUnit, {0, 1});
+  expect(0.5 - kUnit20 / 4, 0, {0});
+  expect(0.5 - kUnit20 / 4, kUnit20, {0, 1});
 }
 
 // -0.1 is -104857.6 units, cut to -104857: one step down from there lies just on voxel 1.
 TEST_P(BlockedDivergentNearest, NegativeStepsAreCutTowardZero) {
-  expect(0.5 + 104857 * kUnit, -0.1, {1, 1});
-  expect(0.5 + 104856 * kUnit, -0.1, {1, 0});
+  expect(0.5 + 104857 * kUnit20, -0.1, {1, 1});
+  expect(0.5 + 104856 * kUnit20, -0.1, {1, 0});
 }
 
 INSTANTIATE_FOR_CASTERS(BlockedDivergentNearest,
@@ -87,8 +85,8 @@ INSTANTIATE_FOR_CASTERS(BlockedDivergentNearest,
 class BlockedParallelNearest : public BlockedPositions {};
 
 TEST_P(BlockedParallelNearest, PositionsKeepWhatFixedPointLoses) {
-  expect(0.5 - kUnit, kUnit / 2, {0, 0, 1, 1});
-  expect(0.5 - kUnit / 4, kUnit / 4, {0, 1});
+  expect(0.5 - kUnit20, kUnit20 / 2, {0, 0, 1, 1});
+  expect(0.5 - kUnit20 / 4, kUnit20 / 4, {0, 1});
 }
 
 INSTANTIATE_FOR_CASTERS(BlockedParallelNearest,
@@ -107,8 +105,8 @@ TEST_P(BlockedTrilinear, PositionsAreAccumulated) {
 }
 
 TEST_P(BlockedTrilinear, PositionsKeepWhatFixedPointLoses) {
-  expect(0.5, kUnit / 256, {100, 100});
-  expect(1 - kUnit / 256, kUnit / 256, {199, 200});
+  expect(0.5, kUnit20 / 256, {100, 100});
+  expect(1 - kUnit20 / 256, kUnit20 / 256, {199, 200});
 }
 
 INSTANTIATE_FOR_CASTERS(BlockedTrilinear, trilinear_in_doubles);
@@ -124,13 +122,13 @@ TEST_P(BlockedFixedTrilinear, StepsAreCutTowardZero) {
   EXPECT_EQ(along(0, 0, 0.1, 0, 12)[10], 199);
   EXPECT_EQ(along(0, 0, 0.1, 5, 12)[10], 199);
   EXPECT_EQ(along(0, 0, 0.1, 5, 12)[11], 200);
-  expect(1 + 104857 * kUnit, -0.1, {200, 200});
-  expect(1 + 104856 * kUnit, -0.1, {200, 199});
+  expect(1 + 104857 * kUnit20, -0.1, {200, 200});
+  expect(1 + 104856 * kUnit20, -0.1, {200, 199});
 }
 
 TEST_P(BlockedFixedTrilinear, StartsAndStepsBelowAUnitAreCutOff) {
-  expect(1 - kUnit / 4, kUnit / 2, {199, 199, 199});
-  expect(1 - kUnit / 4, kUnit, {199, 200});
+  expect(1 - kUnit20 / 4, kUnit20 / 2, {199, 199, 199});
+  expect(1 - kUnit20 / 4, kUnit20, {199, 200});
 }
 
 INSTANTIATE_FOR_CASTERS(BlockedFixedTrilinear, trilinear_in_integers);

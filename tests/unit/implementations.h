@@ -9,7 +9,6 @@
 #include <vector>
 
 #include "operation_list.h"
-#include "operations/table.h"
 
 namespace zox_unit {
 

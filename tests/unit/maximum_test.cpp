@@ -40,19 +40,19 @@ class Filled {
   std::vector<int32_t> nsamples_;
 };
 
-constexpr int kUntouched = 99;
+constexpr int kUnwritten = 99;
 
 // Runs one of the six: the arguments between batch and output are the masks, if any.
 template <typename Sample, typename Operation, typename... Masks>
 std::vector<int> maxima(Operation operation, Filled<Sample>& filled, Masks... masks) {
-  std::vector<Sample> maxima(8, Sample{kUntouched});
+  std::vector<Sample> maxima(8, Sample{kUnwritten});
   const zox_Rays rays = filled.rays();
   EXPECT_EQ(operation(&rays, masks..., maxima.data()), ZOX_STS_NO_ERROR);
   return {maxima.begin(), maxima.end()};
 }
 
 std::vector<int> with_rest_untouched(std::vector<int> values) {
-  values.resize(8, kUntouched);
+  values.resize(8, kUnwritten);
   return values;
 }
 

@@ -2,8 +2,8 @@
 #include <array>
 #include <limits>
 
+#include "guarded_buffer.h"
 #include "implementations.h"
-#include "repeated_pages.h"
 #include "small_batch.h"
 #include "volumes.h"
 
@@ -11,8 +11,6 @@ namespace zox_unit {
 namespace {
 
 using Ints = std::vector<int>;
-
-constexpr double kUnit = 1.0 / 2097152;  // of fixed point with 21 fraction bits
 
 // The one-region path counts slices from 0, the others from regslice: with regslice 2 a ray at
 // z = 1 reads slice 1 by the one and slice 3 by the others.
@@ -126,11 +124,11 @@ class OneRegionPath : public CasterTest {
 TEST_P(OneRegionPath, RoundsHalfUp) {
   expect(3, 2.5, 0, {1, 1});
   expect(3, 2.4999999, 0, {0, 0});
-  expect(3, 2.5 - kUnit, 0, {0, 0});
+  expect(3, 2.5 - kUnit21, 0, {0, 0});
 }
 
 // Half a unit a step is lost to casters that step in fixed point.
-TEST_P(OneRegionPath, PositionsRunInDoubles) { expect(1, 0.5 - kUnit, kUnit / 2, {0, 0, 1, 1}); }
+TEST_P(OneRegionPath, PositionsRunInDoubles) { expect(1, 0.5 - kUnit21, kUnit21 / 2, {0, 0, 1, 1}); }
 
 // 0.4 + 0.7 + 0.7 + 0.7 is 2.5 where 0.4 + 3 * 0.7 is less; six times 0.2 on 0.3 is less than 1.5.
 TEST_P(OneRegionPath, PositionsAreAccumulated) {
@@ -140,8 +138,8 @@ TEST_P(OneRegionPath, PositionsAreAccumulated) {
 
 // 0.3 * 2^21 is 629145.6, and a start that lacks 629146 units is short by the rest.
 TEST_P(OneRegionPath, StepsAreNotRounded) {
-  expect(1, 0.5 - 629146 * kUnit, 0.3, {0, 0});
-  expect(1, 0.5 - 629145 * kUnit, 0.3, {0, 1});
+  expect(1, 0.5 - 629146 * kUnit21, 0.3, {0, 0});
+  expect(1, 0.5 - 629145 * kUnit21, 0.3, {0, 1});
 }
 
 // A negative offset of half a unit more than a quarter voxel is cut toward zero, and only then the
@@ -150,7 +148,7 @@ TEST_P(OneRegionPath, StepsAreNotRounded) {
 TEST_P(OneRegionPath, OffsetsAreCutBeforeTheirHalfIsAdded) {
   for (int axis = 0; axis < 3; ++axis) {
     Stack volume = stack(axis, 1);
-    Batch batch = rays(axis, {0.75, 0.5 - kUnit / 2, 0.5 - kUnit}, 0, 1);
+    Batch batch = rays(axis, {0.75, 0.5 - kUnit21 / 2, 0.5 - kUnit21}, 0, 1);
     EXPECT_EQ(batch.run(cast(), volume.volume()), ZOX_STS_NO_ERROR);
     EXPECT_EQ(batch.at(0, 1), 1) << "axis " << axis;
     EXPECT_EQ(batch.at(0, 2), 0) << "axis " << axis;

@@ -8,6 +8,9 @@
 
 namespace zox_unit {
 
+// One step of fixed point with 20, and with 21, fraction bits.
+constexpr double kUnit20 = 1.0 / 1048576, kUnit21 = 1.0 / 2097152;
+
 struct Point {
   double x, y, z;
 };

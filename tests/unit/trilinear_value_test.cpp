@@ -7,8 +7,6 @@
 namespace zox_unit {
 namespace {
 
-constexpr double kUnit = 1.0 / 1048576;  // the last of 20 fraction bits
-
 struct VoxelValue {
   int x, y, z, value;
 };
@@ -60,7 +58,7 @@ TEST_P(TrilinearValue, IsNeverRoundedUp) {
     EXPECT_EQ(between(axis, 1, 0, 0.001), 0);
     EXPECT_EQ(between(axis, 0, 255, 0.5), 127);
   }
-  EXPECT_EQ(between(0, 0, 255, 1 - kUnit), 254);
+  EXPECT_EQ(between(0, 0, 255, 1 - kUnit20), 254);
 }
 
 TEST_P(TrilinearValue, HalfwayBetweenEqualsIsExact) {
@@ -87,8 +85,8 @@ TEST_P(SignedTrilinearValue, IsTruncatedTowardZero) {
 // 33 units of 32767 are 1.03 and 32 are 0.99997, on every axis.
 TEST_P(SignedTrilinearValue, UsesAll20BitsOfEveryFraction) {
   for (int axis = 0; axis < 3; ++axis) {
-    EXPECT_EQ(between(axis, 0, 32767, 33 * kUnit), 1);
-    EXPECT_EQ(between(axis, 0, 32767, 32 * kUnit), 0);
+    EXPECT_EQ(between(axis, 0, 32767, 33 * kUnit20), 1);
+    EXPECT_EQ(between(axis, 0, 32767, 32 * kUnit20), 0);
   }
 }
 
@@ -106,35 +104,35 @@ class IntegerTrilinearValue : public TrilinearValue {};
 // adds a quarter, and all that is less adds nothing.
 TEST_P(IntegerTrilinearValue, YAndZResolveA1024th) {
   const auto row = {VoxelValue{3, 2, 2, 1}, VoxelValue{2, 3, 2, 255}, VoxelValue{3, 3, 2, 255}};
-  EXPECT_EQ(sample({3 - kUnit, 2 + 1024 * kUnit, 2}, row), 1);
-  EXPECT_EQ(sample({3 - kUnit, 2 + 1023 * kUnit, 2}, row), 0);
+  EXPECT_EQ(sample({3 - kUnit20, 2 + 1024 * kUnit20, 2}, row), 1);
+  EXPECT_EQ(sample({3 - kUnit20, 2 + 1023 * kUnit20, 2}, row), 0);
   const auto slice = {VoxelValue{3, 2, 2, 1}, VoxelValue{2, 2, 3, 255}, VoxelValue{3, 2, 3, 255}};
-  EXPECT_EQ(sample({3 - kUnit, 2, 2 + 1024 * kUnit}, slice), 1);
-  EXPECT_EQ(sample({3 - kUnit, 2, 2 + 1023 * kUnit}, slice), 0);
+  EXPECT_EQ(sample({3 - kUnit20, 2, 2 + 1024 * kUnit20}, slice), 1);
+  EXPECT_EQ(sample({3 - kUnit20, 2, 2 + 1023 * kUnit20}, slice), 0);
 }
 
 // x resolves the last unit: 255 * 4112 units are 1048560, 255 * 4113 are 1048815 and thus 1.
 TEST_P(IntegerTrilinearValue, XResolvesAUnit) {
-  EXPECT_EQ(between(0, 0, 255, 4112 * kUnit), 0);
-  EXPECT_EQ(between(0, 0, 255, 4113 * kUnit), 1);
+  EXPECT_EQ(between(0, 0, 255, 4112 * kUnit20), 0);
+  EXPECT_EQ(between(0, 0, 255, 4113 * kUnit20), 1);
 }
 
 // Row 0 stands at 1 unit, row 1 at 0: ((0 - 1) >> 10) * 2 + 1 = -1, and -1 >> 20 is -1, the byte
 // 255. Weighed before it is shifted, the difference would leave 1 - 1 = 0.
 TEST_P(IntegerTrilinearValue, UndershootsIntoA255) {
   const auto both_slices = {VoxelValue{3, 2, 2, 1}, VoxelValue{3, 2, 3, 1}};
-  EXPECT_EQ(sample({2 + kUnit, 2 + 2048 * kUnit, 2}, both_slices), 255);
-  EXPECT_EQ(sample({2 + kUnit, 2 + 1024 * kUnit, 2}, both_slices), 0);
+  EXPECT_EQ(sample({2 + kUnit20, 2 + 2048 * kUnit20, 2}, both_slices), 255);
+  EXPECT_EQ(sample({2 + kUnit20, 2 + 1024 * kUnit20, 2}, both_slices), 0);
   // Along z the same.
-  EXPECT_EQ(sample({2 + kUnit, 2, 2 + 2048 * kUnit}, {{3, 2, 2, 1}}), 255);
-  EXPECT_EQ(sample({2 + kUnit, 2, 2 + 1024 * kUnit}, {{3, 2, 2, 1}}), 0);
+  EXPECT_EQ(sample({2 + kUnit20, 2, 2 + 2048 * kUnit20}, {{3, 2, 2, 1}}), 255);
+  EXPECT_EQ(sample({2 + kUnit20, 2, 2 + 1024 * kUnit20}, {{3, 2, 2, 1}}), 0);
 }
 
 // Between slices at 20 and 10 plus a hair each: the shift floors the difference, not each slice.
 TEST_P(IntegerTrilinearValue, FallingDifferencesAreFloored) {
   // 10 * 2^20 - (20 * 2^20 + 1) = -10485761, >> 10 is -10241, * 512 is -5243392, and with the first
   // slice 15728129, 511 units short of 15 * 2^20.
-  EXPECT_EQ(sample({2 + kUnit, 2, 2.5}, {{2, 2, 2, 20}, {3, 2, 2, 21}, {2, 2, 3, 10}, {3, 2, 3, 10}}), 14);
+  EXPECT_EQ(sample({2 + kUnit20, 2, 2.5}, {{2, 2, 2, 20}, {3, 2, 2, 21}, {2, 2, 3, 10}, {3, 2, 3, 10}}), 14);
   EXPECT_EQ(sample({2, 2, 2.5}, {{2, 2, 2, 20}, {3, 2, 2, 21}, {2, 2, 3, 10}, {3, 2, 3, 10}}), 15);
 }
 
@@ -187,14 +185,15 @@ class StackedDoublesValue : public TrilinearValue {
   // Fractions in units. One of slices 2 and 3 has a voxel for each corner, the other is even.
   int sample_with(int uneven, Point units, int even, int v00, int v10, int v01, int v11) {
     const int other = 5 - uneven;
-    return sample({2 + units.x * kUnit, 2 + units.y * kUnit, 2 + units.z * kUnit}, {{2, 2, other, even},
-                                                                                    {3, 2, other, even},
-                                                                                    {2, 3, other, even},
-                                                                                    {3, 3, other, even},
-                                                                                    {2, 2, uneven, v00},
-                                                                                    {3, 2, uneven, v10},
-                                                                                    {2, 3, uneven, v01},
-                                                                                    {3, 3, uneven, v11}});
+    return sample({2 + units.x * kUnit20, 2 + units.y * kUnit20, 2 + units.z * kUnit20},
+                  {{2, 2, other, even},
+                   {3, 2, other, even},
+                   {2, 3, other, even},
+                   {3, 3, other, even},
+                   {2, 2, uneven, v00},
+                   {3, 2, uneven, v10},
+                   {2, 3, uneven, v01},
+                   {3, 3, uneven, v11}});
   }
 };
 

@@ -2,7 +2,7 @@
 """zox-mip-mpi gives zox-mip's files byte for byte, for every number of ranks and every cut, and so does
 zox-mip --memory. With no volumes, of the phantom alone.
 
-    same_picture.py ZOX-MIP ZOX-MIP-MPI FORMULA-PROGRAM [VOLUME...]
+    same_picture_on_ranks.py ZOX-MIP ZOX-MIP-MPI FORMULA-PROGRAM [VOLUME...]
 """
 import subprocess
 import sys

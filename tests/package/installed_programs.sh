@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The installed programs start from where they lie, though the loader knows nothing of the place.
-# Usage: programs.sh INSTALLED VERSION
+# Usage: installed_programs.sh INSTALLED VERSION
 # shellcheck source=tests/package/common.sh
 . "$(dirname "$0")/common.sh"
 unset LD_LIBRARY_PATH LD_PRELOAD
