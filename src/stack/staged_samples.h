@@ -8,8 +8,8 @@
 namespace zox::ZOX_SET {
 namespace {
 
-// By scripts/bench.sh --before, kStage changed, --filter general_divergent --load cached,cold: 128 is 3 to 20 %
-// slower; 512 gains 4 % in trilinear sampling, loses as much or more in nearest, and takes twice the stack.
+// By scripts/bench.sh --before, kStage changed, --filter general_divergent --load cached,cold: 128 is 3 to 20
+// % slower; 512 gains 4 % in trilinear sampling, loses as much or more in nearest, and takes twice the stack.
 constexpr int kStage = 256;
 constexpr int kStageRoom = kStage + 16;  // appending stores whole vectors
 
