@@ -18,7 +18,7 @@ int row_of(size_t lane) {
 // tried.
 constexpr int64_t kTelling = 2000;
 constexpr double kHopeless = 0.9;
-constexpr int kUntried = 15;
+constexpr int kUntried = 31;
 
 double seconds() {
   return std::chrono::duration<double>(std::chrono::steady_clock::now().time_since_epoch()).count();
