@@ -56,8 +56,8 @@ inline int fraction_of(int position, int) { return position; }
 inline double fraction_of(double position, int voxel) { return position - voxel; }
 
 template <class Element, class Position>
-void place(BlockedVolume<Element> volume, const Axes<Position>& position, int n,
-           TrilinearPlaces<Position>& __restrict to) {
+[[gnu::noinline]] void place(BlockedVolume<Element> volume, const Axes<Position>& position, int n,
+                             TrilinearPlaces<Position>& __restrict to) {
   Axes<int> voxel;
   locate(position, n, voxel);
   for (int i = 0; i < padded(n); ++i) {
@@ -146,9 +146,10 @@ void interpolate(const Corners<Element>& corners, const TrilinearPlaces<double>&
   for (int i = 0; i < padded(n); ++i) values[i] = static_cast<Element>(truncated[i]);
 }
 
+// Not inlined, nor placing: march() calls both in two places, each time for up to 64 samples.
 template <class Element, class Position>
-void values_of(const BlockedVolume<Element>& volume, const TrilinearPlaces<Position>& places, int n,
-               Element* __restrict values) {
+[[gnu::noinline]] void values_of(const BlockedVolume<Element>& volume,
+                                 const TrilinearPlaces<Position>& places, int n, Element* __restrict values) {
   Corners<Element> corners;
   fetch_corners(volume, places, n, corners);
   interpolate(corners, places, n, values);
