@@ -13,7 +13,7 @@ foreach(list IN LISTS lists)
     endif()
     get_filename_component(folder ${path} DIRECTORY)
     # Only folders of our own: a shared one such as lib stays, even when it is empty.
-    while(folder MATCHES "/(doc|cmake|dist-packages|site-packages)/zox" AND IS_DIRECTORY ${folder})
+    while(folder MATCHES "/(doc|cmake|dist-packages|site-packages)/zox|/zox-volume$" AND IS_DIRECTORY ${folder})
       file(GLOB rest ${folder}/*)
       if(rest)
         break()
