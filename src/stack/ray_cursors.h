@@ -133,30 +133,29 @@ class RayCursors {
       low[i] = t.sz[i] >= 1 ? t.z[i] : last;
       high[i] = t.sz[i] >= 1 ? last : t.z[i];
     }
-    to_regions(low);
-    to_regions(high);
-    take_whole_rays(low);
+    Lanes<int> lowest, highest;
+    find_regions(low, lowest);
+    find_regions(high, highest);
+    take_whole_rays(lowest);
     if (one_region()) {
       Range positions;
       return reached(segments_.position, segments_.step, positions) && positions.high <= kLargestPosition;
     }
     for (int i = 0; i < t.n; ++i) {
-      lanes.next_region[i] = low[i] == high[i] ? regions_.n : low[i];
-      if (low[i] != high[i]) find_segment(i);
+      lanes.next_region[i] = lowest[i] == highest[i] ? regions_.n : lowest[i];
+      if (lowest[i] != highest[i]) find_segment(i);
     }
     return true;
   }
 
-  // The regions of samples at these z, in their place.
-  void to_regions(Lanes<int>& z) const {
-    Lanes<int> region;
+  // The regions of samples at these z.
+  void find_regions(const Lanes<int>& z, Lanes<int>& __restrict region) const {
     for (int i = 0; i < traces_.n; ++i) region[i] = 0;
     for (int j = 1; j < regions_.n; ++j) {
       const int bound = regions_.Zb[j];
       for (int i = 0; i < traces_.n; ++i)
         region[i] += int{bound < z[i]} | (int{bound == z[i]} & int{traces_.sz[i] < 1});
     }
-    z = region;
   }
 
   // As if every ray stayed in its region.
