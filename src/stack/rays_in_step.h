@@ -149,7 +149,9 @@ class RaysInStep {
         stage = sink.take(even);
         continue;
       }
-      const int steps = room * filled_ < left ? room : static_cast<int>((left + filled_ - 1) / filled_);
+      const int most = room * filled_;
+      const int steps = most < left ? room : static_cast<int>((left + filled_ - 1) / filled_);
+      const int staged = steps * filled_;
       for (int group = (filled_ - 1) & -kVector; group >= 0; group -= kVector) {
         const SampleVectors step = SampleVectors::of(step_, group);
         SampleVectors at = SampleVectors::of(at_, group);
@@ -159,8 +161,8 @@ class RaysInStep {
         }
         at.put_back(at_, group);
       }
-      stage->n += steps * filled_ < left ? steps * filled_ : static_cast<int>(left);
-      left -= steps * filled_;
+      stage->n += staged < left ? staged : static_cast<int>(left);
+      left -= staged;
     }
     to = StagedSamples::full(stage->n) ? sink.take(even) : stage;
   }
