@@ -3,7 +3,8 @@
 # part of others and as a wheel, many threads under the thread sanitizer, a minute of random work on all cores,
 # a minute of each fuzz target and a walk of its own, DICOM series of a head, zox-view's page in browsers, many
 # ranks, a volume of 17 GB, coverage, the Debian packages, and a walk through README and the packages in bare
-# Debian roots. Most of an hour on two cores. One line per stage; the logs stand in build/logs. Every change of a rule takes a quarter of an hour more: scripts/mutate.sh.
+# Debian roots. Most of an hour on two cores. One line per stage; the logs stand in build/logs. Every change of a
+# rule takes a quarter of an hour more: scripts/mutate.sh.
 set -euo pipefail
 # shellcheck source=scripts/usage.sh
 . "$(dirname "$0")/usage.sh"
