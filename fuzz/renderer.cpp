@@ -1,7 +1,6 @@
 // The renderer's command line and its files. The first byte says which: an even one leaves a command
 // line, its arguments apart by zero bytes; an odd one leaves a file, whose kind the second byte names.
 // Either is taken, or refused with one sentence.
-#include <sys/mman.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -73,7 +72,7 @@ void fuzz_options(const std::string& text) {
 
 struct Kind {
   const char* name;
-  input::Found (*read)(const std::string&, const input::ReadOptions&, input::SharedMemory&);
+  input::Found (*read)(const std::string&, const input::ReadOptions&, input::VoxelMemory&);
   std::vector<std::string> (*files)(const std::string&);
 };
 constexpr Kind kKinds[] = {{"volume.nii", input::read_nifti, input::nifti_files},
@@ -104,10 +103,10 @@ class Folder {
 };
 
 // The volume lies within what it is said to lie in.
-void check_found(const input::Found& found, int shared) {
+void check_found(const input::Found& found, const input::VoxelMemory& memory) {
   const zox_render_array& array = found.array;
-  const auto end = static_cast<int64_t>(found.file.empty() ? lseek(shared, 0, SEEK_END)
-                                                           : static_cast<off_t>(fs::file_size(found.file)));
+  const auto end = static_cast<int64_t>(found.file.empty() ? input::bytes_of(memory.block()).size()
+                                                           : fs::file_size(found.file));
   int64_t last = static_cast<int64_t>(found.offset + input::type_bytes(array.type));
   for (size_t axis = 0; axis < 3; ++axis) {
     require(array.size[axis] >= 2 && array.strides[axis] > 0, "size of the volume");
@@ -125,13 +124,11 @@ void fuzz_file(size_t number, const char* bytes, size_t size) {
   static const Folder folder;
   const Kind& kind = kKinds[number % std::size(kKinds)];
   const std::string path = folder.write(kind, bytes, size);
-  const int shared = memfd_create("voxels", MFD_CLOEXEC);
-  require(shared >= 0, "no shared memory");
-  input::SharedMemory memory(shared, kMostMemory);
+  input::VoxelMemory memory(kMostMemory);
   input::ReadOptions options;
   options.volume = size % 3 == 0 ? 1 : -1;
   try {
-    check_found(kind.read(path, options, memory), shared);
+    check_found(kind.read(path, options, memory), memory);
   } catch (const input::Failure& failure) {
     check_sentence(failure);
   } catch (const std::bad_alloc&) {
@@ -142,8 +139,6 @@ void fuzz_file(size_t number, const char* bytes, size_t size) {
   } catch (const input::Failure& failure) {
     check_sentence(failure);
   }
-  memory.release();
-  close(shared);
 }
 
 }  // namespace

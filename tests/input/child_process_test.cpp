@@ -2,11 +2,13 @@
 #include "child_process.h"
 
 #include <gtest/gtest.h>
+#include <sys/mman.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <new>
 #include <vector>
 
@@ -20,6 +22,45 @@ TEST(ChildProcess, AnswersAtAnyLength) {
     const std::string bytes(length, 'x');
     EXPECT_EQ(run_in_child(kLimits, [&] { return bytes; }).bytes, bytes);
   }
+}
+
+Mapping numbered_block(size_t bytes) {
+  Mapping block = map_zeros(bytes);
+  auto* const at = static_cast<uint8_t*>(block.get());
+  for (size_t i = 0; i < bytes; ++i) at[i] = static_cast<uint8_t>(i % 251);
+  return block;
+}
+
+TEST(ChildProcess, HandsABlockOver) {
+  for (const size_t length : {size_t{1}, size_t{4097}, size_t{2 << 20}, size_t{5000001}}) {
+    const Answer answer = run_in_child(kLimits, [&] { return Given("text", numbered_block(length)); });
+    EXPECT_EQ(answer.bytes, "text");
+    ASSERT_NE(answer.block, nullptr) << length;
+    ASSERT_GE(answer.block.get_deleter().bytes, length);
+    const Mapping wanted = numbered_block(length);
+    EXPECT_EQ(std::memcmp(answer.block.get(), wanted.get(), length), 0) << length;
+  }
+  EXPECT_EQ(run_in_child(kLimits, [] { return std::string("text"); }).block, nullptr);
+}
+
+TEST(ChildProcess, HandsNoMoreOverThanItMay) {
+  Mapping block = numbered_block(size_t{8} << 20);
+  const auto give = [&] { return Given("text", std::move(block)); };
+  EXPECT_NE(run_in_child({size_t{16} << 20, 20}, give).block, nullptr);
+  const Answer answer = run_in_child({size_t{4} << 20, 20}, give);
+  EXPECT_EQ(answer.bytes, "");
+  EXPECT_EQ(answer.block, nullptr);
+}
+
+// Nobody takes half a block for a whole one.
+TEST(ChildProcess, HandsABlockOverWhollyOrNot) {
+  const Answer answer = run_in_child(kLimits, [] {
+    Mapping block = map_zeros(size_t{8} << 20);
+    mprotect(static_cast<std::byte*>(block.get()) + (size_t{4} << 20), size_t{4} << 20, PROT_NONE);
+    return Given("text", std::move(block));
+  });
+  EXPECT_EQ(answer.bytes, "");
+  EXPECT_EQ(answer.block, nullptr);
 }
 
 TEST(ChildProcess, CrashesAlone) {

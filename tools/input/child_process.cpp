@@ -2,18 +2,20 @@
 
 #include <fcntl.h>
 #include <poll.h>
+#include <sys/mman.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/uio.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <array>
 #include <cerrno>
 #include <chrono>
 #include <cmath>
 #include <csignal>
 #include <cstdio>
 #include <system_error>
+#include <utility>
 
 namespace zox::input {
 namespace {
@@ -47,16 +49,58 @@ void quiet_streams() {
     if (open("/dev/null", O_RDWR) < 0) return;
 }
 
-void send(int descriptor, const std::string& bytes) {
-  for (size_t sent = 0; sent < bytes.size();) {
-    const ssize_t now = write(descriptor, bytes.data() + sent, bytes.size() - sent);
-    if (now < 0 && errno != EINTR) return;
-    if (now > 0) sent += static_cast<size_t>(now);
+// What goes in front of an answer.
+struct Lengths {
+  uint64_t bytes, block;
+};
+
+bool send(int descriptor, const void* from, size_t bytes) {
+  for (auto* at = static_cast<const std::byte*>(from); bytes > 0;) {
+    const ssize_t now = write(descriptor, at, bytes);
+    if (now < 0 && errno == EINTR) continue;
+    if (now < 0) return false;
+    at += now;
+    bytes -= static_cast<size_t>(now);
+  }
+  return true;
+}
+
+// The pages themselves go into the pipe, so that only the reading end copies them.
+bool send_pages(int descriptor, std::byte* at, size_t bytes) {
+  while (bytes > 0) {
+    const iovec rest{at, bytes};
+    const ssize_t now = vmsplice(descriptor, &rest, 1, 0);
+    if (now < 0 && errno == EINTR) continue;
+    // Not every system lets it.
+    if (now < 0) return send(descriptor, at, bytes);
+    at += now;
+    bytes -= static_cast<size_t>(now);
+  }
+  return true;
+}
+
+// Each piece is given back to the system as soon as it is on its way: no volume is there twice.
+void send_block(int descriptor, const Mapping& block) {
+  constexpr size_t kPiece = size_t{1} << 21;
+  auto* at = static_cast<std::byte*>(block.get());
+  for (size_t left = block.get_deleter().bytes; left > 0;) {
+    const size_t piece = std::min(left, kPiece);
+    if (!send_pages(descriptor, at, piece)) return;
+    madvise(at, piece, MADV_DONTNEED);
+    at += piece;
+    left -= piece;
   }
 }
 
+void send(int descriptor, const Given& given) {
+  const Lengths lengths{given.bytes.size(), given.block ? given.block.get_deleter().bytes : 0};
+  if (send(descriptor, &lengths, sizeof lengths) &&
+      send(descriptor, given.bytes.data(), given.bytes.size()) && lengths.block > 0)
+    send_block(descriptor, given.block);
+}
+
 [[noreturn]] void be_child(int answer, pid_t parent, const Limits& limits,
-                           const std::function<std::string()>& work) {
+                           const std::function<Given()>& work) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(0);
   for (const int signal : {SIGSEGV, SIGBUS, SIGFPE, SIGILL, SIGABRT, SIGTERM, SIGINT, SIGPIPE, SIGXCPU})
@@ -72,55 +116,122 @@ void send(int descriptor, const std::string& bytes) {
   _exit(0);
 }
 
-constexpr size_t kMostAnswer = size_t{64} << 20;
+constexpr size_t kMostBytes = size_t{64} << 20;
 using Clock = std::chrono::steady_clock;
 
-// Reads to the end of the pipe, or to the deadline: false.
-bool collect(int descriptor, Clock::time_point deadline, std::string& bytes) {
-  std::array<char, 65536> piece;
-  for (;;) {
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(deadline - Clock::now()).count();
-    if (left <= 0) return false;
-    pollfd waiting{descriptor, POLLIN, 0};
-    const int ready = poll(&waiting, 1, static_cast<int>(std::min<int64_t>(left + 1, 1000000)));
-    if (ready <= 0) continue;
-    const ssize_t got = read(descriptor, piece.data(), piece.size());
-    if (got < 0 && errno == EINTR) continue;
-    if (got <= 0 || bytes.size() > kMostAnswer) return true;
-    bytes.append(piece.data(), static_cast<size_t>(got));
+// The parent's end of the pipe, and how long it is waited at.
+class Inbox {
+ public:
+  Inbox(int descriptor, Clock::time_point deadline) : descriptor_(descriptor), deadline_(deadline) {}
+
+  // False where the pipe or the time has ended before.
+  bool receive(void* to, size_t bytes) {
+    for (auto* at = static_cast<std::byte*>(to); bytes > 0;) {
+      if (!wait()) return false;
+      const ssize_t got = read(descriptor_, at, bytes);
+      if (got < 0 && errno == EINTR) continue;
+      if (got <= 0) return false;
+      at += got;
+      bytes -= static_cast<size_t>(got);
+    }
+    return true;
   }
+  // The pipe's end, which comes when the child has ended.
+  void receive_end() {
+    while (wait()) {
+      char nothing = 0;
+      const ssize_t got = read(descriptor_, &nothing, 1);
+      if (got >= 0 || errno != EINTR) return;
+    }
+  }
+  bool timed_out() const { return timed_out_; }
+
+ private:
+  bool wait() {
+    for (;;) {
+      const auto left =
+          std::chrono::duration_cast<std::chrono::milliseconds>(deadline_ - Clock::now()).count();
+      timed_out_ = left <= 0;
+      if (timed_out_) return false;
+      pollfd waiting{descriptor_, POLLIN, 0};
+      if (poll(&waiting, 1, static_cast<int>(std::min<int64_t>(left + 1, 1000000))) > 0) return true;
+    }
+  }
+
+  int descriptor_;
+  Clock::time_point deadline_;
+  bool timed_out_ = false;
+};
+
+// A child that a file has damaged may say anything.
+bool receive_all(Inbox& inbox, const Limits& limits, Answer& answer) {
+  Lengths lengths{};
+  if (!inbox.receive(&lengths, sizeof lengths)) return false;
+  if (lengths.bytes > kMostBytes || lengths.block > limits.memory) return false;
+  answer.bytes.resize(lengths.bytes);
+  if (!inbox.receive(answer.bytes.data(), answer.bytes.size())) return false;
+  if (lengths.block == 0) return true;
+  answer.block = map_zeros(lengths.block);
+  return inbox.receive(answer.block.get(), lengths.block);
 }
+
+// A child and the pipe from it, gone with this.
+class Child {
+ public:
+  Child(pid_t number, int pipe) : number_(number), pipe_(pipe) {}
+  ~Child() { end(); }
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
+
+  int pipe() const { return pipe_; }
+  // The signal that has ended it before, or 0.
+  int end() {
+    if (pipe_ < 0) return 0;
+    close(std::exchange(pipe_, -1));
+    kill(number_, SIGKILL);
+    int status = 0;
+    while (waitpid(number_, &status, 0) < 0 && errno == EINTR) {
+    }
+    return WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+  }
+
+ private:
+  pid_t number_;
+  int pipe_;
+};
 
 }  // namespace
 
-Answer run_in_child(const Limits& limits, const std::function<std::string()>& work) {
+Answer run_in_child(const Limits& limits, const std::function<Given()>& work) {
   int ends[2];
   if (pipe2(ends, O_CLOEXEC) != 0) throw_error("pipe");
+  constexpr int kPipe = 1 << 20;
+  fcntl(ends[1], F_SETPIPE_SZ, kPipe);  // which only speed depends on
   const pid_t parent = getpid();
   std::fflush(nullptr);
-  const pid_t child = fork();
-  if (child == 0) {
+  const pid_t number = fork();
+  if (number == 0) {
     close(ends[0]);
     be_child(ends[1], parent, limits, work);
   }
   const int error = errno;
   close(ends[1]);
-  if (child < 0) {
+  if (number < 0) {
     close(ends[0]);
     errno = error;
     throw_error("fork");
   }
-  Answer answer;
+  Child child(number, ends[0]);
   const auto most = std::chrono::duration<double>(std::min(limits.seconds, 1e6));
-  const auto deadline = Clock::now() + std::chrono::duration_cast<Clock::duration>(most);
-  answer.timed_out = !collect(ends[0], deadline, answer.bytes);
-  close(ends[0]);
-  // It has nothing more to say. What has ended it before stays its status.
-  kill(child, SIGKILL);
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
+  Inbox inbox(child.pipe(), Clock::now() + std::chrono::duration_cast<Clock::duration>(most));
+  Answer answer;
+  if (!receive_all(inbox, limits, answer)) {
+    answer.bytes.clear();
+    answer.block = {};
   }
-  if (WIFSIGNALED(status)) answer.signal = WTERMSIG(status);
+  if (!inbox.timed_out()) inbox.receive_end();
+  answer.timed_out = inbox.timed_out();
+  answer.signal = child.end();
   return answer;
 }
 

@@ -62,7 +62,7 @@ auto telling(const std::string& path, Action action) try {
   refuse(error.what());
 }
 
-Found read(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   chosen_volume(path, 1, options.volume);
   Found found;
   const dicom::Study study = dicom::read_study(path, options.list);
@@ -83,7 +83,7 @@ std::vector<std::string> dicom_files(const std::string& path) {
   return telling(path, [&] { return dicom::files_of_study(path); });
 }
 
-Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_dicom(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   return telling(path, [&] { return read(path, options, memory); });
 }
 

@@ -6,7 +6,7 @@
 namespace zox::input {
 
 std::vector<std::string> dicom_files(const std::string& path);
-Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+Found read_dicom(const std::string& path, const ReadOptions& options, VoxelMemory& memory);
 
 // A line for each series. Throws Failure.
 std::vector<std::string> dicom_series(const std::string& path, const ReadOptions& options);

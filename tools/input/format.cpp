@@ -1,32 +1,10 @@
 #include "format.h"
 
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
-#include <cerrno>
 #include <cmath>
-#include <new>
 
 #include "text.h"
 
 namespace zox::input {
-std::byte* SharedMemory::allocate(uint64_t bytes, const std::string& path) {
-  if (bytes > limit_)
-    refuse(quoted(path) + " needs " + std::to_string(bytes) + " bytes of memory, of which " +
-           std::to_string(limit_) + " are available.");
-  if (ftruncate(descriptor_, static_cast<off_t>(bytes)) != 0) throw std::bad_alloc();
-  void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_SHARED, descriptor_, 0);
-  if (memory == MAP_FAILED) throw std::bad_alloc();
-  memory_ = memory;
-  bytes_ = bytes;
-  return static_cast<std::byte*>(memory);
-}
-
-void SharedMemory::release() {
-  if (memory_) munmap(memory_, bytes_);
-  memory_ = nullptr;
-}
 
 zox_render_array empty_array() {
   zox_render_array array{};
@@ -60,7 +38,7 @@ void refuse_cut(const std::string& path) {
 }
 
 Found deliver_blocks(const std::string& path, const ReadOptions& options, Found found,
-                     decltype(Format::read_block) read_block, SharedMemory& memory) {
+                     decltype(Format::read_block) read_block, VoxelMemory& memory) {
   const auto voxel = static_cast<int64_t>(type_bytes(found.array.type));
   const auto& size = found.array.size;
   found.array.strides[0] = voxel;

@@ -1,5 +1,4 @@
-// What the reader of a format gives: a description, and voxels in shared memory or where they lie in a
-// file.
+// What the reader of a format gives: a description, and voxels in memory or where they lie in a file.
 #pragma once
 
 #include <array>
@@ -10,32 +9,12 @@
 #include <vector>
 
 #include "scan.h"
+#include "voxel_memory.h"
 
 namespace zox::input {
 
-// Memory that the caller's process sees too.
-class SharedMemory {
- public:
-  // `limit` bytes may be taken in all.
-  SharedMemory(int descriptor, uint64_t limit) : descriptor_(descriptor), limit_(limit) {}
-
-  // Memory of zeros, once. Throws Failure when there is less.
-  std::byte* allocate(uint64_t bytes, const std::string& path);
-
-  // Takes back what was allocated; a process that ends need not.
-  void release();
-
-  uint64_t limit() const { return limit_; }
-
- private:
-  int descriptor_;
-  uint64_t limit_;
-  void* memory_ = nullptr;
-  uint64_t bytes_ = 0;
-};
-
 // A scan without its voxels' addresses: voxel (0, 0, 0) is `offset` bytes behind the beginning of the
-// shared memory, or of `file` where that is not empty. array.strides are set.
+// voxel memory, or of `file` where that is not empty. array.strides are set.
 struct Found {
   zox_render_array array{};
   std::optional<Window> window;
@@ -58,7 +37,7 @@ struct Format {
   // The files that belong to the one that is named, itself first.
   std::vector<std::string> (*files)(const std::string& path);
   // Throws Failure, or any other exception when the file is damaged.
-  Found (*read)(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+  Found (*read)(const std::string& path, const ReadOptions& options, VoxelMemory& memory);
   // The voxels of a block of the volume that read() has described, packed. Null where read() reads all.
   void (*read_block)(const std::string& path, const ReadOptions& options, const zox_render_array& whole,
                      const Block& block, std::byte* out) = nullptr;
@@ -79,7 +58,7 @@ size_t type_bytes(int32_t type);
 // What read() gives of a format that can be read in blocks: with ReadOptions::leave_in_file the description
 // alone, otherwise all voxels.
 Found deliver_blocks(const std::string& path, const ReadOptions& options, Found found,
-                     decltype(Format::read_block) read_block, SharedMemory& memory);
+                     decltype(Format::read_block) read_block, VoxelMemory& memory);
 
 // The number of the volume to read of a file that holds `count`. Throws Failure.
 uint64_t chosen_volume(const std::string& path, uint64_t count, int wanted);

@@ -17,11 +17,11 @@ std::vector<std::string> itself(const std::string& path) { return {path}; }
 
 std::vector<std::string> dicom_files(const std::string& path) { return readers_for(path).dicom_files(path); }
 
-Found read_dicom(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_dicom(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   return readers_for(path).read_dicom(path, options, memory);
 }
 
-Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_itk_format(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   return readers_for(path).read_itk_format(path, options, memory);
 }
 

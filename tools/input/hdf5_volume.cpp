@@ -197,7 +197,7 @@ bool is_hdf5(const std::string& path) {
   return File(path).read(0, 8) == "\x89HDF\r\n\x1a\n"s;
 }
 
-Found read_hdf5(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_hdf5(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   Reader reader(path);
   reader.choose(options.dataset);
   Found found;

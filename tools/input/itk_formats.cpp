@@ -122,7 +122,7 @@ void check_vtk_text(const std::string& path, uint64_t count) {
   if (words < count) refuse_cut(path);
 }
 
-void read_all(ImageIO& io, const std::string& path, SharedMemory& memory, Found& found) {
+void read_all(ImageIO& io, const std::string& path, VoxelMemory& memory, Found& found) {
   const Stored type = stored_type(io, path);
   const uint64_t count = voxel_count(found.array);
   const uint64_t bytes = count * stored_bytes(type);
@@ -154,7 +154,7 @@ std::string reason_of(const itk::ExceptionObject& error) {
 
 }  // namespace
 
-Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_itk_format(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   try {
     const ImageIO::Pointer io = reader_of(path);
     if (is_tiff(File(path).read(0, 16))) check_tiff_pages(path);

@@ -5,6 +5,6 @@
 
 namespace zox::input {
 
-Found read_itk_format(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+Found read_itk_format(const std::string& path, const ReadOptions& options, VoxelMemory& memory);
 
 }  // namespace zox::input

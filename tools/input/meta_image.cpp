@@ -176,7 +176,7 @@ std::vector<std::string> meta_image_files(const std::string& path) {
   return files;
 }
 
-Found read_meta_image(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_meta_image(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   const HeaderLines lines = read_header(path);
   if (lower(lines.get("ObjectType")) != "image" && !lines.get("ObjectType").empty())
     lines.refuse_field("ObjectType", "must be Image");

@@ -7,6 +7,6 @@ namespace zox::input {
 
 bool is_meta_image(const std::string& path);
 std::vector<std::string> meta_image_files(const std::string& path);
-Found read_meta_image(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+Found read_meta_image(const std::string& path, const ReadOptions& options, VoxelMemory& memory);
 
 }  // namespace zox::input

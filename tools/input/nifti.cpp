@@ -137,7 +137,7 @@ std::vector<std::string> nifti_files(const std::string& path) {
   return {path, partner(path, kind == ".hdr" ? ".img" : ".hdr")};
 }
 
-Found read_nifti(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_nifti(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   const bool pair = is_pair(kind_of(path));
   const std::string header_file = pair && kind_of(path) == ".img" ? partner(path, ".hdr") : path;
   const NiftiHeader header = parse_nifti_header(head_of(header_file, kNiftiHeaderBytes), header_file);

@@ -7,6 +7,6 @@ namespace zox::input {
 
 bool is_nifti(const std::string& path);
 std::vector<std::string> nifti_files(const std::string& path);
-Found read_nifti(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+Found read_nifti(const std::string& path, const ReadOptions& options, VoxelMemory& memory);
 
 }  // namespace zox::input

@@ -60,7 +60,7 @@ std::vector<std::string> nrrd_files(const std::string& path) {
   return files;
 }
 
-Found read_nrrd(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_nrrd(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   const HeaderLines lines = read_nrrd_header(path);
   const std::vector<NrrdAxis> axes = read_nrrd_axes(lines);
   const Split split = split_axes(path, axes);

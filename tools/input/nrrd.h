@@ -8,7 +8,7 @@ namespace zox::input {
 
 bool is_nrrd(const std::string& path);
 std::vector<std::string> nrrd_files(const std::string& path);
-Found read_nrrd(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+Found read_nrrd(const std::string& path, const ReadOptions& options, VoxelMemory& memory);
 
 // A file of one picture, as a slice of a volume, and its rows first .. first + count - 1.
 Slice describe_nrrd_slice(const std::string& path);

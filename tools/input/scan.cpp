@@ -1,10 +1,5 @@
 #include "scan.h"
 
-#include <fcntl.h>
-#include <sys/mman.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
 #include <cmath>
 #include <csignal>
@@ -13,6 +8,7 @@
 #include <new>
 #include <span>
 #include <system_error>
+#include <utility>
 
 #include "available_memory.h"
 #include "child_process.h"
@@ -25,31 +21,19 @@
 namespace zox::input {
 namespace {
 
-class Descriptor {
- public:
-  explicit Descriptor(int number) : number_(number) {}
-  ~Descriptor() {
-    if (number_ >= 0) close(number_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  int number() const { return number_; }
-
- private:
-  int number_;
-};
-
-using Reading = std::function<Found(SharedMemory&)>;
+using Reading = std::function<Found(VoxelMemory&)>;
 
 // In the child: everything that depends on what files hold.
-std::string read_and_tell(const std::string& path, const Reading& read, SharedMemory& memory) {
+Given read_and_tell(const std::string& path, const Reading& read, uint64_t limit) {
+  VoxelMemory memory(limit);
   try {
-    return pack_found(read(memory));
+    std::string message = pack_found(read(memory));
+    return {std::move(message), memory.take()};
   } catch (const Failure& failure) {
     return pack_failure(failure.what());
   } catch (const std::bad_alloc&) {
-    return pack_failure("There is not enough memory to read " + quoted(path) + ": " +
-                        std::to_string(memory.limit()) + " bytes are available.");
+    return pack_failure("There is not enough memory to read " + quoted(path) + ": " + std::to_string(limit) +
+                        " bytes are available.");
   } catch (const std::exception&) {
     return pack_failure(quoted(path) +
                         " cannot be read: it is damaged, cut short or not what its name says.");
@@ -108,12 +92,6 @@ bool is_sound(const Found& found, uint64_t bytes) {
          static_cast<uint64_t>(high) <= bytes - found.offset;
 }
 
-uint64_t size_of(const std::string& path, int shared) {
-  struct stat status {};
-  if (fstat(shared, &status) != 0 || status.st_size <= 0) refuse_cut(path);
-  return static_cast<uint64_t>(status.st_size);
-}
-
 void set_spacing(const std::string& path, const ReadOptions& options, Found& found) {
   if (!options.spacing) return;
   if (!found.positions.empty())
@@ -125,12 +103,10 @@ void set_spacing(const std::string& path, const ReadOptions& options, Found& fou
   }
 }
 
-Scan scan_of(const std::string& path, Found found, const ReadOptions& options, int shared) {
+Scan scan_of(const std::string& path, Found found, const ReadOptions& options, Mapping block) {
   Scan scan;
   const bool left = options.leave_in_file && !found.file.empty();
-  const uint64_t bytes = found.in_blocks      ? 0
-                         : found.file.empty() ? size_of(path, shared)
-                                              : File(found.file).size();
+  const uint64_t bytes = found.file.empty() ? bytes_of(block).size() : File(found.file).size();
   if (!is_sound(found, bytes)) refuse_cut(path);
   set_spacing(path, options, found);
   scan.array = found.array;
@@ -140,7 +116,7 @@ Scan scan_of(const std::string& path, Found found, const ReadOptions& options, i
     scan.file = found.file;
     scan.offset = found.offset;
   } else {
-    scan.memory = found.file.empty() ? map_descriptor(shared, bytes) : File(found.file).map();
+    scan.memory = found.file.empty() ? std::move(block) : File(found.file).map();
     scan.array.data = static_cast<const std::byte*>(scan.memory.get()) + found.offset;
   }
   scan.window = found.window;
@@ -150,21 +126,18 @@ Scan scan_of(const std::string& path, Found found, const ReadOptions& options, i
   return scan;
 }
 
-// Reads in a child; what came of it goes to `take`, with the descriptor of the voxels.
+// Reads in a child; what came of it goes to `take`, with the memory of the voxels.
 template <class Take>
 auto with_child(const std::string& path, const ReadOptions& options, const Reading& read, Take take) try {
-  const Descriptor shared(memfd_create("zox-voxels", MFD_CLOEXEC));
-  if (shared.number() < 0) throw std::system_error(errno, std::generic_category(), "memfd_create");
   const uint64_t available = std::min(available_memory(), uint64_t{1} << 60);
   const uint64_t limit = options.memory_limit ? std::min(options.memory_limit, available) : available;
-  SharedMemory memory(shared.number(), limit);
   // Voxels may take all of the limit; what the readers work with comes on top.
   constexpr uint64_t kReaders = uint64_t{256} << 20;
-  const Answer answer =
-      run_in_child({limit + kReaders, options.seconds}, [&] { return read_and_tell(path, read, memory); });
+  Answer answer =
+      run_in_child({limit + kReaders, options.seconds}, [&] { return read_and_tell(path, read, limit); });
   auto found = unpack(answer.bytes);
   if (!found) refuse_without_answer(path, options, answer);
-  return take(std::move(*found), shared.number());
+  return take(std::move(*found), std::move(answer.block));
 } catch (const std::bad_alloc&) {
   refuse("There is not enough memory to read " + quoted(path) + ".");
 } catch (const std::system_error& error) {
@@ -175,9 +148,9 @@ auto with_child(const std::string& path, const ReadOptions& options, const Readi
 }  // namespace
 
 Scan read_scan(const std::string& path, const ReadOptions& options) {
-  const auto read = [&](SharedMemory& memory) { return format_of(path).read(path, options, memory); };
-  return with_child(path, options, read, [&](Found found, int shared) {
-    return scan_of(path, std::move(found), options, shared);
+  const auto read = [&](VoxelMemory& memory) { return format_of(path).read(path, options, memory); };
+  return with_child(path, options, read, [&](Found found, Mapping block) {
+    return scan_of(path, std::move(found), options, std::move(block));
   });
 }
 
@@ -185,14 +158,14 @@ Mapping read_block(const Blocks& blocks, const zox_render_array& array, const st
                    const std::array<int32_t, 3>& size) {
   uint64_t bytes = type_bytes(array.type);
   for (const int32_t length : size) bytes *= static_cast<uint64_t>(length);
-  const auto read = [&](SharedMemory& memory) {
+  const auto read = [&](VoxelMemory& memory) {
     std::byte* const out = memory.allocate(bytes, blocks.path);
     format_of(blocks.path).read_block(blocks.path, blocks.options, array, {first, size}, out);
     return Found{};
   };
-  return with_child(blocks.path, blocks.options, read, [&](const Found&, int shared) {
-    if (size_of(blocks.path, shared) < bytes) refuse_cut(blocks.path);
-    return map_descriptor(shared, bytes);
+  return with_child(blocks.path, blocks.options, read, [&](const Found&, Mapping block) {
+    if (bytes_of(block).size() < bytes) refuse_cut(blocks.path);
+    return block;
   });
 }
 
@@ -210,13 +183,13 @@ void map_voxels(Scan& scan) {
 }
 
 std::vector<std::string> list_series(const std::string& path, const ReadOptions& options) {
-  const auto read = [&](SharedMemory&) {
+  const auto read = [&](VoxelMemory&) {
     if (!is_dicom(path)) refuse(quoted(path) + " is no DICOM file or folder, which alone hold series.");
     Found found;
     found.notes = readers_for(path).dicom_series(path, options);
     return found;
   };
-  return with_child(path, options, read, [](Found found, int) { return std::move(found.notes); });
+  return with_child(path, options, read, [](Found found, const Mapping&) { return std::move(found.notes); });
 }
 
 namespace {
@@ -238,15 +211,15 @@ SeriesOf unpacked(const std::string& text) {
 // What a reader does not survive is found by halves.
 void add_series_of(std::span<const std::string> paths, const ReadOptions& options,
                    std::vector<SeriesOf>& all) {
-  const auto read = [&](SharedMemory&) {
+  const auto read = [&](VoxelMemory&) {
     Found found;
     const Readers& readers = readers_for(paths[0]);
     for (const std::string& path : paths) found.notes.push_back(packed(readers.dicom_series_of(path)));
     return found;
   };
   try {
-    const auto texts =
-        with_child(paths[0], options, read, [](Found found, int) { return std::move(found.notes); });
+    const auto texts = with_child(paths[0], options, read,
+                                  [](Found found, const Mapping&) { return std::move(found.notes); });
     if (texts.size() != paths.size()) throw Failure("");
     for (const std::string& text : texts) all.push_back(unpacked(text));
   } catch (const Failure&) {

@@ -109,7 +109,7 @@ std::vector<std::string> slice_folder_files(const std::string& path) {
   return files;
 }
 
-Found read_slices(const std::string& path, const ReadOptions& options, SharedMemory& memory) {
+Found read_slices(const std::string& path, const ReadOptions& options, VoxelMemory& memory) {
   return deliver_blocks(path, options, describe(slice_files(path), path, options), read_slices_block, memory);
 }
 

@@ -7,7 +7,7 @@ namespace zox::input {
 
 bool is_slice_folder(const std::string& path);
 std::vector<std::string> slice_folder_files(const std::string& path);
-Found read_slices(const std::string& path, const ReadOptions& options, SharedMemory& memory);
+Found read_slices(const std::string& path, const ReadOptions& options, VoxelMemory& memory);
 void read_slices_block(const std::string& path, const ReadOptions& options, const zox_render_array& whole,
                        const Block& block, std::byte* out);
 

@@ -169,7 +169,7 @@ std::byte* copy_as_block(Stored type, const std::byte* from, size_t count, std::
   return to + bytes;
 }
 
-void deliver(const VoxelSource& source, SharedMemory& memory, Found& found) {
+void deliver(const VoxelSource& source, VoxelMemory& memory, Found& found) {
   constexpr uint64_t kMostVoxels = uint64_t{1} << 48;
   if (source.total > kMostVoxels) refuse_cut(source.header);
   found.array.type = render_type(source.type);

@@ -31,7 +31,7 @@ struct VoxelSource {
 
 // Fills in found.array.type and where voxel source.first is: the rest of `found` stays. 64-bit integers
 // become 32-bit ones, or doubles where they do not fit.
-void deliver(const VoxelSource& source, SharedMemory& memory, Found& found);
+void deliver(const VoxelSource& source, VoxelMemory& memory, Found& found);
 
 // The wanted voxels with the lower byte first, of the type that is stored: source.count of them.
 void read_voxels(const VoxelSource& source, std::byte* out);
@@ -41,7 +41,7 @@ int32_t block_type(Stored type);
 // Copies voxels as that type, and gives the place behind them.
 std::byte* copy_as_block(Stored type, const std::byte* from, size_t count, std::byte* to);
 
-// Sets found.array.type for voxels that are at the beginning of the shared memory, with 64-bit integers
+// Sets found.array.type for voxels that are at the beginning of the voxel memory, with 64-bit integers
 // made shorter in place.
 void take_voxels(Stored type, std::byte* voxels, uint64_t count, Found& found);
 
