@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "failure.h"
+#include "file.h"
 #include "meta_image.h"
 #include "nifti.h"
 #include "nrrd.h"
