@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "ray_batch.h"
+#include "random_batch.h"
 
 namespace {
 
@@ -73,7 +73,7 @@ TEST(Stack, RayCastersStayWithinTheirBounds) {
     for (const zox_test::Operations* target : zox_test::all_targets()) {
       if (!target->supported()) continue;
       for (int seed = 0; seed < kBatches; ++seed) {
-        zox_test::Batch batch(caster, static_cast<uint64_t>(seed));
+        zox_test::RandomBatch batch(caster, static_cast<uint64_t>(seed));
         most = std::max(most, stack_of([&] { (target->*caster.member)(&batch.volume(), &batch.rays()); }));
       }
     }

@@ -5,7 +5,7 @@
 #include <string>
 
 #include "effort.h"
-#include "ray_batch.h"
+#include "random_batch.h"
 #include "violations.h"
 
 namespace zox_test {
@@ -31,9 +31,9 @@ TEST_P(Silence, OverValidBatches) {
   ASSERT_TRUE(cast && maximum);
   const Seeds chosen = seeds(7000000, kBatches);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    Batch batch(caster, seed, Validity::kStrict);
-    const Batch::Outcome expected = batch.run(caster.reference);
-    Batch::Outcome actual;
+    RandomBatch batch(caster, seed, Validity::kStrict);
+    const RandomBatch::Outcome expected = batch.run(caster.reference);
+    RandomBatch::Outcome actual;
     std::vector<int16_t> maxima(std::max(1, batch.rays().nrays));
     const std::string text = checker_test::said([&] {
       actual = batch.run(cast);

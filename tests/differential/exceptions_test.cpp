@@ -12,7 +12,7 @@
 
 #include "crash_note.h"
 #include "effort.h"
-#include "ray_batch.h"
+#include "random_batch.h"
 
 namespace zox_test {
 namespace {
@@ -40,7 +40,7 @@ int raised_by_comparing(const Caster& caster, const zox_Rays& rays) {
   return caster.parallel() && !finite ? FE_INVALID : 0;
 }
 
-int raised_by(Batch& batch, zox::RayCast cast) {
+int raised_by(RandomBatch& batch, zox::RayCast cast) {
   feclearexcept(FE_ALL_EXCEPT);
   batch.run(cast);
   return fetestexcept(kExceptions);
@@ -58,7 +58,7 @@ TEST_P(Exceptions, AreThoseOfTheReference) {
   const zox::RayCast cast = target.*caster.member;
   const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 300);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    Batch batch(caster, seed);
+    RandomBatch batch(caster, seed);
     const std::string what = std::string(target.name) + ", " + batch.describe();
     const int allowed = raised_by(batch, caster.reference) | raised_by_comparing(caster, batch.rays());
     const uint64_t poison = kPoisons[seed % (sizeof kPoisons / sizeof *kPoisons)];

@@ -7,7 +7,7 @@
 
 #include "crash_note.h"
 #include "effort.h"
-#include "ray_batch.h"
+#include "random_batch.h"
 
 namespace zox_test {
 namespace {
@@ -26,11 +26,11 @@ TEST_P(RayCast, MatchesReference) {
   const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 2500);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
     set_crash_note(std::string("making ") + caster.name + " seed " + std::to_string(seed));
-    Batch batch(caster, seed);
+    RandomBatch batch(caster, seed);
     set_crash_note("reference, " + batch.describe());
-    const Batch::Outcome expected = batch.run(caster.reference);
+    const RandomBatch::Outcome expected = batch.run(caster.reference);
     set_crash_note(std::string(target.name) + ", " + batch.describe());
-    const Batch::Outcome actual = batch.run(cast);
+    const RandomBatch::Outcome actual = batch.run(cast);
     ASSERT_EQ(expected.status, actual.status) << target.name << ", " << batch.describe();
     ASSERT_TRUE(expected.planes == actual.planes)
         << target.name << ", " << batch.planes().first_difference(expected.planes, actual.planes) << "\n"

@@ -11,7 +11,7 @@
 
 #include "crash_note.h"
 #include "effort.h"
-#include "ray_batch.h"
+#include "random_batch.h"
 
 namespace zox_test {
 namespace {
@@ -61,7 +61,7 @@ void on_touch(int, siginfo_t* info, void*) {
   }
 }
 
-void close_slices(Watch& w, const Batch& batch, int count) {
+void close_slices(Watch& w, const RandomBatch& batch, int count) {
   w.slices.resize(static_cast<size_t>(count));
   w.touched.reserve(static_cast<size_t>(count));
   for (int s = 0; s < count; ++s) {
@@ -72,7 +72,7 @@ void close_slices(Watch& w, const Batch& batch, int count) {
   }
 }
 
-void sweep_under_watch(Watch& w, Batch& batch, zox::RayCast cast) {
+void sweep_under_watch(Watch& w, RandomBatch& batch, zox::RayCast cast) {
   struct sigaction action {};
   action.sa_sigaction = on_touch;
   action.sa_flags = SA_SIGINFO;
@@ -94,7 +94,7 @@ TEST_P(SliceOrder, SlicesAreVisitedOnceAscending) {
   if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
   const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 150);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    Batch batch(caster, seed, Validity::kValid, Slices::kApart);
+    RandomBatch batch(caster, seed, Validity::kValid, Slices::kApart);
     if (takes_one_region_path(caster, batch.volume(), batch.rays())) continue;
     const std::string what = std::string(target.name) + ", " + batch.describe();
     set_crash_note(what);

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "effort.h"
-#include "ray_batch.h"
+#include "random_batch.h"
 
 namespace zox_test {
 namespace {
@@ -20,7 +20,8 @@ constexpr int kRepeats = 3;
 // every share reads voxels that the common volume has.
 class Share {
  public:
-  Share(const Batch& batch, int element_size, Random& random) : volume_(batch.volume()), rays_(batch.rays()) {
+  Share(const RandomBatch& batch, int element_size, Random& random)
+      : volume_(batch.volume()), rays_(batch.rays()) {
     const int rays = std::max(0, rays_.nrays);
     int longest = 0;
     for (int r = 0; r < std::max(1, rays); ++r) {
@@ -67,7 +68,7 @@ TEST_P(Threads, ResultsAreThoseOfOneThread) {
   const Caster& caster = kCasters[GetParam()];
   const Seeds chosen = seeds(5000000, kVolumes);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    Batch batch(caster, seed);
+    RandomBatch batch(caster, seed);
     Random random(seed);
     std::vector<Share> shares;
     std::vector<std::vector<uint8_t>> expected;

@@ -12,7 +12,7 @@
 #include "crash_note.h"
 #include "effort.h"
 #include "guarded_buffer.h"
-#include "ray_batch.h"
+#include "random_batch.h"
 #include "scratch_case.h"
 #include "zox_volume_names.h"
 
@@ -78,9 +78,8 @@ void fail_each_allocation(const Caster& caster, const ScratchSize& size) {
   const std::string what = to_string(caster, size);
   for (size_t n = 1; n <= requests.size() + 1; ++n) {
     const bool fails = n <= requests.size();
-    batch.clear_planes();
     allocator.restart(n);
-    const int status = caster.exported(batch.volume(), batch.rays());
+    const int status = batch.run(caster.exported);
     ASSERT_EQ(fails ? ZOX_STS_NO_MEMORY : ZOX_STS_NO_ERROR, status) << what;
     const std::vector<int32_t> expected(
         requests.begin(), requests.begin() + static_cast<std::ptrdiff_t>(fails ? n : requests.size()));
@@ -123,9 +122,8 @@ TEST_P(ReplacedAllocator, SizesWrapIn32Bits) {
     ASSERT_EQ(1u, requests.size()) << what;
     ASSERT_LT(requests[0], 1) << what;
     ScratchCase batch(caster_, size);
-    batch.clear_planes();
     allocator.restart(0);
-    EXPECT_EQ(ZOX_STS_NO_MEMORY, caster_.exported(batch.volume(), batch.rays())) << what;
+    EXPECT_EQ(ZOX_STS_NO_MEMORY, batch.run(caster_.exported)) << what;
     EXPECT_EQ(requests, allocator.requests) << what;
     EXPECT_TRUE(batch.planes_untouched()) << what;
     expect_nothing_kept(what);
@@ -140,10 +138,10 @@ TEST_P(ReplacedAllocator, SizesWrapIn32Bits) {
 TEST_P(ReplacedAllocator, RandomBatchesFailCleanly) {
   const Seeds chosen = seeds(8000000, 1500);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    Batch batch(caster_, seed);
+    RandomBatch batch(caster_, seed);
     set_crash_note(batch.describe());
     allocator.restart(0);
-    const Batch::Outcome granted = batch.run(caster_.exported);
+    const RandomBatch::Outcome granted = batch.run(caster_.exported);
     ASSERT_EQ(ZOX_STS_NO_ERROR, granted.status) << batch.describe();
     expect_nothing_kept(batch.describe());
     const std::vector<int> requests = allocator.requests;
@@ -151,7 +149,7 @@ TEST_P(ReplacedAllocator, RandomBatchesFailCleanly) {
     ASSERT_TRUE(batch.run(caster_.reference).planes == granted.planes) << batch.describe();
     for (size_t n = 1; n <= requests.size(); ++n) {
       allocator.restart(n);
-      const Batch::Outcome refused = batch.run(caster_.exported);
+      const RandomBatch::Outcome refused = batch.run(caster_.exported);
       ASSERT_EQ(ZOX_STS_NO_MEMORY, refused.status) << batch.describe();
       ASSERT_EQ(std::vector<uint8_t>(refused.planes.size(), batch.pattern()), refused.planes)
           << batch.describe();

@@ -1,19 +1,20 @@
 #include "scratch_case.h"
 
 #include <algorithm>
-#include <cmath>
+#include <numeric>
 
 namespace zox_test {
 namespace {
 
-constexpr double kStart[3] = {1.0, 1.0, 0.5};
-constexpr double kStep[3] = {0.0, 0.0, 0.0};
+constexpr Point kStart = {1, 1, 0.5}, kStep = {0, 0, 0};
 constexpr int kEdge = 4;
 
-// One byte everywhere in the slice. 8-bit samples are this byte and 16-bit ones twice it; as bits
+// One byte everywhere in the stack. 8-bit samples are this byte and 16-bit ones twice it; as bits
 // it holds a one at column 1, where all rays stand.
 constexpr uint8_t kVoxelByte = 0x47;
-constexpr uint8_t kUntouched = 0xA5;
+
+// Sizes beyond these are refused before anything is read.
+int existing(int size) { return std::min(size, 1000); }
 
 int32_t wrapped(int64_t product) { return static_cast<int32_t>(static_cast<uint64_t>(product)); }
 
@@ -53,51 +54,29 @@ std::string to_string(const Caster& caster, const ScratchSize& size) {
 }
 
 ScratchCase::ScratchCase(const Caster& caster, const ScratchSize& size)
-    : caster_(caster), slice_(kEdge * kEdge * 2, kVoxelByte) {
-  // Sizes beyond these are refused before anything is read.
-  const size_t slices = static_cast<size_t>(std::min(size.nslices, 1000));
-  const size_t regions = static_cast<size_t>(std::min(size.nregions, 1000));
-  slices_.assign(slices + 1, slice_.data());
-  for (int y = 0; y < kEdge; ++y) rowoffs_.push_back(y * kEdge * 2);
+    : stack_(caster, kEdge, kEdge, existing(size.nslices)),
+      batch_(caster.element_size()),
+      nrays_(size.nrays),
+      value_(caster.bit()                 ? 1
+             : caster.element_size() == 2 ? 0x0101 * kVoxelByte
+                                          : kVoxelByte) {
+  stack_.fill_bytes([] { return kVoxelByte; });
   // Scale 0 puts every z of every region on that region's first slice, which is 0.
-  regslice_.assign(regions, 0);
-  scales_.assign(regions, 0.0);
-  for (size_t j = 0; j <= regions; ++j) bounds_.push_back(static_cast<double>(j));
-  counts_ = {1, size.samples};
-  if (size.nrays < 2) counts_ = {size.samples};
-  starts_.assign(counts_.size(), kStart);
-  steps_.assign(counts_.size(), kStep);
-  const size_t planes = size.nrays < 1 ? 0 : static_cast<size_t>(std::max(1, std::min(size.samples, 1000)));
-  planes_.assign(planes, std::vector<uint8_t>(counts_.size() * static_cast<size_t>(caster.element_size())));
-  for (std::vector<uint8_t>& plane : planes_) plane_pointers_.push_back(plane.data());
-  volume_.slices = slices_.data();
-  volume_.rowoffs = rowoffs_.data();
-  volume_.nslices = size.nslices;
+  const size_t regions = static_cast<size_t>(existing(size.nregions));
+  std::vector<double> bounds(regions + 1);
+  std::iota(bounds.begin(), bounds.end(), 0.0);
+  stack_.regions(bounds, std::vector<int32_t>(regions), std::vector<double>(regions));
+  volume_ = stack_.pretend(size.nslices).volume();
   volume_.nregions = size.nregions;
-  volume_.regslice = regslice_.data();
-  volume_.regbounds = bounds_.data();
-  volume_.regscale = scales_.data();
-  rays_ = {plane_pointers_.data(), size.nrays, starts_.data(), steps_.data(), counts_.data()};
-}
-
-void ScratchCase::clear_planes() {
-  for (std::vector<uint8_t>& plane : planes_) std::fill(plane.begin(), plane.end(), kUntouched);
-}
-
-bool ScratchCase::planes_untouched() const {
-  return std::all_of(planes_.begin(), planes_.end(), [](const std::vector<uint8_t>& plane) {
-    return std::all_of(plane.begin(), plane.end(), [](uint8_t b) { return b == kUntouched; });
-  });
+  if (nrays_ > 1) batch_.add(kStart, kStep, 1);
+  batch_.add(kStart, kStep, size.samples).pretend(nrays_);
 }
 
 bool ScratchCase::planes_right() const {
-  const size_t size = static_cast<size_t>(caster_.element_size());
-  for (size_t k = 0; k < planes_.size(); ++k) {
-    for (size_t i = 0; i < planes_[k].size(); ++i) {
-      const bool sampled = static_cast<int>(k) < counts_[i / size];
-      const uint8_t sample = caster_.bit() ? 1 : kVoxelByte;
-      if (planes_[k][i] != (sampled ? sample : kUntouched)) return false;
-    }
+  for (int r = 0; r < nrays_; ++r) {
+    const std::vector<int> samples = batch_.samples(r);
+    if (!std::all_of(samples.begin(), samples.end(), [&](int sample) { return sample == value_; }))
+      return false;
   }
   return true;
 }

@@ -2,10 +2,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "operation_list.h"
+#include "small_batch.h"
+#include "small_volumes.h"
 
 namespace zox_test {
 
@@ -30,23 +33,19 @@ class ScratchCase {
  public:
   ScratchCase(const Caster& caster, const ScratchSize& size);
 
-  const zox_Volume* volume() const { return &volume_; }
-  const zox_Rays* rays() const { return &rays_; }
-  void clear_planes();
-  bool planes_untouched() const;
+  // Into fresh planes; nothing but samples may be written.
+  int run(const std::function<int(const zox_Volume*, const zox_Rays*)>& cast) {
+    return batch_.run(cast, volume_);
+  }
+  bool planes_untouched() const { return !batch_.anything_written(); }
   bool planes_right() const;
 
  private:
-  const Caster& caster_;
-  std::vector<uint8_t> slice_;
-  std::vector<const void*> slices_;
-  std::vector<int32_t> rowoffs_, regslice_, counts_;
-  std::vector<double> bounds_, scales_;
-  std::vector<const double*> starts_, steps_;
-  std::vector<std::vector<uint8_t>> planes_;
-  std::vector<void*> plane_pointers_;
-  zox_Volume volume_{};
-  zox_Rays rays_{};
+  Stack stack_;
+  Batch batch_;
+  zox_Volume volume_;
+  int nrays_;
+  int value_;  // of every sample
 };
 
 }  // namespace zox_test

@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "effort.h"
-#include "ray_batch.h"
+#include "random_batch.h"
 #include "scratch_case.h"
 #include "watched_malloc.h"
 
@@ -45,10 +45,12 @@ void fail_each_allocation(const Caster& caster, zox::RayCast cast, const Scratch
   const std::string what = to_string(caster, size);
   for (size_t n = 1; n <= requests.size() + 1; ++n) {
     const bool fails = n <= requests.size();
-    batch.clear_planes();
-    watched_malloc.start(n);
-    const int status = cast(batch.volume(), batch.rays());
-    watched_malloc.stop();
+    const int status = batch.run([&](const zox_Volume* volume, const zox_Rays* rays) {
+      watched_malloc.start(n);
+      const int status_of_call = cast(volume, rays);
+      watched_malloc.stop();
+      return status_of_call;
+    });
     ASSERT_EQ(fails ? ZOX_STS_NO_MEMORY : ZOX_STS_NO_ERROR, status) << what;
     ASSERT_EQ(system_requests(requests, fails ? n : requests.size()), watched_malloc.requests) << what;
     expect_nothing_kept(what);
@@ -68,7 +70,7 @@ TEST_P(SystemAllocator, BlockedCastersAskForNothing) {
   if (!caster_.blocked()) return;
   const Seeds chosen = seeds(7000000, 50);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    Batch batch(caster_, seed);
+    RandomBatch batch(caster_, seed);
     watched_malloc.start();
     (target_->*caster_.member)(&batch.volume(), &batch.rays());
     watched_malloc.stop();

@@ -43,11 +43,11 @@ uint64_t checksum_of_maxima(Reduce reduce) {
     if (caster.element_size() != sizeof(Element) || !caster.blocked()) continue;
     Scene scene(caster, 3);
     Stream stream(99);
-    scene.fill_planes(stream);
+    const zox_Rays rays = scene.filled_rays(stream);
     std::vector<uint8_t> mask(600);
-    for (uint8_t& byte : mask) byte = static_cast<uint8_t>(stream.next());
-    std::vector<Element> maxima(static_cast<size_t>(scene.rays().nrays));
-    const int status = reduce(&scene.rays(), mask.data(), 100, maxima.data());
+    for (uint8_t& byte : mask) byte = stream.byte();
+    std::vector<Element> maxima(static_cast<size_t>(rays.nrays));
+    const int status = reduce(&rays, mask.data(), 100, maxima.data());
     sum.add(&status, sizeof status);
     sum.add(maxima.data(), maxima.size() * sizeof(Element));
     break;

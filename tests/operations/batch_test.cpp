@@ -3,9 +3,9 @@
 
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 using Ints = std::vector<int>;
@@ -16,7 +16,7 @@ constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 Cube cube_with_ones(const Caster& caster, std::initializer_list<Point> ones) {
   Cube cube(caster);
   for (const Point& p : ones)
-    cube.set(static_cast<int>(p.x), static_cast<int>(p.y), static_cast<int>(p.z), 1);
+    cube.set(static_cast<int>(p[0]), static_cast<int>(p[1]), static_cast<int>(p[2]), 1);
   return cube;
 }
 
@@ -155,4 +155,4 @@ TEST_P(BlockedCaster, TakesMoreThan64Rays) {
 INSTANTIATE_FOR_CASTERS(BlockedCaster, [](const Caster& c) { return c.blocked(); });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

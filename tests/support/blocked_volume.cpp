@@ -10,9 +10,7 @@
 namespace zox_test {
 namespace {
 
-constexpr int kBrickEdge = 64;
 constexpr int kBrickDepth = 32;
-constexpr size_t kBrickVoxels = size_t{kBrickEdge} * kBrickEdge * kBrickDepth;
 
 using Key = std::tuple<size_t, int, Contents, GuardedBuffer::Flush>;
 
@@ -43,14 +41,9 @@ const GuardedBuffer* cleared_buffer(size_t bytes) {
 // The largest sizes that the layout has, without the memory that filling them would take.
 BlockedVolume draw_sparse_volume(const Caster& caster, Random& random) {
   const int size = random.pick({512, 700, 1024, 2047, 2048});
-  const int bricks = size < 1024 ? 8 : size < 2048 ? 16 : 32;
-  const int layers = 1024 / (bricks * bricks);
-  const size_t bytes = kBrickVoxels * 1024 * static_cast<size_t>(caster.element_size());
-  return {cleared_buffer(bytes), size, kBrickEdge * bricks, kBrickDepth * layers, true};
-}
-
-size_t element_index(int bricks, int x, int y, int z) {
-  return zox_blocked_index(kBrickEdge * bricks, x, y, z);
+  const int edge = blocked_edge(size), depth = kBrickDepth * (2048 / edge) * (2048 / edge);
+  const size_t bytes = zox_blocked_elements(edge, depth) * static_cast<size_t>(caster.element_size());
+  return {cleared_buffer(bytes), size, edge, depth, true};
 }
 
 }  // namespace
@@ -61,7 +54,7 @@ void fill_cell(const BlockedVolume& volume, const Voxel& at, int element_size, C
   for (int corner = 0; corner < 8; ++corner) {
     const int x = at.x + (corner & 1), y = at.y + (corner >> 1 & 1), z = at.z + (corner >> 2);
     if (x >= volume.edge || y >= volume.edge || z >= volume.depth) continue;
-    const size_t index = element_index(volume.edge / kBrickEdge, x, y, z);
+    const size_t index = zox_blocked_index(volume.edge, x, y, z);
     fill_voxels(volume.buffer->data() + index * size, size, element_size, contents, random);
   }
 }
@@ -69,12 +62,12 @@ void fill_cell(const BlockedVolume& volume, const Voxel& at, int element_size, C
 BlockedVolume draw_blocked_volume(const Caster& caster, Random& random) {
   if (random.chance(0.04)) return draw_sparse_volume(caster, random);
   const int size = random.pick({64, 64, 100, 1, 127, 128, 128, 200, 255, 256, 384});
-  const int bricks = size < 128 ? 1 : size < 256 ? 2 : 4;
-  const int layers = bricks == 4 ? 1 : random.whole(1, 4 / bricks);
-  const size_t voxels = kBrickVoxels * static_cast<size_t>(bricks * bricks * layers);
+  const int edge = blocked_edge(size);
+  const int depth = kBrickDepth * (edge == 256 ? 1 : random.whole(1, 256 / edge));
+  const size_t voxels = zox_blocked_elements(edge, depth);
   const auto flush = random.chance(0.5) ? GuardedBuffer::Flush::kStart : GuardedBuffer::Flush::kEnd;
   const GuardedBuffer* buffer = kept_buffer({voxels, caster.element_size(), draw_contents(random), flush});
-  return {buffer, size, kBrickEdge * bricks, kBrickDepth * layers, false};
+  return {buffer, size, edge, depth, false};
 }
 
 }  // namespace zox_test

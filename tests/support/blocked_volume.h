@@ -7,6 +7,13 @@
 
 namespace zox_test {
 
+// The columns and rows that a blocked volume of this size has room for.
+inline int blocked_edge(int size) {
+  int edge = 64;
+  while (edge * 2 <= size) edge *= 2;
+  return edge;
+}
+
 struct BlockedVolume {
   const GuardedBuffer* buffer;
   int32_t size;  // as the record has it

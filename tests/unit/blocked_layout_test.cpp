@@ -3,9 +3,9 @@
 
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 struct Place {
@@ -114,4 +114,4 @@ TEST_P(BlockedNeighbours, LieInTheNextBrick) {
 INSTANTIATE_FOR_CASTERS(BlockedNeighbours, [](const Caster& c) { return c.blocked() && c.trilinear(); });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

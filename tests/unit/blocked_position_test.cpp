@@ -4,9 +4,9 @@
 
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 using Ints = std::vector<int>;
@@ -25,14 +25,11 @@ class BlockedPositions : public CasterTest {
   Ints along(int axis, double start, double step, double apart, size_t nsamples) {
     Blocked blocked(caster().element_size(), 64, 32);
     blocked.fill([&](int x, int y, int z) { return value(axis == 0 ? x : axis == 1 ? y : z); });
-    double s[3] = {1, 1, 1};
-    double d[3] = {0, 0, 0};
-    s[axis] = start;
-    d[axis] = step;
+    Point at = {1, 1, 1}, by = {0, 0, 0};
+    at[static_cast<size_t>(axis)] = start;
+    by[static_cast<size_t>(axis)] = step;
     const double aside = axis == 2 ? 0 : apart;
-    const Point at = {s[0], s[1], s[2]};
-    const Point by = {d[0], d[1], d[2]};
-    const Point beside = {s[0], axis == 2 ? s[1] + 6 * apart / 5 : s[1], s[2] + aside};
+    const Point beside = {at[0], axis == 2 ? at[1] + 6 * apart / 5 : at[1], at[2] + aside};
     Batch batch(caster().element_size());
     batch.add(at, by, static_cast<int32_t>(nsamples)).add(beside, by, 1);
     EXPECT_EQ(batch.run(cast(), blocked.volume()), ZOX_STS_NO_ERROR);
@@ -134,4 +131,4 @@ TEST_P(BlockedFixedTrilinear, StartsAndStepsBelowAUnitAreCutOff) {
 INSTANTIATE_FOR_CASTERS(BlockedFixedTrilinear, trilinear_in_integers);
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

@@ -1,6 +1,6 @@
 #include "implementations.h"
 
-namespace zox_unit {
+namespace zox_test {
 
 std::vector<const Operations*> implementations() {
   std::vector<const Operations*> all = {&zox_test::kReference, &zox_test::kExported, &zox_test::kSecondNames};
@@ -28,4 +28,4 @@ std::string case_name(const testing::TestParamInfo<CasterCase>& info) {
   return std::string(std::get<0>(info.param)->name) + "_" + std::get<1>(info.param)->name;
 }
 
-}  // namespace zox_unit
+}  // namespace zox_test

@@ -10,7 +10,7 @@
 
 #include "operation_list.h"
 
-namespace zox_unit {
+namespace zox_test {
 
 using zox::Operations;
 using zox_test::Caster;
@@ -39,14 +39,14 @@ class OperationsTest : public testing::TestWithParam<const Operations*> {
   const Operations& operations() const { return *GetParam(); }
 };
 
-}  // namespace zox_unit
+}  // namespace zox_test
 
 #define INSTANTIATE_FOR_CASTERS(suite, chooses)                                                   \
   INSTANTIATE_TEST_SUITE_P(All, suite,                                                            \
-                           testing::Combine(testing::ValuesIn(zox_unit::implementations()),       \
-                                            testing::ValuesIn(zox_unit::casters_where(chooses))), \
-                           zox_unit::case_name)
+                           testing::Combine(testing::ValuesIn(zox_test::implementations()),       \
+                                            testing::ValuesIn(zox_test::casters_where(chooses))), \
+                           zox_test::case_name)
 
 #define INSTANTIATE_FOR_OPERATIONS(suite)                                              \
-  INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(zox_unit::implementations()), \
-                           zox_unit::implementation_name)
+  INSTANTIATE_TEST_SUITE_P(All, suite, testing::ValuesIn(zox_test::implementations()), \
+                           zox_test::implementation_name)

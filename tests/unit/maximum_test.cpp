@@ -4,7 +4,7 @@
 
 #include "implementations.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 // A filled batch: rows of samples, one row a ray; every plane has an element for each ray.
@@ -179,4 +179,4 @@ TEST_P(Maximum, ARayWhoseSelectedSamplesLieBeyondItsEndIsEmpty) {
 INSTANTIATE_FOR_OPERATIONS(Maximum);
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

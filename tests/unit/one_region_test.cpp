@@ -5,9 +5,9 @@
 #include "guarded_buffer.h"
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 using Ints = std::vector<int>;
@@ -102,11 +102,10 @@ class OneRegionPath : public CasterTest {
   Batch rays(int axis, const std::vector<double>& starts, double step, int count) const {
     Batch batch(caster().element_size());
     for (double start : starts) {
-      double s[3] = {2, 2, 2};
-      double d[3] = {0, 0, 0};
-      s[axis] = start;
-      d[axis] = step;
-      batch.add({s[0], s[1], s[2]}, {d[0], d[1], d[2]}, count);
+      Point s = {2, 2, 2}, d = {0, 0, 0};
+      s[static_cast<size_t>(axis)] = start;
+      d[static_cast<size_t>(axis)] = step;
+      batch.add(s, d, count);
     }
     return batch;
   }
@@ -233,11 +232,11 @@ INSTANTIATE_FOR_CASTERS(OneRegionPath, parallel_nearest);
 // and over; what the last samples wrote stands in them.
 TEST_P(OneRegionCount, HasNoLimit) {
   constexpr int32_t kCount = (1 << 25) + 4;
-  const zox_test::RepeatedPages table(kCount * sizeof(void*));
-  constexpr size_t kPlanes = zox_test::RepeatedPages::period<void*>();
+  const RepeatedPages table(kCount * sizeof(void*));
+  constexpr size_t kPlanes = RepeatedPages::period<void*>();
   std::vector<std::array<uint8_t, 2>> planes(kPlanes);
   for (size_t k = 0; k < kPlanes; ++k) table.as<void*>()[k] = planes[k].data();
-  Stack stack(Stack::Voxel::kByte, 10, 2, 2);
+  Stack stack(*casters_where(parallel_nearest)[0], 10, 2, 2);
   stack.fill([](int x, int, int) { return x; });
   const double start[3] = {0.5, 0, 0}, step[3] = {0x1p-22, 0, 0};  // voxel 9 after 2^25 samples
   const double* starts[] = {start, start};
@@ -255,4 +254,4 @@ TEST_P(OneRegionCount, HasNoLimit) {
 INSTANTIATE_FOR_OPERATIONS(OneRegionCount);
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

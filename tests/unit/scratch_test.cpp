@@ -1,9 +1,9 @@
 // Slice stacks: scratch beyond the fixed tables. Its sizes are 32-bit products, so counts exist that
 // wrap to a size that can never be had, and with them the size that was asked for becomes visible.
 #include "implementations.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 class Scratch : public CasterTest {
@@ -86,4 +86,4 @@ INSTANTIATE_TEST_SUITE_P(All, GrowingTables, testing::ValuesIn(library_cases([](
                          case_name);
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

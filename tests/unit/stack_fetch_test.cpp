@@ -2,9 +2,9 @@
 #include "guarded_buffer.h"
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 using Ints = std::vector<int>;
@@ -16,7 +16,7 @@ enum Path { kShortest, kLists };
 Batch rays_along_x(const Caster& caster, Path path, Point start, int count) {
   Batch batch(caster.element_size());
   batch.add(start, {1, 0, 0}, count);
-  if (path == kLists) batch.add({start.x, start.y, start.z + 1000}, {1, 0, 0}, 0);
+  if (path == kLists) batch.add({start[0], start[1], start[2] + 1000}, {1, 0, 0}, 0);
   return batch;
 }
 
@@ -163,7 +163,7 @@ TEST_P(FarRow, TheSumOfRowAndColumnWrapsWhereItIs32BitsWide) {
   const bool wraps = caster().element_size() == 1 && !(caster().trilinear() && caster().parallel());
   const size_t half = size_t{1} << 31;
   // Of these pages only the touched ones are ever there.
-  const zox_test::GuardedBuffer memory(2 * half + 8192, zox_test::GuardedBuffer::Flush::kStart);
+  const GuardedBuffer memory(2 * half + 8192, GuardedBuffer::Flush::kStart);
   uint8_t* slice = memory.data() + half + 4096;
   const int column = caster().bit() ? 8 : 1;
   // With the row at 2^31 - 1 the next byte is 2^31 away, on one side or on the other; the next
@@ -184,4 +184,4 @@ TEST_P(FarRow, TheSumOfRowAndColumnWrapsWhereItIs32BitsWide) {
 INSTANTIATE_FOR_CASTERS(FarRow, [](const Caster& c) { return !c.blocked(); });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

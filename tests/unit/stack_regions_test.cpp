@@ -1,9 +1,9 @@
 // Slice stacks, casters that sort samples by slice: how a sample's z finds its region and slice.
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 using Ints = std::vector<int>;
@@ -295,4 +295,4 @@ TEST_P(StackRegions, AsManySamplesAsTheStackHoldsAndMore) {
 INSTANTIATE_FOR_CASTERS(StackRegions, [](const Caster& c) { return !c.blocked(); });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

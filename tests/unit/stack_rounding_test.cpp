@@ -3,9 +3,9 @@
 // voxel before it where voxels are nearest): does a sample get there?
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 // Where the parallel nearest casters could take another path on a volume of one region, a ray
@@ -36,13 +36,11 @@ class StackRounding : public CasterTest {
   }
 
   bool reaches(Stack& stack, int axis, double start, double step, int k) {
-    double s[3] = {2, 2, 2};
-    double d[3] = {0, 0, 0};
-    s[axis] = start;
-    d[axis] = step;
+    Point s = {2, 2, 2}, d = {0, 0, 0};
+    s[static_cast<size_t>(axis)] = start;
+    d[static_cast<size_t>(axis)] = step;
     Batch batch(caster().element_size());
-    batch.add({s[0], s[1], s[2]}, {d[0], d[1], d[2]}, k + 1);
-    batch.add({s[0], s[1], s[2] + 5}, {d[0], d[1], d[2]}, 0);
+    batch.add(s, d, k + 1).add({s[0], s[1], s[2] + 5}, d, 0);
     EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
     return batch.at(k, 0) == one();
   }
@@ -180,4 +178,4 @@ TEST_P(StackNearestRounding, StartsGetTheirHalfBeforeTheyAreCut) {
 INSTANTIATE_FOR_CASTERS(StackNearestRounding, [](const Caster& c) { return !c.blocked() && !c.trilinear(); });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

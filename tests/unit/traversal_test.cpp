@@ -6,9 +6,9 @@
 
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 enum Way { kRayByRay, kSampleBySample };
@@ -48,7 +48,7 @@ class Traversal : public CasterTest {
     blocked.fill([&](int, int y, int) { return y < 1 ? b.below : b.above; });
     Batch batch(caster().element_size());
     for (size_t r = 0; r < starts.size(); ++r) {
-      batch.add({starts[r].x, r == 0 ? b.first_y : b.other_y, starts[r].z}, step, r < nonempty ? 1 : 0);
+      batch.add({starts[r][0], r == 0 ? b.first_y : b.other_y, starts[r][2]}, step, r < nonempty ? 1 : 0);
     }
     EXPECT_EQ(batch.run(cast(), blocked.volume()), ZOX_STS_NO_ERROR);
     const int sample = batch.at(0, 1);
@@ -183,4 +183,4 @@ TEST_P(Traversal, MoreThan64RaysGoRayByRay) {
 INSTANTIATE_FOR_CASTERS(Traversal, [](const Caster& c) { return c.blocked() && c.parallel(); });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

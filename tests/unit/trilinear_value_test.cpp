@@ -2,9 +2,9 @@
 // and the three formulas, which differ in precision and in rounding.
 #include "implementations.h"
 #include "small_batch.h"
-#include "volumes.h"
+#include "small_volumes.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 struct VoxelValue {
@@ -24,9 +24,9 @@ class TrilinearValue : public CasterTest {
   }
 
   // The same along one axis: two neighbours with the fraction between them.
-  int between(int axis, int first, int second, double fraction) {
+  int between(size_t axis, int first, int second, double fraction) {
     Point at = {2, 2, 2};
-    (axis == 0 ? at.x : axis == 1 ? at.y : at.z) += fraction;
+    at[axis] += fraction;
     return sample(at, {{2, 2, 2, first}, {2 + (axis == 0), 2 + (axis == 1), 2 + (axis == 2), second}});
   }
 };
@@ -146,7 +146,7 @@ class TermSumValue : public TrilinearValue {
     Cube cube(caster());
     for (int i = 0; i < 512; ++i) cube.set(i % 8, i / 8 % 8, i / 64, 255);
     Batch batch(caster().element_size());
-    batch.add(at, {0, 0, 0.125}, 1).add({at.x, at.y, at.z + apart}, {0, 0, 0.125}, 1);
+    batch.add(at, {0, 0, 0.125}, 1).add({at[0], at[1], at[2] + apart}, {0, 0, 0.125}, 1);
     EXPECT_EQ(batch.run(cast(), cube.volume()), ZOX_STS_NO_ERROR);
     return batch.at(0, 0);
   }
@@ -185,7 +185,7 @@ class StackedDoublesValue : public TrilinearValue {
   // Fractions in units. One of slices 2 and 3 has a voxel for each corner, the other is even.
   int sample_with(int uneven, Point units, int even, int v00, int v10, int v01, int v11) {
     const int other = 5 - uneven;
-    return sample({2 + units.x * kUnit20, 2 + units.y * kUnit20, 2 + units.z * kUnit20},
+    return sample({2 + units[0] * kUnit20, 2 + units[1] * kUnit20, 2 + units[2] * kUnit20},
                   {{2, 2, other, even},
                    {3, 2, other, even},
                    {2, 3, other, even},
@@ -218,4 +218,4 @@ INSTANTIATE_FOR_CASTERS(StackedDoublesValue, [](const Caster& c) {
 });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

@@ -4,7 +4,7 @@
 
 #include "implementations.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 struct Window {
@@ -128,4 +128,4 @@ TEST_P(WindowLevel, ConvertsInPlace) {
 INSTANTIATE_FOR_OPERATIONS(WindowLevel);
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

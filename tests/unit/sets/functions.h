@@ -4,7 +4,7 @@
 
 #include <stdint.h>
 
-namespace zox_unit {
+namespace zox_test {
 
 // Masks are where a equals b. Arrays of Lanes hold `lanes` numbers, at any address.
 template <class Sample>
@@ -47,14 +47,14 @@ struct SetFunctions {
   void (*truncate_products)(const int16_t* eight, double slope, double offset, int16_t* to);
 };
 
-}  // namespace zox_unit
+}  // namespace zox_test
 
 namespace zox::base {
-extern const zox_unit::SetFunctions kSetFunctions;
+extern const zox_test::SetFunctions kSetFunctions;
 }
 namespace zox::avx2 {
-extern const zox_unit::SetFunctions kSetFunctions;
+extern const zox_test::SetFunctions kSetFunctions;
 }
 namespace zox::avx512 {
-extern const zox_unit::SetFunctions kSetFunctions;
+extern const zox_test::SetFunctions kSetFunctions;
 }

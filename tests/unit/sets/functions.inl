@@ -36,7 +36,7 @@ void sixty_four(const void* from, void* to) {
 }
 
 template <class Sample, int bytes>
-constexpr zox_unit::SampleFunctions<Sample> sample_functions() {
+constexpr zox_test::SampleFunctions<Sample> sample_functions() {
   using Part = SampleVector<bytes>;
   return {bytes,
           [](const Sample* maximum, const Sample* sample, Sample* to) {
@@ -50,7 +50,7 @@ constexpr zox_unit::SampleFunctions<Sample> sample_functions() {
 
 constexpr int kNoLanesBefore = kVector < 8 ? 1 : 8;
 
-constexpr zox_unit::SetFunctions kFunctions = {
+constexpr zox_test::SetFunctions kFunctions = {
     .lanes = kVector,
     .doubles = kDoubles,
     .copy_aligned = [](const int* from, int* to) { store_vector(to, load_vector(from)); },
@@ -102,6 +102,6 @@ constexpr zox_unit::SetFunctions kFunctions = {
 
 }  // namespace
 
-const zox_unit::SetFunctions kSetFunctions = kFunctions;
+const zox_test::SetFunctions kSetFunctions = kFunctions;
 
 }  // namespace zox::ZOX_SET

@@ -10,7 +10,7 @@
 #include "functions.h"
 #include "operations/table.h"
 
-namespace zox_unit {
+namespace zox_test {
 namespace {
 
 constexpr int kMostLanes = 16;
@@ -271,4 +271,4 @@ INSTANTIATE_TEST_SUITE_P(, Sets, testing::ValuesIn(kSets),
                          [](const auto& info) { return std::string(info.param.operations.name); });
 
 }  // namespace
-}  // namespace zox_unit
+}  // namespace zox_test

@@ -1,12 +1,13 @@
 // One random batch for one ray caster: volume, rays and planes, all valid and all between guard pages.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
 #include "blocked_volume.h"
-#include "ray_draw.h"
-#include "region_draw.h"
+#include "rays.h"
+#include "regions.h"
 #include "sample_planes.h"
 #include "slice_stack.h"
 
@@ -20,12 +21,12 @@ enum class Validity {
 
 enum class Slices { kAnywhere, kApart };  // kApart: each on pages of its own
 
-class Batch {
+class RandomBatch {
  public:
-  Batch(const Caster& caster, uint64_t seed, Validity validity = Validity::kBeyond,
-        Slices slices = Slices::kAnywhere);
+  RandomBatch(const Caster& caster, uint64_t seed, Validity validity = Validity::kBeyond,
+              Slices slices = Slices::kAnywhere);
   // From any source of chance: a fuzzer's bytes.
-  Batch(const Caster& caster, Random random, Validity validity, Slices slices = Slices::kAnywhere);
+  RandomBatch(const Caster& caster, Random random, Validity validity, Slices slices = Slices::kAnywhere);
 
   const zox_Volume& volume() const { return volume_; }
   const zox_Rays& rays() const { return rays_; }
@@ -46,11 +47,13 @@ class Batch {
   void make_blocked(Random& random);
   void make_general(Random& random);
   void draw(const Room& room, Random& random);
-  void cut_to_blocked(const BlockedVolume& volume);
-  void fill_sparse(const BlockedVolume& volume, Random& random);
-  void cut_to_general(bool beyond);
-  std::vector<Voxel> fit_slices(bool beyond, Random& random);
-  void seal_volume(Random& random);
+  using Paths = std::vector<std::vector<Voxel>>;
+  void cut(Paths& paths, const std::function<bool(size_t ray, size_t sample, const Voxel&)>& good);
+  bool in_stack(size_t ray, size_t sample, const Voxel& v, bool one_region, bool beyond) const;
+  std::vector<Voxel> fit_slices(Paths& paths, bool one_region, bool beyond, Random& random);
+  template <typename T>
+  const T* sealed(const std::vector<T>& values, Random& random);
+  const double* const* sealed_rows(const std::vector<Point>& rows, Random& random);
   void seal_rays(Random& random);
 
   const Caster& caster_;
@@ -60,11 +63,10 @@ class Batch {
   uint8_t pattern_;
   zox_Volume volume_{};
   zox_Rays rays_{};
-  DrawnRays drawn_{};
+  RayList drawn_;
   Regions regions_;
   SliceStack stack_;
   Planes planes_;
-  std::vector<const double*> starts_, steps_;
   std::vector<GuardedBuffer> sealed_;
 };
 

@@ -1,4 +1,4 @@
-#include "ray_draw.h"
+#include "rays.h"
 
 #include <algorithm>
 #include <cmath>
@@ -7,32 +7,21 @@
 namespace zox_test {
 namespace {
 
-// Tenths are no doubles: their sums miss whole numbers by a last bit, this way or that.
-enum class Grid { kAny, kWhole, kHalf, kQuarter, kTenth, kUnit, kHalfUnit };
+// Positions that are multiples of a fraction of a voxel, or of that and a half; any, if there is none.
+struct Grid {
+  double per_voxel;
+  double shift;
+};
 
-Grid draw_grid(Random& random) {
-  return random.pick({Grid::kAny, Grid::kAny, Grid::kWhole, Grid::kHalf, Grid::kQuarter, Grid::kTenth,
-                      Grid::kUnit, Grid::kHalfUnit});
+// Tenths are no doubles: their sums miss whole numbers by a last bit, this way or that.
+Grid draw_grid(double unit, Random& random) {
+  return random.pick({Grid{0, 0}, Grid{0, 0}, Grid{1, 0}, Grid{2, 0}, Grid{4, 0}, Grid{10, 0},
+                      Grid{1 / unit, 0}, Grid{1 / unit, 0.5}});
 }
 
-double snap(double value, Grid grid, double unit) {
-  switch (grid) {
-    case Grid::kAny:
-      return value;
-    case Grid::kWhole:
-      return std::floor(value + 0.5);
-    case Grid::kHalf:
-      return std::floor(value * 2 + 0.5) / 2;
-    case Grid::kQuarter:
-      return std::floor(value * 4 + 0.5) / 4;
-    case Grid::kTenth:
-      return std::floor(value * 10 + 0.5) / 10;
-    case Grid::kUnit:
-      return std::floor(value / unit + 0.5) * unit;
-    case Grid::kHalfUnit:
-      return (std::floor(value / unit) + 0.5) * unit;
-  }
-  return value;
+double snap(double value, const Grid& grid) {
+  if (grid.per_voxel == 0) return value;
+  return (std::floor(value * grid.per_voxel + (0.5 - grid.shift)) + grid.shift) / grid.per_voxel;
 }
 
 int draw_ray_count(const Caster& caster, const Room& room, Random& random) {
@@ -67,9 +56,9 @@ std::vector<int32_t> draw_counts(const Caster& caster, const Room& room, int ray
 }
 
 // Voxels a sample along each axis: along one axis, in a plane, oblique, standing, or crawling.
-Vector draw_direction(Random& random) {
+Point draw_direction(Random& random) {
   const double speed = random.pick({1.0, 0.5, 0.01, random.real(0, 1), random.real(0, 4)});
-  Vector direction{};
+  Point direction{};
   const int shape = random.whole(0, 9);
   if (shape < 4) {
     direction[static_cast<size_t>(random.pick({0, 1, 2, 2}))] = 1.0;
@@ -82,7 +71,7 @@ Vector draw_direction(Random& random) {
 }
 
 // Shrinks the step until `count` samples fit into the room, whatever the start.
-Vector fit_step(Vector step, const Room& room, int count) {
+Point fit_step(Point step, const Room& room, int count) {
   for (size_t a = 0; a < 3; ++a) {
     const double length = std::fabs(step[a]) * std::max(1, std::max(1, count) - 1);
     const double space = room.high[a] - room.low[a];
@@ -117,8 +106,8 @@ struct Style {
 
 Style draw_style(const Room& room, Random& random) {
   Style style{};
-  style.starts = draw_grid(random);
-  style.steps = draw_grid(random);
+  style.starts = draw_grid(room.unit, random);
+  style.steps = draw_grid(room.unit, random);
   style.tile = random.chance(0.5);
   style.level_tile = random.chance(0.5);
   style.on_marks = !room.marks.empty() && random.chance(0.2);
@@ -127,33 +116,33 @@ Style draw_style(const Room& room, Random& random) {
   return style;
 }
 
-Vector draw_step(const Room& room, const Style& style, const Vector& direction, int count, Random& random) {
-  Vector step = fit_step(direction, room, count);
+Point draw_step(const Room& room, const Style& style, const Point& direction, int count, Random& random) {
+  Point step = fit_step(direction, room, count);
   for (size_t a = 0; a < 3; ++a) {
     // A step that is nothing on an axis stays so: a unit would turn level rays.
-    if (step[a] != 0 || random.chance(0.1)) step[a] = snap(step[a], style.steps, room.unit);
+    if (step[a] != 0 || random.chance(0.1)) step[a] = snap(step[a], style.steps);
   }
   return step;
 }
 
-Vector draw_start(const Room& room, const Style& style, const Vector& step, int count, Random& random) {
-  Vector start;
+Point draw_start(const Room& room, const Style& style, const Point& step, int count, Random& random) {
+  Point start;
   for (size_t a = 0; a < 3; ++a) {
     const double way = step[a] * (std::max(1, count) - 1);
-    start[a] = snap(draw_start(room.low[a], room.high[a], way, random), style.starts, room.unit);
+    start[a] = snap(draw_start(room.low[a], room.high[a], way, random), style.starts);
   }
   if (style.on_marks) start[2] = near_mark(room, random);
   return start;
 }
 
-Vector beside(const Vector& first, const Style& style, int ray) {
+Point beside(const Point& first, const Style& style, int ray) {
   const double u = style.spacing * (ray % 8), v = style.spacing * (ray / 8);
   if (style.level_tile) return {first[0] + u, first[1] + v, first[2]};
   return {first[0] + u * 0.5, first[1] + v, first[2] + u * 0.3 + v * 0.1};
 }
 
 // Nobody reads the step of a ray with one sample, so it may be anything.
-void draw_unread_steps(const Caster& caster, DrawnRays& rays, Random& random) {
+void draw_unread_steps(const Caster& caster, RayList& rays, Random& random) {
   for (size_t r = 0; r < rays.steps.size(); ++r) {
     const int count =
         caster.parallel() ? *std::max_element(rays.counts.begin(), rays.counts.end()) : rays.counts[r];
@@ -164,7 +153,7 @@ void draw_unread_steps(const Caster& caster, DrawnRays& rays, Random& random) {
 }
 
 // The start of a ray without samples may be anything too, but it counts where rays are compared.
-void draw_missed_starts(DrawnRays& rays, Random& random) {
+void draw_missed_starts(RayList& rays, Random& random) {
   constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
   constexpr double kInfinity = std::numeric_limits<double>::infinity();
   for (size_t r = random.chance(0.1) ? 0 : 1; r < rays.starts.size(); ++r) {
@@ -180,7 +169,7 @@ void draw_missed_starts(DrawnRays& rays, Random& random) {
 
 // The rays' starts on both sides of, and exactly at, the fifth of a region's depth that decides
 // between the two ways of the parallel nearest casters of slice stacks.
-void spread_to_threshold(const Room& room, DrawnRays& rays, Random& random) {
+void spread_to_threshold(const Room& room, RayList& rays, Random& random) {
   const double threshold = (room.marks[1] - room.marks[0]) * 0.2;
   const double distance = random.pick({threshold, threshold - room.unit, threshold + room.unit,
                                        std::nextafter(threshold, 0.0), threshold * random.real(0, 2)});
@@ -193,7 +182,7 @@ void spread_to_threshold(const Room& room, DrawnRays& rays, Random& random) {
 // Parallel blocked casters weigh the step against the rays' spacing, x at a twelfth or a sixth: one of
 // the two along x and the other along z, in proportions around both weights. Starts half a unit or
 // a last bit below where another voxel begins make the two ways of walking differ.
-void spread_around_weights(const Caster& caster, const Room& room, DrawnRays& rays, Random& random) {
+void spread_around_weights(const Caster& caster, const Room& room, RayList& rays, Random& random) {
   const double ratio = random.pick({1.0 / 12, 1.0 / 6, random.real(1.0 / 14, 1.0 / 5)});
   const size_t wide = random.chance(0.5) ? 0 : 2;
   // In doubles only starts far smaller than their distances lose bits on the one way alone.
@@ -206,21 +195,29 @@ void spread_around_weights(const Caster& caster, const Room& room, DrawnRays& ra
     rays.starts[r] = rays.starts[0];
     rays.starts[r][wide] = fixed ? seam - room.unit / 2 : std::nextafter(seam, 0);
   }
-  Vector step{};
+  Point step{};
   step[2 - wide] = sign * (wide == 0 ? ratio : 1 / ratio);
   rays.steps.assign(rays.steps.size(), step);
 }
 
 }  // namespace
 
-DrawnRays draw_rays(const Caster& caster, const Room& room, Random& random) {
-  DrawnRays rays{};
+zox_Rays RayList::record(void* const* planes) {
+  start_pointers.clear();
+  step_pointers.clear();
+  for (const Point& start : starts) start_pointers.push_back(start.data());
+  for (const Point& step : steps) step_pointers.push_back(step.data());
+  return {planes, nrays, start_pointers.data(), step_pointers.data(), counts.data()};
+}
+
+RayList draw_rays(const Caster& caster, const Room& room, Random& random) {
+  RayList rays{};
   rays.nrays = draw_ray_count(caster, room, random);
   const int entries = std::max(1, rays.nrays);
   rays.counts = draw_counts(caster, room, entries, random);
   const int longest = *std::max_element(rays.counts.begin(), rays.counts.end());
   const Style style = draw_style(room, random);
-  Vector direction = draw_direction(random);
+  Point direction = draw_direction(random);
   for (int r = 0; r < entries; ++r) {
     const int count = caster.parallel() ? longest : rays.counts[static_cast<size_t>(r)];
     if (r > 0 && !caster.parallel()) {

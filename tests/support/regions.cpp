@@ -1,4 +1,4 @@
-#include "region_draw.h"
+#include "regions.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-// Random z regions of a slice stack, before its slices are known.
+// The z regions of a slice stack, and random ones, drawn before their slices are known.
 #pragma once
 
 #include <vector>
@@ -10,10 +10,18 @@ namespace zox_test {
 
 struct Regions {
   std::vector<double> bounds;  // one more than the others
-  std::vector<double> scales;
   std::vector<int32_t> slices;
+  std::vector<double> scales;
 
   int count() const { return static_cast<int>(scales.size()); }
+
+  // Points the record at these arrays, which must outlive it.
+  void put_into(zox_Volume& volume) const {
+    volume.nregions = count();
+    volume.regslice = slices.data();
+    volume.regbounds = bounds.data();
+    volume.regscale = scales.data();
+  }
 };
 
 Regions draw_regions(const Caster& caster, bool strict, Random& random);

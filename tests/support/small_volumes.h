@@ -3,36 +3,31 @@
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <vector>
 
+#include "blocked_volume.h"
+#include "guarded_buffer.h"
 #include "operation_list.h"
-#include "zox_volume.h"
+#include "regions.h"
 
-namespace zox_unit {
+namespace zox_test {
 
-// A bricked volume. Voxels are placed brick by brick and cell by cell, with divisions where the
-// library shifts and masks.
+// A bricked volume.
 class Blocked {
  public:
   Blocked(int element_size, int size, int depth);
 
-  void set(int x, int y, int z, int value) { set_element(index(x, y, z), value); }
+  void set(int x, int y, int z, int value);
   void set_element(size_t index, int value);
   void fill(const std::function<int(int x, int y, int z)>& value);  // the first 16 voxels an axis
+  void fill_bytes(const std::function<uint8_t()>& next);            // in the order of memory
 
   const zox_Volume& volume() const { return volume_; }
 
  private:
-  size_t index(int x, int y, int z) const;
-
-  struct Free {
-    void operator()(void* memory) const;
-  };
-
   int element_size_;
-  int bricks_;  // along x and along y
-  std::unique_ptr<uint8_t, Free> data_;
+  int edge_;  // voxels in x and in y
+  GuardedBuffer data_;
   zox_Volume volume_{};
 };
 
@@ -41,14 +36,12 @@ class Blocked {
 class Stack {
  public:
   // Bits may be set in the columns 0 to 8 only: the library reads no bits of other columns below 36.
-  enum class Voxel { kByte, kShort, kBit };
-  Stack(Voxel voxel, int columns, int rows, int slices);
-  Stack(const zox_test::Caster& caster, int columns, int rows, int slices)
-      : Stack(voxel_of(caster), columns, rows, slices) {}
+  Stack(const Caster& caster, int columns, int rows, int slices);
 
   Stack& set(int x, int y, int slice, int value);
   Stack& fill_slice(int slice, int value);
   Stack& fill(const std::function<int(int x, int y, int slice)>& value);
+  Stack& fill_bytes(const std::function<uint8_t()>& next);  // slice after slice
 
   // Bounds are one more than the others.
   Stack& regions(std::vector<double> bounds, std::vector<int32_t> first_slice, std::vector<double> scale);
@@ -62,29 +55,29 @@ class Stack {
   // Where the table of row offsets is read at -1.
   Stack& row_before_first(int y);
 
-  // Tells the operation of fewer slices than there are.
+  // Tells the operation of another number of slices than there are.
   Stack& pretend(int32_t nslices);
 
   const zox_Volume& volume();
 
  private:
-  static Voxel voxel_of(const zox_test::Caster& caster);
+  uint8_t* row(int y, int slice);
 
-  Voxel voxel_;
+  bool bit_;
+  int element_size_;
   int columns_, rows_, nslices_, pitch_;
   std::vector<std::vector<uint8_t>> slices_;
   std::vector<const void*> pointers_;  // made anew for every record, so that stacks can be copied
   bool upside_down_ = false;
   std::vector<int32_t> rowoffs_;  // with one entry before the first row's
-  std::vector<int32_t> regslice_;
-  std::vector<double> regbounds_, regscale_;
+  Regions regions_;
   zox_Volume volume_{};
 };
 
 // Eight by eight by eight voxels for any caster, in a volume of the form that it takes.
 class Cube {
  public:
-  explicit Cube(const zox_test::Caster& caster)
+  explicit Cube(const Caster& caster)
       : is_blocked_(caster.blocked()), blocked_(caster.element_size(), 64, 32), stack_(caster, 9, 9, 8) {}
 
   Cube& set(int x, int y, int z, int value);
@@ -96,4 +89,4 @@ class Cube {
   Stack stack_;
 };
 
-}  // namespace zox_unit
+}  // namespace zox_test
