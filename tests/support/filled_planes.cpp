@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstring>
 #include <sstream>
 
 namespace zox_test {
@@ -29,27 +28,20 @@ FilledPlanes::FilledPlanes(const Maximum& maximum, Random random) : random_(rand
   fill_planes(maximum.element_size);
   draw_mask(maximum.mask);
   const void* unread = reinterpret_cast<const void*>(16);
-  rays_ = {table_.as<void*>(), nrays_, static_cast<const double* const*>(unread),
+  rays_ = {planes_.pointers(), nrays_, static_cast<const double* const*>(unread),
            static_cast<const double* const*>(unread), counts_.as<int32_t>()};
-  maxima_ = GuardedBuffer(static_cast<size_t>(rays_reached(nrays_) * maximum.element_size), random_);
+  maxima_ = Planes(1, rays_reached(nrays_), maximum.element_size, random_);
   pattern_ = static_cast<uint8_t>(random_.bits());
 }
 
 void* FilledPlanes::prefilled_maxima() {
-  std::memset(maxima_.data(), pattern_, maxima_.size());
-  std::memset(maxima_.margin(), pattern_, maxima_.margin_size());
-  return maxima_.data();
-}
-
-std::vector<uint8_t> FilledPlanes::maxima() const {
-  std::vector<uint8_t> all(maxima_.data(), maxima_.data() + maxima_.size());
-  all.insert(all.end(), maxima_.margin(), maxima_.margin() + maxima_.margin_size());
-  return all;
+  maxima_.fill(pattern_);
+  return maxima_.pointers()[0];
 }
 
 std::string FilledPlanes::describe() const {
   std::ostringstream text;
-  text << "rays " << nrays_ << ", planes " << planes_.size() << ", threshold " << threshold_ << ", counts";
+  text << "rays " << nrays_ << ", planes " << planes_.count() << ", threshold " << threshold_ << ", counts";
   for (int r = 0; r < std::min(20, std::max(1, nrays_)); ++r) text << " " << counts_.as<int32_t>()[r];
   return text.str();
 }
@@ -79,19 +71,15 @@ void FilledPlanes::draw_counts() {
 }
 
 void FilledPlanes::fill_planes(int element_size) {
-  table_ = GuardedBuffer(sizeof(void*) * static_cast<size_t>(longest_), random_);
+  planes_ = Planes(longest_, rays_reached(nrays_), element_size, random_);
   const Contents contents = draw_contents(random_);
   const bool lowest = element_size == 2 && random_.chance(0.05);
-  for (int k = 0; k < longest_; ++k) {
-    planes_.emplace_back(static_cast<size_t>(rays_reached(nrays_) * element_size), random_);
-    GuardedBuffer& plane = planes_.back();
+  for (GuardedBuffer& plane : planes_.buffers()) {
     fill_voxels(plane.data(), plane.size(), element_size, contents, random_);
     // Nothing is smaller than the value that stands for no sample.
     if (lowest) std::fill_n(plane.as<int16_t>(), plane.size() / 2, int16_t{-32768});
     plane.seal();
-    table_.as<void*>()[k] = plane.data();
   }
-  table_.seal();
 }
 
 void FilledPlanes::draw_mask(Mask mask) {

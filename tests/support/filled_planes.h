@@ -4,8 +4,8 @@
 #include <string>
 #include <vector>
 
-#include "guarded_buffer.h"
 #include "operation_list.h"
+#include "sample_planes.h"
 
 namespace zox_test {
 
@@ -34,7 +34,7 @@ class FilledPlanes {
 
   MaximumInput input() const { return {&rays_, mask_.data(), threshold_}; }
   void* prefilled_maxima();
-  std::vector<uint8_t> maxima() const;  // with the margin behind them
+  std::vector<uint8_t> maxima() const { return maxima_.contents(); }  // with the margin behind them
   std::string describe() const;
 
  private:
@@ -49,8 +49,8 @@ class FilledPlanes {
   int threshold_ = 0;
   uint8_t pattern_;
   zox_Rays rays_{};
-  GuardedBuffer counts_, table_, mask_, maxima_;
-  std::vector<GuardedBuffer> planes_;
+  GuardedBuffer counts_, mask_;
+  Planes planes_, maxima_;
 };
 
 }  // namespace zox_test

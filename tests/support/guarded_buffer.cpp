@@ -7,7 +7,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <map>
-#include <utility>
 #include <vector>
 
 #if defined(__has_include)
@@ -30,7 +29,7 @@ namespace zox_test {
 namespace {
 
 constexpr size_t kPage = 4096;
-constexpr size_t kLargestPooled = 16 * kPage;
+constexpr size_t kLargestKept = 16 * kPage;
 
 [[noreturn]] void give_up(const char* call) {
   std::perror(call);
@@ -45,40 +44,16 @@ uint8_t* map_between_guards(size_t bytes) {
   return pages;
 }
 
-void unmap(uint8_t* pages, size_t bytes) {
-  if (munmap(pages - kPage, bytes + 2 * kPage) != 0) give_up("munmap");
-}
-
 // Small buffers come by the hundred in every batch; mapping each anew would take most of the time.
-class Pool {
- public:
-  ~Pool() {
-    for (auto& [bytes, list] : free_) {
-      for (uint8_t* pages : list) unmap(pages, bytes);
-    }
-  }
+thread_local std::map<size_t, std::vector<uint8_t*>> unused_pages;
 
-  uint8_t* take(size_t bytes) {
-    auto found = free_.find(bytes);
-    if (found == free_.end() || found->second.empty()) return map_between_guards(bytes);
-    uint8_t* pages = found->second.back();
-    found->second.pop_back();
-    return pages;
-  }
-
-  void give(uint8_t* pages, size_t bytes) {
-    if (bytes > kLargestPooled) {
-      unmap(pages, bytes);
-    } else {
-      free_[bytes].push_back(pages);
-    }
-  }
-
- private:
-  std::map<size_t, std::vector<uint8_t*>> free_;
-};
-
-thread_local Pool pool;
+uint8_t* take_pages(size_t bytes) {
+  std::vector<uint8_t*>& unused = unused_pages[bytes];
+  if (unused.empty()) return map_between_guards(bytes);
+  uint8_t* pages = unused.back();
+  unused.pop_back();
+  return pages;
+}
 
 void set_forbidden([[maybe_unused]] uint8_t* at, [[maybe_unused]] size_t bytes,
                    [[maybe_unused]] bool forbidden) {
@@ -100,47 +75,40 @@ void set_forbidden([[maybe_unused]] uint8_t* at, [[maybe_unused]] size_t bytes,
 
 }  // namespace
 
-GuardedBuffer::GuardedBuffer(size_t bytes, Flush flush)
-    : pages_size_(std::max(kPage, (bytes + kPage - 1) / kPage * kPage)), size_(bytes) {
-  pages_ = pool.take(pages_size_);
-  data_ = flush == Flush::kStart ? pages_ : pages_ + pages_size_ - bytes;
-  set_slack_forbidden(true, kMargin);
+void GuardedBuffer::GiveBack::operator()(uint8_t* pages) const {
+  if (sealed && mprotect(pages, size, PROT_READ | PROT_WRITE) != 0) give_up("mprotect");
+  set_forbidden(slack, slack_size, false);
+  if (size <= kLargestKept) {
+    unused_pages[size].push_back(pages);
+  } else if (munmap(pages - kPage, size + 2 * kPage) != 0) {
+    give_up("munmap");
+  }
 }
 
-GuardedBuffer& GuardedBuffer::operator=(GuardedBuffer&& other) noexcept {
-  if (this == &other) return *this;
-  release();
-  pages_ = std::exchange(other.pages_, nullptr);
-  pages_size_ = other.pages_size_;
-  data_ = other.data_;
-  size_ = other.size_;
-  sealed_ = other.sealed_;
-  return *this;
+GuardedBuffer::GuardedBuffer(size_t bytes, Flush flush) : size_(bytes) {
+  const size_t rounded = std::max(kPage, (bytes + kPage - 1) / kPage * kPage);
+  pages_ = {take_pages(rounded), GiveBack{rounded}};
+  data_ = flush == Flush::kStart ? pages() : pages() + rounded - bytes;
+  forbid_slack(kMargin);
 }
 
-uint8_t* GuardedBuffer::margin() const { return data_ == pages_ ? data_ + size_ : data_ - margin_size(); }
+uint8_t* GuardedBuffer::margin() const { return data_ == pages() ? data_ + size_ : data_ - margin_size(); }
 
-size_t GuardedBuffer::margin_size() const { return std::min(kMargin, pages_size_ - size_); }
+size_t GuardedBuffer::margin_size() const { return std::min(kMargin, pages_size() - size_); }
 
 void GuardedBuffer::seal() {
-  set_slack_forbidden(true, 0);
-  if (mprotect(pages_, pages_size_, PROT_READ) != 0) give_up("mprotect");
-  sealed_ = true;
+  forbid_slack(0);
+  if (mprotect(pages(), pages_size(), PROT_READ) != 0) give_up("mprotect");
+  pages_.get_deleter().sealed = true;
 }
 
-void GuardedBuffer::release() {
-  if (pages_ == nullptr) return;
-  if (sealed_ && mprotect(pages_, pages_size_, PROT_READ | PROT_WRITE) != 0) give_up("mprotect");
-  set_slack_forbidden(false, 0);
-  pool.give(pages_, pages_size_);
-  pages_ = nullptr;
-}
-
-void GuardedBuffer::set_slack_forbidden(bool forbidden, size_t keep) {
-  const size_t slack = pages_size_ - size_;
+void GuardedBuffer::forbid_slack(size_t keep) {
+  const size_t slack = pages_size() - size_;
   if (slack <= keep) return;
-  uint8_t* slack_begin = data_ == pages_ ? data_ + size_ + keep : pages_;
-  set_forbidden(slack_begin, slack - keep, forbidden);
+  GiveBack& give_back = pages_.get_deleter();
+  give_back.slack = data_ == pages() ? data_ + size_ + keep : pages();
+  give_back.slack_size = slack - keep;
+  set_forbidden(give_back.slack, give_back.slack_size, true);
 }
 
 RepeatedPages::RepeatedPages(size_t bytes) : bytes_((bytes + kPeriod - 1) / kPeriod * kPeriod) {

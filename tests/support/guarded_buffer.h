@@ -3,6 +3,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 
 #include "random.h"
 
@@ -19,9 +20,6 @@ class GuardedBuffer {
   GuardedBuffer(size_t bytes, Flush flush);
   GuardedBuffer(size_t bytes, Random& random)
       : GuardedBuffer(bytes, random.chance(0.5) ? Flush::kStart : Flush::kEnd) {}
-  GuardedBuffer(GuardedBuffer&& other) noexcept { *this = static_cast<GuardedBuffer&&>(other); }
-  GuardedBuffer& operator=(GuardedBuffer&& other) noexcept;
-  ~GuardedBuffer() { release(); }
 
   uint8_t* data() const { return data_; }
   template <typename T>
@@ -38,18 +36,23 @@ class GuardedBuffer {
   void seal();
 
   // The pages between the guards, for tests that take them away one by one.
-  uint8_t* pages() const { return pages_; }
-  size_t pages_size() const { return pages_size_; }
+  uint8_t* pages() const { return pages_.get(); }
+  size_t pages_size() const { return pages_.get_deleter().size; }
 
  private:
-  void release();
-  void set_slack_forbidden(bool forbidden, size_t keep);
+  struct GiveBack {
+    size_t size;
+    bool sealed;
+    uint8_t* slack;  // that nobody may touch till then
+    size_t slack_size;
+    void operator()(uint8_t* pages) const;
+  };
 
-  uint8_t* pages_ = nullptr;
-  size_t pages_size_ = 0;
+  void forbid_slack(size_t keep);
+
+  std::unique_ptr<uint8_t, GiveBack> pages_;
   uint8_t* data_ = nullptr;
   size_t size_ = 0;
-  bool sealed_ = false;
 };
 
 // Arrays of gigabytes that take megabytes: the same pages, seen over and over.

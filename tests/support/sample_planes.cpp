@@ -1,5 +1,6 @@
 #include "sample_planes.h"
 
+#include <algorithm>
 #include <cstring>
 #include <sstream>
 
@@ -34,22 +35,15 @@ std::vector<uint8_t> Planes::contents() const {
 
 std::string Planes::first_difference(const std::vector<uint8_t>& expected,
                                      const std::vector<uint8_t>& actual) const {
-  size_t at = 0;
-  while (at < expected.size() && expected[at] == actual[at]) ++at;
+  const auto at = static_cast<size_t>(std::mismatch(expected.begin(), expected.end(), actual.begin()).first -
+                                      expected.begin());
   if (at == expected.size()) return "no difference";
+  const size_t size = planes_[0].size(), with_margin = size + planes_[0].margin_size();
+  const size_t k = at / with_margin, byte = at % with_margin;
   std::ostringstream text;
-  size_t begin = 0;
-  for (int k = 0; k < count(); ++k) {
-    const size_t size = planes_[static_cast<size_t>(k)].size();
-    const size_t end = begin + size + planes_[static_cast<size_t>(k)].margin_size();
-    if (at < end) {
-      text << (at - begin < size ? "ray " : "outside the plane, at byte ")
-           << (at - begin < size ? (at - begin) / static_cast<size_t>(element_size_) : at - begin)
-           << " sample " << k << ": expected byte " << int{expected[at]} << ", got " << int{actual[at]};
-      break;
-    }
-    begin = end;
-  }
+  if (byte < size) text << "ray " << byte / static_cast<size_t>(element_size_);
+  if (byte >= size) text << "outside the plane, at byte " << byte;
+  text << " sample " << k << ": expected byte " << int{expected[at]} << ", got " << int{actual[at]};
   return text.str();
 }
 

@@ -1,4 +1,4 @@
-// The output planes of a batch: each flush against a guard page, prefilled, and compared whole.
+// The planes of a batch: each flush against a guard page. As output they are prefilled, and compared whole.
 #pragma once
 
 #include <string>
@@ -15,6 +15,7 @@ class Planes {
 
   void* const* pointers() const { return table_.as<void*>(); }
   int count() const { return static_cast<int>(planes_.size()); }
+  std::vector<GuardedBuffer>& buffers() { return planes_; }
 
   // Fills planes and their margins, so that what a call leaves alone stays known.
   void fill(uint8_t pattern);
