@@ -7,11 +7,10 @@
 
 #include <cmath>
 #include <string>
-#include <tuple>
 #include <vector>
 
+#include "cases.h"
 #include "crash_note.h"
-#include "effort.h"
 #include "random_batch.h"
 
 namespace zox_test {
@@ -46,30 +45,23 @@ int raised_by(RandomBatch& batch, zox::RayCast cast) {
   return fetestexcept(kExceptions);
 }
 
-using Parameter = std::tuple<int, int>;
-
-class Exceptions : public testing::TestWithParam<Parameter> {};
+class Exceptions : public CasterTest {};
 
 TEST_P(Exceptions, AreThoseOfTheReference) {
-  const Caster& caster = kCasters[std::get<0>(GetParam())];
-  const int target_index = std::get<1>(GetParam());
-  const Operations& target = *all_targets()[static_cast<size_t>(target_index)];
-  if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
-  const zox::RayCast cast = target.*caster.member;
-  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 300);
+  const Seeds chosen = seeds_of(target(), 300);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    RandomBatch batch(caster, seed);
-    const std::string what = std::string(target.name) + ", " + batch.describe();
-    const int allowed = raised_by(batch, caster.reference) | raised_by_comparing(caster, batch.rays());
+    RandomBatch batch(caster(), seed);
+    const std::string what = std::string(target().name) + ", " + batch.describe();
+    const int allowed = raised_by(batch, caster().reference) | raised_by_comparing(caster(), batch.rays());
     const uint64_t poison = kPoisons[seed % (sizeof kPoisons / sizeof *kPoisons)];
     poison_stack(poison);
-    const int raised = raised_by(batch, cast);
+    const int raised = raised_by(batch, cast());
     ASSERT_EQ(0, raised & ~allowed) << what;
     set_crash_note("exceptions unmasked, " + what);
     poison_stack(poison);
     feclearexcept(FE_ALL_EXCEPT);
     feenableexcept(kExceptions & ~allowed);
-    batch.run(cast);
+    batch.run(cast());
     fedisableexcept(FE_ALL_EXCEPT);
   }
 }
@@ -101,13 +93,7 @@ TEST(ExceptionsOfOthers, AreNone) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Differential, Exceptions,
-                         testing::Combine(testing::Range(0, kCasterCount),
-                                          testing::Range(0, static_cast<int>(all_targets().size()))),
-                         [](const testing::TestParamInfo<Parameter>& info) {
-                           return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
-                         });
+INSTANTIATE_CASTERS(Exceptions, all_targets(), every_caster);
 
 }  // namespace
 }  // namespace zox_test

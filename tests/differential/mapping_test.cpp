@@ -7,10 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "cases.h"
 #include "crash_note.h"
-#include "effort.h"
 #include "guarded_buffer.h"
-#include "operation_list.h"
 #include "reference.h"
 #include "window_rows.h"
 
@@ -26,18 +25,10 @@ std::string describe(const char* target, uint64_t seed, int length, const Window
   return text.str();
 }
 
-class WindowLevel : public testing::TestWithParam<int> {
+class WindowLevel : public OperationsTest {
  protected:
-  void SetUp() override {
-    target_ = all_targets()[static_cast<size_t>(GetParam())];
-    if (!target_->supported()) GTEST_SKIP() << "this processor lacks " << target_->name;
-    mapping_ = target_->window_level_16s_8u;
-    seeds_ = seeds(1000000u * static_cast<uint64_t>(GetParam()), kRows);
-  }
-
-  const Operations* target_ = nullptr;
-  Mapping mapping_ = nullptr;
-  Seeds seeds_{};
+  Mapping mapping_ = operations().window_level_16s_8u;
+  Seeds seeds_ = seeds_of(operations(), kRows);
 };
 
 int draw_length(Random& random) {
@@ -58,7 +49,7 @@ TEST_P(WindowLevel, MatchesReferenceOnSeparateRows) {
       std::memset(dst->data(), 0x5A, dst->size());
       std::memset(dst->margin(), 0x5A, dst->margin_size());
     }
-    const std::string what = describe(target_->name, seed, length, w);
+    const std::string what = describe(operations().name, seed, length, w);
     set_crash_note(what);
     const int status = reference::window_level_16s_8u(src.as<int16_t>(), expected.data(), length, w.center,
                                                       w.width, w.outmin, w.outmax);
@@ -92,7 +83,7 @@ TEST_P(WindowLevel, MatchesReferenceOnOverlappingRows) {
     fill_row(expected.as<int16_t>(), total / 2, w, random);
     if (total % 2 != 0) expected.data()[total - 1] = 1;
     if (total > 0) std::memcpy(actual.data(), expected.data(), static_cast<size_t>(total));
-    const std::string what = describe(target_->name, seed, length, w) + ", source at " +
+    const std::string what = describe(operations().name, seed, length, w) + ", source at " +
                              std::to_string(src_at) + ", destination at " + std::to_string(dst_at);
     set_crash_note(what);
     const auto map = [&](Mapping mapping, const GuardedBuffer& buffer) {
@@ -120,14 +111,11 @@ TEST_P(WindowLevel, MatchesReferenceOnEveryValue) {
     const auto differs = std::mismatch(expected.begin(), expected.end(), actual.begin());
     ASSERT_TRUE(differs.first == expected.end())
         << "value " << differs.first - expected.begin() - 32768 << "\n"
-        << describe(target_->name, seed, length, w);
+        << describe(operations().name, seed, length, w);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Differential, WindowLevel, testing::Range(0, static_cast<int>(all_targets().size())),
-                         [](const testing::TestParamInfo<int>& info) {
-                           return std::string(all_targets()[static_cast<size_t>(info.param)]->name);
-                         });
+INSTANTIATE_TEST_SUITE_P(All, WindowLevel, testing::ValuesIn(all_targets()), target_name);
 
 }  // namespace
 }  // namespace zox_test

@@ -6,11 +6,10 @@
 #include <sys/mman.h>
 
 #include <string>
-#include <tuple>
 #include <vector>
 
+#include "cases.h"
 #include "crash_note.h"
-#include "effort.h"
 #include "random_batch.h"
 
 namespace zox_test {
@@ -83,25 +82,19 @@ void sweep_under_watch(Watch& w, RandomBatch& batch, zox::RayCast cast) {
   sigaction(SIGSEGV, &previous_action, nullptr);
 }
 
-using Parameter = std::tuple<int, int>;
-
-class SliceOrder : public testing::TestWithParam<Parameter> {};
+class SliceOrder : public CasterTest {};
 
 TEST_P(SliceOrder, SlicesAreVisitedOnceAscending) {
-  const Caster& caster = kCasters[std::get<0>(GetParam())];
-  const int target_index = std::get<1>(GetParam());
-  const Operations& target = *all_targets()[static_cast<size_t>(target_index)];
-  if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
-  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 150);
+  const Seeds chosen = seeds_of(target(), 150);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    RandomBatch batch(caster, seed, Validity::kValid, Slices::kApart);
-    if (takes_one_region_path(caster, batch.volume(), batch.rays())) continue;
-    const std::string what = std::string(target.name) + ", " + batch.describe();
+    RandomBatch batch(caster(), seed, Validity::kValid, Slices::kApart);
+    if (takes_one_region_path(caster(), batch.volume(), batch.rays())) continue;
+    const std::string what = std::string(target().name) + ", " + batch.describe();
     set_crash_note(what);
     Watch w;
-    w.reach = caster.trilinear() ? 1 : 0;
+    w.reach = caster().trilinear() ? 1 : 0;
     close_slices(w, batch, batch.volume().nslices + w.reach);
-    sweep_under_watch(w, batch, target.*caster.member);
+    sweep_under_watch(w, batch, cast());
     ASSERT_EQ(-1, w.went_back_to) << "a slice was touched after the sweep had left it\n" << what;
     size_t used = 0;
     for (const Watch::Slice& slice : w.slices) used += slice.pages != nullptr;
@@ -112,21 +105,7 @@ TEST_P(SliceOrder, SlicesAreVisitedOnceAscending) {
   }
 }
 
-std::vector<int> slice_list_casters() {
-  std::vector<int> indices;
-  for (int i = 0; i < kCasterCount; ++i) {
-    if (!kCasters[i].blocked()) indices.push_back(i);
-  }
-  return indices;
-}
-
-INSTANTIATE_TEST_SUITE_P(Differential, SliceOrder,
-                         testing::Combine(testing::ValuesIn(slice_list_casters()),
-                                          testing::Range(0, static_cast<int>(all_targets().size()))),
-                         [](const testing::TestParamInfo<Parameter>& info) {
-                           return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
-                         });
+INSTANTIATE_CASTERS(SliceOrder, all_targets(), slice_stacks);
 
 }  // namespace
 }  // namespace zox_test

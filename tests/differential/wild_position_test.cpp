@@ -8,11 +8,10 @@
 #include <limits>
 #include <memory>
 #include <string>
-#include <tuple>
 #include <vector>
 
+#include "cases.h"
 #include "crash_note.h"
-#include "effort.h"
 #include "guarded_buffer.h"
 #include "operation_list.h"
 #include "sample_planes.h"
@@ -116,44 +115,32 @@ struct WildRays {
   zox_Rays record{};
 };
 
-using Parameter = std::tuple<int, int>;
-
-class WildPositions : public testing::TestWithParam<Parameter> {};
+class WildPositions : public CasterTest {};
 
 TEST_P(WildPositions, MatchReference) {
-  const Caster& caster = kCasters[std::get<0>(GetParam())];
-  const int target_index = std::get<1>(GetParam());
-  const Operations& target = *all_targets()[static_cast<size_t>(target_index)];
-  if (!target.supported()) GTEST_SKIP() << "this processor lacks " << target.name;
-  const Seeds chosen = seeds(1000000u * static_cast<uint64_t>(target_index), 400);
+  const Seeds chosen = seeds_of(target(), 400);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    Random random(seed * kCasterCount + static_cast<uint64_t>(std::get<0>(GetParam())));
+    Random random(seed * kCasterCount + static_cast<uint64_t>(&caster() - kCasters));
     const WildStack stack(random);
     zox_Volume volume = stack.record(random.whole(0, 30));
-    if (caster.blocked()) volume.data = memory().as<void>();
-    if (caster.blocked()) volume.size = random.pick({64, 128, 512, 2048});
-    WildRays rays(caster, random);
-    const std::string what = std::string(caster.name) + " seed " + std::to_string(seed);
+    if (caster().blocked()) volume.data = memory().as<void>();
+    if (caster().blocked()) volume.size = random.pick({64, 128, 512, 2048});
+    WildRays rays(caster(), random);
+    const std::string what = std::string(caster().name) + " seed " + std::to_string(seed);
     rays.planes.fill(0x5A);
     set_crash_note("reference, " + what);
-    ASSERT_EQ(ZOX_STS_NO_ERROR, caster.reference(&volume, &rays.record));
+    ASSERT_EQ(ZOX_STS_NO_ERROR, caster().reference(&volume, &rays.record));
     const std::vector<uint8_t> expected = rays.planes.contents();
     rays.planes.fill(0x5A);
-    set_crash_note(std::string(target.name) + ", " + what);
-    ASSERT_EQ(ZOX_STS_NO_ERROR, (target.*caster.member)(&volume, &rays.record));
+    set_crash_note(std::string(target().name) + ", " + what);
+    ASSERT_EQ(ZOX_STS_NO_ERROR, (cast())(&volume, &rays.record));
     const std::vector<uint8_t> actual = rays.planes.contents();
-    ASSERT_TRUE(expected == actual) << target.name << ", " << what << ": "
+    ASSERT_TRUE(expected == actual) << target().name << ", " << what << ": "
                                     << rays.planes.first_difference(expected, actual);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Differential, WildPositions,
-                         testing::Combine(testing::Range(0, kCasterCount),
-                                          testing::Range(0, static_cast<int>(all_targets().size()))),
-                         [](const testing::TestParamInfo<Parameter>& info) {
-                           return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
-                         });
+INSTANTIATE_CASTERS(WildPositions, all_targets(), every_caster);
 
 }  // namespace
 }  // namespace zox_test

@@ -3,10 +3,9 @@
 
 #include <cstdint>
 #include <string>
-#include <tuple>
 #include <vector>
 
-#include "effort.h"
+#include "cases.h"
 #include "random_batch.h"
 #include "scratch_case.h"
 #include "watched_malloc.h"
@@ -14,18 +13,7 @@
 namespace zox_test {
 namespace {
 
-using Parameter = std::tuple<int, int>;
-
-class SystemAllocator : public testing::TestWithParam<Parameter> {
- protected:
-  void SetUp() override {
-    target_ = all_targets()[static_cast<size_t>(std::get<1>(GetParam()))];
-    if (!target_->supported()) GTEST_SKIP() << "this processor lacks " << target_->name;
-  }
-
-  const Caster& caster_ = kCasters[std::get<0>(GetParam())];
-  const Operations* target_ = nullptr;
-};
+class SystemAllocator : public CasterTest {};
 
 // What zox_Malloc makes of the library's requests.
 std::vector<size_t> system_requests(const std::vector<int32_t>& requests, size_t count) {
@@ -59,32 +47,26 @@ void fail_each_allocation(const Caster& caster, zox::RayCast cast, const Scratch
 }
 
 TEST_P(SystemAllocator, EachFailureIsReportedAndLeavesNothing) {
-  if (caster_.blocked()) return;
-  for (const ScratchSize& size : scratch_sizes(caster_)) {
-    fail_each_allocation(caster_, target_->*caster_.member, size);
+  if (caster().blocked()) return;
+  for (const ScratchSize& size : scratch_sizes(caster())) {
+    fail_each_allocation(caster(), cast(), size);
     if (HasFatalFailure()) return;
   }
 }
 
 TEST_P(SystemAllocator, BlockedCastersAskForNothing) {
-  if (!caster_.blocked()) return;
+  if (!caster().blocked()) return;
   const Seeds chosen = seeds(7000000, 50);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
-    RandomBatch batch(caster_, seed);
+    RandomBatch batch(caster(), seed);
     watched_malloc.start();
-    (target_->*caster_.member)(&batch.volume(), &batch.rays());
+    cast()(&batch.volume(), &batch.rays());
     watched_malloc.stop();
     ASSERT_TRUE(watched_malloc.requests.empty()) << batch.describe();
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Fault, SystemAllocator,
-                         testing::Combine(testing::Range(0, kCasterCount),
-                                          testing::Range(0, static_cast<int>(all_targets().size()))),
-                         [](const testing::TestParamInfo<Parameter>& info) {
-                           return std::string(kCasters[std::get<0>(info.param)].name) + "_" +
-                                  all_targets()[static_cast<size_t>(std::get<1>(info.param))]->name;
-                         });
+INSTANTIATE_CASTERS(SystemAllocator, all_targets(), every_caster);
 
 // The maxima and the window/level mapping work in their arguments alone.
 TEST(SystemAllocatorOthers, AskForNothing) {

@@ -1,7 +1,7 @@
 // What holds for the batch of every ray caster: which samples are taken and where they go.
 #include <limits>
 
-#include "implementations.h"
+#include "cases.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 
@@ -93,7 +93,7 @@ TEST_P(AnyCaster, SixtyFourRaysAreABatch) {
   }
 }
 
-INSTANTIATE_FOR_CASTERS(AnyCaster, [](const Caster&) { return true; });
+INSTANTIATE_FOR_CASTERS(AnyCaster, every_caster);
 
 class DivergentCaster : public AnyCaster {};
 

@@ -2,6 +2,7 @@
 
 #include <zox_volume_layout.h>
 
+#include <algorithm>
 #include <cstring>
 #include <stdexcept>
 
@@ -75,18 +76,11 @@ Stack& Stack::set(int x, int y, int slice, int value) {
   return *this;
 }
 
-Stack& Stack::fill_slice(int slice, int value) {
-  const int columns = bit_ && columns_ > 9 ? 9 : columns_;
-  for (int y = 0; y < rows_; ++y) {
-    for (int x = 0; x < columns; ++x) set(x, y, slice, value);
-  }
-  return *this;
-}
-
 Stack& Stack::fill(const std::function<int(int, int, int)>& value) {
+  const int columns = bit_ ? std::min(columns_, 9) : columns_;
   for (int s = 0; s <= nslices_; ++s) {
     for (int y = 0; y < rows_; ++y) {
-      for (int x = 0; x < columns_; ++x) set(x, y, s, value(x, y, s));
+      for (int x = 0; x < columns; ++x) set(x, y, s, value(x, y, s));
     }
   }
   return *this;

@@ -39,7 +39,6 @@ class Stack {
   Stack(const Caster& caster, int columns, int rows, int slices);
 
   Stack& set(int x, int y, int slice, int value);
-  Stack& fill_slice(int slice, int value);
   Stack& fill(const std::function<int(int x, int y, int slice)>& value);
   Stack& fill_bytes(const std::function<uint8_t()>& next);  // slice after slice
 

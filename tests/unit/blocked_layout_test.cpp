@@ -1,7 +1,7 @@
 // Which element of a blocked buffer a voxel is, seen through every caster of blocked volumes.
 #include <zox_volume_layout.h>
 
-#include "implementations.h"
+#include "cases.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 

@@ -2,7 +2,7 @@
 // doubles, leads to different voxels.
 #include <cmath>
 
-#include "implementations.h"
+#include "cases.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 

@@ -2,7 +2,7 @@
 #include <algorithm>
 #include <climits>
 
-#include "implementations.h"
+#include "cases.h"
 
 namespace zox_test {
 namespace {

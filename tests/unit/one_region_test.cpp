@@ -2,8 +2,8 @@
 #include <array>
 #include <limits>
 
+#include "cases.h"
 #include "guarded_buffer.h"
-#include "implementations.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 

@@ -1,6 +1,6 @@
 // Slice stacks: scratch beyond the fixed tables. Its sizes are 32-bit products, so counts exist that
 // wrap to a size that can never be had, and with them the size that was asked for becomes visible.
-#include "implementations.h"
+#include "cases.h"
 #include "small_volumes.h"
 
 namespace zox_test {
@@ -28,15 +28,6 @@ class Scratch : public CasterTest {
   }
 };
 
-std::vector<CasterCase> library_cases(Chooses chooses) {
-  std::vector<CasterCase> cases;
-  for (const Operations* implementation : implementations()) {
-    if (!in_library(*implementation)) continue;
-    for (const Caster* caster : casters_where(chooses)) cases.emplace_back(implementation, caster);
-  }
-  return cases;
-}
-
 TEST_P(Scratch, ANodeStoreTooLargeIsNoMemory) {
   Stack volume = stack();
   EXPECT_EQ(run(volume.volume(), 1, {too_many()}), ZOX_STS_NO_MEMORY);
@@ -59,9 +50,7 @@ TEST_P(Scratch, OnlyTheCountsOfRaysAreRead) {
   EXPECT_EQ(run(volume.volume(), 1, {0, too_many()}), ZOX_STS_NO_ERROR);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, Scratch,
-                         testing::ValuesIn(library_cases([](const Caster& c) { return !c.blocked(); })),
-                         case_name);
+INSTANTIATE_CASTERS(Scratch, library(), slice_stacks);
 
 // The one-region path of the parallel nearest casters takes no scratch at all, and would write: it
 // is out of the question here. All others want tables as large as the volume says.
@@ -80,10 +69,8 @@ TEST_P(GrowingTables, BoundariesTooManyAreNoMemory) {
   EXPECT_EQ(run(many, 1, {0}), ZOX_STS_NO_MEMORY);
 }
 
-INSTANTIATE_TEST_SUITE_P(All, GrowingTables, testing::ValuesIn(library_cases([](const Caster& c) {
-                           return !c.blocked() && !c.fixed_tables();
-                         })),
-                         case_name);
+INSTANTIATE_CASTERS(GrowingTables, library(),
+                    [](const Caster& c) { return !c.blocked() && !c.fixed_tables(); });
 
 }  // namespace
 }  // namespace zox_test

@@ -1,6 +1,6 @@
 // Slice stacks: which byte, or bit, a voxel is.
+#include "cases.h"
 #include "guarded_buffer.h"
-#include "implementations.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 
@@ -73,7 +73,7 @@ TEST_P(StackFetch, ManyRaysMayReadOneVoxel) {
   for (int r = 0; r < 64; ++r) EXPECT_EQ(batch.samples(r), (Ints{1, 1, 1}));
 }
 
-INSTANTIATE_FOR_CASTERS(StackFetch, [](const Caster& c) { return !c.blocked(); });
+INSTANTIATE_FOR_CASTERS(StackFetch, slice_stacks);
 
 class NearestFetch : public CasterTest {};
 
@@ -181,7 +181,7 @@ TEST_P(FarRow, TheSumOfRowAndColumnWrapsWhereItIs32BitsWide) {
   EXPECT_EQ(batch.at(0, 0), 1);
 }
 
-INSTANTIATE_FOR_CASTERS(FarRow, [](const Caster& c) { return !c.blocked(); });
+INSTANTIATE_FOR_CASTERS(FarRow, slice_stacks);
 
 }  // namespace
 }  // namespace zox_test

@@ -1,5 +1,5 @@
 // Slice stacks, casters that sort samples by slice: how a sample's z finds its region and slice.
-#include "implementations.h"
+#include "cases.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 
@@ -18,11 +18,7 @@ class StackRegions : public CasterTest {
   // Bits cannot name slices: then only `marked` is 1.
   Stack stack_of(int slices, int marked) const {
     Stack stack(caster(), 9, 9, slices);
-    for (int s = 0; s <= slices; ++s) {
-      if (!caster().bit()) stack.fill_slice(s, 10 * s);
-      if (caster().bit() && s == marked) stack.fill_slice(s, 1);
-    }
-    return stack;
+    return stack.fill([&](int, int, int s) { return caster().bit() ? s == marked : 10 * s; });
   }
 
   Ints samples(Stack& stack, double z, double dz, int count) {
@@ -63,7 +59,7 @@ TEST_P(StackRegions, DistancesInARegionWrap) {
   const double wide = trilinear() ? 2 : 1;
   for (int marked : {75, 90, 101}) {
     Stack stack(caster(), 9, 9, 140);
-    for (int s = 0; s <= 140; ++s) stack.fill_slice(s, caster().bit() ? s == marked : s);
+    stack.fill([&](int, int, int s) { return caster().bit() ? s == marked : s; });
     stack.regions({-800 * wide, -500 * wide, 1000 * wide}, {100, 103}, {.004 / wide, .02 / wide});
     Batch batch(caster().element_size());
     for (double z : {900, 901}) batch.add({2, 2, z * wide}, {0, 0, -750 * wide}, 3);
@@ -292,7 +288,7 @@ TEST_P(StackRegions, AsManySamplesAsTheStackHoldsAndMore) {
   }
 }
 
-INSTANTIATE_FOR_CASTERS(StackRegions, [](const Caster& c) { return !c.blocked(); });
+INSTANTIATE_FOR_CASTERS(StackRegions, slice_stacks);
 
 }  // namespace
 }  // namespace zox_test

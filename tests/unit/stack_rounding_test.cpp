@@ -1,7 +1,7 @@
 // Slice stacks, casters that sort samples by slice: how starts, steps and boundaries become fixed
 // point. Each question is put to a ray that stands some units short of coordinate 1 (or half a
 // voxel before it where voxels are nearest): does a sample get there?
-#include "implementations.h"
+#include "cases.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 
@@ -157,14 +157,16 @@ TEST_P(StackRounding, FirstBoundary) {
 TEST_P(StackRounding, InnerBoundary) {
   const bool rounds = trilinear() && (caster().parallel() || caster().element_size() == 1);
   Stack volume(caster(), 9, 9, 8);
-  volume.regions({0, 4 + 0.6 * unit(), 6}, {0, 6}, {1, 1}).fill_slice(6, one()).fill_slice(7, one());
+  volume.regions({0, 4 + 0.6 * unit(), 6}, {0, 6}, {1, 1}).fill([&](int, int, int s) {
+    return s == 6 || s == 7 ? one() : 0;
+  });
   EXPECT_EQ(reaches(volume, 2, 4 + unit(), 0.125, 0), !rounds);  // rising: above 4 or on 4 + a unit
   EXPECT_EQ(reaches(volume, 2, 4, -0.125, 0), !rounds);          // falling: on 4 or below 4 + a unit
   EXPECT_TRUE(reaches(volume, 2, 4 + 2 * unit(), 0.125, 0));
   EXPECT_FALSE(reaches(volume, 2, 4 - unit(), -0.125, 0));
 }
 
-INSTANTIATE_FOR_CASTERS(StackRounding, [](const Caster& c) { return !c.blocked(); });
+INSTANTIATE_FOR_CASTERS(StackRounding, slice_stacks);
 
 // The half voxel of the nearest casters is added before the start is cut off, which a start a
 // quarter of a unit below 0 tells: half a voxel less a unit.

@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "implementations.h"
+#include "cases.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 

@@ -1,6 +1,6 @@
 // What a trilinear sample is worth, given where it lies: the corner weights that all casters share,
 // and the three formulas, which differ in precision and in rounding.
-#include "implementations.h"
+#include "cases.h"
 #include "small_batch.h"
 #include "small_volumes.h"
 

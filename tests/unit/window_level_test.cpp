@@ -2,7 +2,7 @@
 #include <climits>
 #include <cstring>
 
-#include "implementations.h"
+#include "cases.h"
 
 namespace zox_test {
 namespace {
