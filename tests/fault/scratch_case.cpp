@@ -60,7 +60,7 @@ ScratchCase::ScratchCase(const Caster& caster, const ScratchSize& size)
       value_(caster.bit()                 ? 1
              : caster.element_size() == 2 ? 0x0101 * kVoxelByte
                                           : kVoxelByte) {
-  stack_.fill_bytes([] { return kVoxelByte; });
+  stack_.fill_memory([](uint8_t* at, size_t bytes) { std::fill_n(at, bytes, kVoxelByte); });
   // Scale 0 puts every z of every region on that region's first slice, which is 0.
   const size_t regions = static_cast<size_t>(existing(size.nregions));
   std::vector<double> bounds(regions + 1);

@@ -1,7 +1,5 @@
 #include "golden_scene.h"
 
-#include <algorithm>
-
 namespace golden {
 namespace {
 
@@ -18,10 +16,11 @@ Scene::Scene(const zox_test::Caster& caster, int number)
       stack_(caster, caster.bit() ? kEdge / 8 : kEdge, kEdge, kDepth),
       batch_(caster.element_size()) {
   Stream stream(static_cast<uint32_t>(number + 1));
+  const auto fill = [&](uint8_t* at, size_t bytes) { stream.fill(at, bytes); };
   if (is_blocked_) {
-    blocked_.fill_bytes([&] { return stream.byte(); });
+    blocked_.fill_memory(fill);
   } else {
-    stack_.fill_bytes([&] { return stream.byte(); });
+    stack_.fill_memory(fill);
     make_stack(number);
   }
   make_rays(number, stream);
@@ -60,8 +59,7 @@ uint64_t Scene::checksum(zox::RayCast cast) {
 
 zox_Rays Scene::filled_rays(Stream& stream) {
   const zox_Rays rays = batch_.rays();
-  for (int k = 0; k < batch_.longest(); ++k)
-    std::generate_n(batch_.plane(k), plane_bytes_, [&] { return stream.byte(); });
+  for (int k = 0; k < batch_.longest(); ++k) stream.fill(batch_.plane(k), plane_bytes_);
   return rays;
 }
 

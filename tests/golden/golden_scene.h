@@ -17,7 +17,9 @@ class Stream {
  public:
   explicit Stream(uint32_t seed) : state_(seed * 2654435761u + 1) {}
   uint32_t next() { return (state_ = state_ * 1664525u + 1013904223u) >> 8; }  // 24 bits
-  uint8_t byte() { return static_cast<uint8_t>(next()); }
+  void fill(uint8_t* at, size_t bytes) {
+    for (size_t i = 0; i < bytes; ++i) at[i] = static_cast<uint8_t>(next());
+  }
   double between(double low, double high) { return low + (high - low) * (next() * 0x1p-24); }
 
  private:

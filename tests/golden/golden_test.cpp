@@ -45,7 +45,7 @@ uint64_t checksum_of_maxima(Reduce reduce) {
     Stream stream(99);
     const zox_Rays rays = scene.filled_rays(stream);
     std::vector<uint8_t> mask(600);
-    for (uint8_t& byte : mask) byte = stream.byte();
+    stream.fill(mask.data(), mask.size());
     std::vector<Element> maxima(static_cast<size_t>(rays.nrays));
     const int status = reduce(&rays, mask.data(), 100, maxima.data());
     sum.add(&status, sizeof status);

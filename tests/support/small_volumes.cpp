@@ -40,10 +40,6 @@ void Blocked::fill(const std::function<int(int, int, int)>& value) {
   }
 }
 
-void Blocked::fill_bytes(const std::function<uint8_t()>& next) {
-  for (size_t i = 0; i < data_.size(); ++i) data_.data()[i] = next();
-}
-
 Stack::Stack(const Caster& caster, int columns, int rows, int slices)
     : bit_(caster.bit()),
       element_size_(caster.element_size()),
@@ -86,11 +82,8 @@ Stack& Stack::fill(const std::function<int(int, int, int)>& value) {
   return *this;
 }
 
-Stack& Stack::fill_bytes(const std::function<uint8_t()>& next) {
-  for (auto& slice : slices_) {
-    for (uint8_t& byte : slice) byte = next();
-  }
-  return *this;
+void Stack::fill_memory(const FillBytes& fill) {
+  for (auto& slice : slices_) fill(slice.data(), slice.size());
 }
 
 Stack& Stack::regions(std::vector<double> bounds, std::vector<int32_t> first_slice,

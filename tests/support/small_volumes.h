@@ -12,6 +12,8 @@
 
 namespace zox_test {
 
+using FillBytes = std::function<void(uint8_t* at, size_t bytes)>;
+
 // A bricked volume.
 class Blocked {
  public:
@@ -20,7 +22,7 @@ class Blocked {
   void set(int x, int y, int z, int value);
   void set_element(size_t index, int value);
   void fill(const std::function<int(int x, int y, int z)>& value);  // the first 16 voxels an axis
-  void fill_bytes(const std::function<uint8_t()>& next);            // in the order of memory
+  void fill_memory(const FillBytes& fill) { fill(data_.data(), data_.size()); }
 
   const zox_Volume& volume() const { return volume_; }
 
@@ -40,7 +42,7 @@ class Stack {
 
   Stack& set(int x, int y, int slice, int value);
   Stack& fill(const std::function<int(int x, int y, int slice)>& value);
-  Stack& fill_bytes(const std::function<uint8_t()>& next);  // slice after slice
+  void fill_memory(const FillBytes& fill);  // slice after slice
 
   // Bounds are one more than the others.
   Stack& regions(std::vector<double> bounds, std::vector<int32_t> first_slice, std::vector<double> scale);
