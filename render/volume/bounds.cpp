@@ -3,149 +3,152 @@
 #include <emmintrin.h>
 
 #include <algorithm>
+#include <array>
+#include <cmath>
+#include <limits>
 
 namespace render {
 namespace {
 
-constexpr int kLargestShift = 2, kCoarsestShift = 5;
-
-Size3 block_counts(const Size3& size, int shift) {
+Size3 block_counts(const Size3& size, const Size3& shift) {
   Size3 counts;
-  for (size_t a = 0; a < 3; ++a) counts[a] = (size[a] + (1 << shift) - 1) >> shift;
+  for (size_t a = 0; a < 3; ++a) counts[a] = (size[a] + (1 << shift[a]) - 1) >> shift[a];
   return counts;
 }
 
-// Extremes along rows, voxel by voxel.
-void merge_rows(const int16_t* row, int count, int16_t* largest, int16_t* smallest) {
-  for (int x = 0; x < count; ++x) {
-    largest[x] = std::max(largest[x], row[x]);
-    smallest[x] = std::min(smallest[x], row[x]);
-  }
+uint64_t product(const Size3& size) {
+  return static_cast<uint64_t>(size[0]) * static_cast<uint64_t>(size[1]) * static_cast<uint64_t>(size[2]);
 }
 
-constexpr int kLanes = 8;
+// So many numbers are read at a time; what lies beyond the columns asked for is dropped at the end.
+template <class Number>
+constexpr int kLanesOf = 16 / static_cast<int>(sizeof(Number));
 
-// Eight numbers are read at a time; what lies beyond the columns asked for is dropped at the end.
+template <class Number>
+constexpr Number worst_of(bool largest) {
+  return largest ? std::numeric_limits<Number>::min() : std::numeric_limits<Number>::max();
+}
+
 template <bool kLargest>
-__m128i extreme_of(__m128i a, __m128i b) {
+__m128i extreme_of(__m128i a, __m128i b, int16_t) {
   return kLargest ? _mm_max_epi16(a, b) : _mm_min_epi16(a, b);
 }
-
 template <bool kLargest>
-int extreme_lane(__m128i lanes, int columns) {
-  alignas(16) static constexpr int16_t kKeep[2 * kLanes] = {-1, -1, -1, -1, -1, -1, -1, -1};
-  const __m128i keep = _mm_loadu_si128(reinterpret_cast<const __m128i*>(kKeep + kLanes - columns));
-  const __m128i worst = _mm_set1_epi16(kLargest ? INT16_MIN : INT16_MAX);
-  lanes = _mm_or_si128(_mm_and_si128(keep, lanes), _mm_andnot_si128(keep, worst));
-  lanes = extreme_of<kLargest>(lanes, _mm_shuffle_epi32(lanes, _MM_SHUFFLE(1, 0, 3, 2)));
-  lanes = extreme_of<kLargest>(lanes, _mm_shuffle_epi32(lanes, _MM_SHUFFLE(2, 3, 0, 1)));
-  lanes = extreme_of<kLargest>(lanes, _mm_srli_epi32(lanes, 16));
-  return static_cast<int16_t>(_mm_cvtsi128_si32(lanes));
+__m128i extreme_of(__m128i a, __m128i b, uint8_t) {
+  return kLargest ? _mm_max_epu8(a, b) : _mm_min_epu8(a, b);
 }
 
-template <bool kLargest>
-int extreme(const int16_t* corner, const Size3& counts, const Size3& blocks) {
-  int best = kLargest ? INT16_MIN : INT16_MAX;
+__m128i all_of(int16_t number) { return _mm_set1_epi16(number); }
+__m128i all_of(uint8_t number) { return _mm_set1_epi8(static_cast<char>(number)); }
+
+// As many bytes of ones as wanted, from where the sixteenth byte before the middle is left.
+alignas(16) constexpr auto kKeep = [] {
+  std::array<uint8_t, 32> bytes{};
+  std::fill(bytes.begin(), bytes.begin() + 16, uint8_t{0xff});
+  return bytes;
+}();
+
+template <bool kLargest, class Number>
+Number extreme_lane(__m128i lanes, int columns) {
+  const auto* const keep_from = kKeep.data() + 16 - columns * static_cast<int>(sizeof(Number));
+  const __m128i keep = _mm_loadu_si128(reinterpret_cast<const __m128i*>(keep_from));
+  const __m128i worst = all_of(worst_of<Number>(kLargest));
+  lanes = _mm_or_si128(_mm_and_si128(keep, lanes), _mm_andnot_si128(keep, worst));
+  lanes = extreme_of<kLargest>(lanes, _mm_shuffle_epi32(lanes, _MM_SHUFFLE(1, 0, 3, 2)), Number{});
+  lanes = extreme_of<kLargest>(lanes, _mm_shuffle_epi32(lanes, _MM_SHUFFLE(2, 3, 0, 1)), Number{});
+  lanes = extreme_of<kLargest>(lanes, _mm_srli_epi32(lanes, 16), Number{});
+  if (sizeof(Number) == 1) lanes = extreme_of<kLargest>(lanes, _mm_srli_epi16(lanes, 8), Number{});
+  return static_cast<Number>(_mm_cvtsi128_si32(lanes));
+}
+
+template <bool kLargest, class Number>
+int extreme(const Number* corner, const Size3& counts, const Size3& blocks) {
+  constexpr int kLanes = kLanesOf<Number>;
+  Number best = worst_of<Number>(kLargest);
   for (int x = 0; x < counts[0]; x += kLanes) {
-    __m128i lanes = _mm_set1_epi16(static_cast<int16_t>(best));
+    __m128i lanes = all_of(best);
     for (int z = 0; z < counts[2]; ++z) {
-      const int16_t* row = corner + x + int64_t{z} * blocks[1] * blocks[0];
+      const Number* row = corner + x + int64_t{z} * blocks[1] * blocks[0];
       for (int y = 0; y < counts[1]; ++y, row += blocks[0])
-        lanes = extreme_of<kLargest>(lanes, _mm_loadu_si128(reinterpret_cast<const __m128i*>(row)));
+        lanes = extreme_of<kLargest>(lanes, _mm_loadu_si128(reinterpret_cast<const __m128i*>(row)), Number{});
     }
-    best = extreme_lane<kLargest>(lanes, std::min(counts[0] - x, kLanes));
+    best = extreme_lane<kLargest, Number>(lanes, std::min(counts[0] - x, kLanes));
   }
   return best;
 }
 
+template <bool kLargest, class Number>
+void merge_eights(const Number* from, const Size3& blocks, Number* to, const Size3& halves) {
+  const auto better = [](Number a, Number b) { return kLargest ? std::max(a, b) : std::min(a, b); };
+  const size_t count = static_cast<size_t>(blocks[0]);
+  const auto row = [&](int y, int z) {
+    return from + (int64_t{std::min(z, blocks[2] - 1)} * blocks[1] + std::min(y, blocks[1] - 1)) * blocks[0];
+  };
+  std::vector<Number> merged(count + 1);
+  for (int z = 0; z < halves[2]; ++z)
+    for (int y = 0; y < halves[1]; ++y, to += halves[0]) {
+      const Number *a = row(2 * y, 2 * z), *b = row(2 * y + 1, 2 * z);
+      const Number *c = row(2 * y, 2 * z + 1), *d = row(2 * y + 1, 2 * z + 1);
+      for (size_t x = 0; x < count; ++x) merged[x] = better(better(a[x], b[x]), better(c[x], d[x]));
+      merged[count] = merged[count - 1];
+      for (size_t x = 0; x < static_cast<size_t>(halves[0]); ++x)
+        to[x] = better(merged[2 * x], merged[2 * x + 1]);
+    }
+}
+
 }  // namespace
 
-uint64_t BlockTable::bytes(const Size3& size, int shift) {
-  const Size3 counts = block_counts(size, shift);
-  return static_cast<uint64_t>(counts[0]) * static_cast<uint64_t>(counts[1]) *
-         static_cast<uint64_t>(counts[2]) * sizeof(int16_t);
+Levels levels_of(const Array& array, const Storage& storage) {
+  Levels levels{false, storage.lowest, -std::ilogb(storage.step)};
+  const bool apart = is_byte(array.type) && storage.step <= 1;
+  levels.used = apart && levels.above(storage.highest) <= UINT8_MAX;
+  return levels;
 }
 
-void BlockTable::resize(const Size3& size, int shift, bool largest) {
-  shift_ = shift;
-  largest_ = largest;
-  blocks_ = block_counts(size, shift);
-  values_.resize(bytes(size, shift) / sizeof(int16_t) + kLanes);  // reads go on past the last number
+BlockTable::BlockTable(const Size3& size, const Size3& shift, bool largest, const Levels& levels)
+    : shift_(shift), blocks_(block_counts(size, shift)), largest_(largest), levels_(levels) {
+  // Reads go on past the last number.
+  const size_t numbers = static_cast<size_t>(product(blocks_));
+  levels.used ? bytes_.resize(numbers + kLanesOf<uint8_t>) : words_.resize(numbers + kLanesOf<int16_t>);
 }
 
-int16_t& BlockTable::at(int x, int y, int z) {
-  return values_[static_cast<size_t>((int64_t{z} * blocks_[1] + y) * blocks_[0] + x)];
+uint64_t BlockTable::bytes(const Size3& size, const Size3& shift, const Levels& levels) {
+  return product(block_counts(size, shift)) * (levels.used ? 1 : sizeof(int16_t));
 }
 
-// One layer of blocks of both tables, which have one shift.
-void build_layer(const Size3& size, int layer, const BlockTable::RowReader& read_row, BlockTable& largest,
-                 BlockTable& smallest) {
-  const int edge = 1 << largest.shift_;
-  const size_t columns = static_cast<size_t>(size[0]);
-  std::vector<int16_t> high(columns), low(columns), row(columns);
-  for (int by = 0; by < largest.blocks_[1]; ++by) {
-    std::fill(high.begin(), high.end(), INT16_MIN);
-    std::fill(low.begin(), low.end(), INT16_MAX);
-    for (int z = layer * edge; z <= std::min(layer * edge + edge, size[2] - 1); ++z)
-      for (int y = by * edge; y <= std::min(by * edge + edge, size[1] - 1); ++y) {
-        read_row(y, z, row.data());
-        merge_rows(row.data(), size[0], high.data(), low.data());
-      }
-    for (int bx = 0; bx < largest.blocks_[0]; ++bx) {
-      const int begin = bx * edge, end = std::min(begin + edge + 1, size[0]);
-      largest.at(bx, by, layer) = *std::max_element(high.begin() + begin, high.begin() + end);
-      smallest.at(bx, by, layer) = *std::min_element(low.begin() + begin, low.begin() + end);
-    }
+void BlockTable::set_row(int y, int z, const int16_t* samples) {
+  const size_t begin = row_begin(y, z), count = static_cast<size_t>(blocks_[0]);
+  if (!levels_.used) {
+    std::copy(samples, samples + count, words_.begin() + static_cast<ptrdiff_t>(begin));
+    return;
   }
+  uint8_t* const row = bytes_.data() + begin;
+  const Levels levels = levels_;
+  if (largest_)
+    for (size_t i = 0; i < count; ++i) row[i] = static_cast<uint8_t>(levels.above(samples[i]));
+  else
+    for (size_t i = 0; i < count; ++i) row[i] = static_cast<uint8_t>(levels.below(samples[i]));
 }
 
-void build_tables(const Size3& size, int shift, const BlockTable::RowReader& read_row, Work& work,
-                  BlockTable& largest, BlockTable& smallest) {
-  largest.resize(size, shift, true);
-  smallest.resize(size, shift, false);
-  work.spread(block_counts(size, shift)[2], 1,
-              [&](int layer) { build_layer(size, layer, read_row, largest, smallest); });
-}
-
-// Eight blocks make one of the next table: the voxels that they speak of overlap in the same way.
-BlockTable BlockTable::halved(const Size3& size) const {
-  BlockTable half;
-  half.resize(size, shift_ + 1, largest_);
-  for (int z = 0; z < half.blocks_[2]; ++z)
-    for (int y = 0; y < half.blocks_[1]; ++y)
-      for (int x = 0; x < half.blocks_[0]; ++x) {
-        const int e = 1 << half.shift_;
-        const Size3 low = {x * e, y * e, z * e};
-        const Size3 high = {std::min(low[0] + e, size[0]) - 1, std::min(low[1] + e, size[1]) - 1,
-                            std::min(low[2] + e, size[2]) - 1};
-        half.at(x, y, z) = static_cast<int16_t>(over(low, high));
-      }
-  return half;
+void BlockTable::set_from_half(const BlockTable& half) {
+  const auto set = [&](const auto& from, auto& to) {
+    largest_ ? merge_eights<true>(from.data(), half.blocks_, to.data(), blocks_)
+             : merge_eights<false>(from.data(), half.blocks_, to.data(), blocks_);
+  };
+  levels_.used ? set(half.bytes_, bytes_) : set(half.words_, words_);
 }
 
 int BlockTable::over(const Size3& low, const Size3& high) const {
-  const int x0 = low[0] >> shift_, y0 = low[1] >> shift_, z0 = low[2] >> shift_;
-  const int columns = (high[0] >> shift_) - x0 + 1, rows = (high[1] >> shift_) - y0 + 1;
-  const int layers = (high[2] >> shift_) - z0 + 1;
-  const int16_t* corner = values_.data() + (int64_t{z0} * blocks_[1] + y0) * blocks_[0] + x0;
-  return largest_ ? extreme<true>(corner, {columns, rows, layers}, blocks_)
-                  : extreme<false>(corner, {columns, rows, layers}, blocks_);
-}
-
-Bounds make_bounds(const Size3& size, const BlockTable::RowReader& read_row, Work& work) {
-  Bounds bounds;
-  const uint64_t voxels =
-      static_cast<uint64_t>(size[0]) * static_cast<uint64_t>(size[1]) * static_cast<uint64_t>(size[2]);
-  const uint64_t limit = voxels * sizeof(int16_t) * 3 / 100;
-  for (int shift = kLargestShift; shift <= kCoarsestShift; ++shift) {
-    if (BlockTable::bytes(size, shift) + 2 * BlockTable::bytes(size, shift + 1) > limit) continue;
-    BlockTable smallest;
-    build_tables(size, shift, read_row, work, bounds.largest, smallest);
-    bounds.coarse_largest = bounds.largest.halved(size);
-    bounds.smallest = smallest.halved(size);
-    break;
+  Size3 first, counts;
+  for (size_t a = 0; a < 3; ++a) {
+    first[a] = low[a] >> shift_[a];
+    counts[a] = (high[a] >> shift_[a]) - first[a] + 1;
   }
-  return bounds;
+  const size_t corner = row_begin(first[1], first[2]) + static_cast<size_t>(first[0]);
+  const auto find = [&](const auto* at) {
+    return largest_ ? extreme<true>(at, counts, blocks_) : extreme<false>(at, counts, blocks_);
+  };
+  return levels_.used ? levels_.sample(find(bytes_.data() + corner)) : find(words_.data() + corner);
 }
 
 }  // namespace render

@@ -102,7 +102,7 @@ std::unique_ptr<Volume> make_volume(const zox_render_array& record, const zox_re
   // The caller's rows are read faster than bricks.
   if (options.bounds)
     volume->bounds = make_bounds(
-        array.size,
+        array.size, levels_of(array, volume->storage),
         [&](int y, int z, int16_t* samples) { sample_row(array, volume->storage, y, z, samples); }, work);
   return volume;
 }
