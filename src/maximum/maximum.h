@@ -28,17 +28,14 @@ struct ByteMask {  // strictly above the threshold, of which only the low byte c
   bool selects(int k) const { return mask[k] > threshold; }
 };
 
-template <class Element>
-constexpr bool kIsSigned = static_cast<Element>(-1) < 0;
-
-// The lowest value of the element's type.
-template <class Element>
-constexpr Element kEmpty = static_cast<Element>(kIsSigned<Element> ? 1 << (8 * sizeof(Element) - 1) : 0);
-
 // Sample counts are compared in the element's own size, as signed numbers, a run of planes at a
 // time; a limit of kMostPlanes is above every count.
 template <class Element>
 constexpr int kMostPlanes = sizeof(Element) == 1 ? 127 : 32767;
+
+// The lowest value of the element's type.
+template <class Element>
+constexpr Element kEmpty = static_cast<Element>(static_cast<Element>(-1) < 0 ? -kMostPlanes<Element> - 1 : 0);
 
 // `bytes` of rays side by side, `each` of them to a vector.
 template <class Element, int bytes, int each>
@@ -47,7 +44,7 @@ class MaximumBlock {
   static constexpr int kRays = bytes / int{sizeof(Element)};
 
   MaximumBlock(const zox_Rays& rays, int first) : rays_(rays), first_(first) {
-    for (auto& m : maximum_.v) m = Part::all(kEmpty<Element>);
+    for (auto& m : maximum_.v) m = Part{} + kEmpty<Element>;
   }
 
   template <class Selection>
@@ -66,22 +63,24 @@ class MaximumBlock {
     }
   }
 
-  void store(Element* result) const {
-    for (int i = 0; i < kVectors; ++i) maximum_.v[i].store(result + first_ + i * kPerVector);
+  void put(Element* result) const {
+    for (int i = 0; i < kVectors; ++i) store(result + first_ + i * kPerVector, maximum_.v[i]);
   }
 
  private:
-  using Part = SampleVector<each>;
+  using Part = NumbersOf<Element, each>;
+  using Counts = decltype(Part{} > Part{});  // signed numbers of the same size
   static constexpr int kVectors = bytes / each;
-  struct Registers {
-    Part v[kVectors];
-  };
   static constexpr int kPerVector = each / int{sizeof(Element)};
+  template <class Numbers>
+  struct Registers {
+    Numbers v[kVectors];
+  };
 
   const Element* samples(int k) const { return static_cast<const Element*>(rays_.planes[k]) + first_; }
 
   // How many planes from first_plane on each ray has samples of, kMostPlanes if more.
-  Registers counts_from(int first_plane) const {
+  Registers<Counts> counts_from(int first_plane) const {
     alignas(64) Element counts[kRays];
     for (int i = 0; i < kRays; ++i) {
       int n = rays_.nsamples[first_ + i];
@@ -91,25 +90,25 @@ class MaximumBlock {
       const int left = end - first_plane;
       counts[i] = static_cast<Element>(left > kMostPlanes<Element> ? kMostPlanes<Element> : left);
     }
-    Registers count;
-    for (int i = 0; i < kVectors; ++i) count.v[i] = Part::load(counts + i * kPerVector);
+    Registers<Counts> count;
+    for (int i = 0; i < kVectors; ++i) count.v[i] = load<Counts>(counts + i * kPerVector);
     return count;
   }
 
   // Planes first .. end - 1: where a ray has samples of more than k - first of them, the one in plane k.
   template <bool every_ray_has_all, class Selection>
-  void add_planes(int first, int end, const Registers& counts, Selection selection) {
-    Registers maximum = maximum_;
+  void add_planes(int first, int end, const Registers<Counts>& counts, Selection selection) {
+    Registers<Part> maximum = maximum_;
     for (int k = first; k < end; ++k) {
       const Element* from = samples(k);
       const int least = every_ray_has_all ? 0 : k - first;
-      const Part limit = Part::all(static_cast<Element>(selection.selects(k) ? least : kMostPlanes<Element>));
+      const auto most = static_cast<Element>(selection.selects(k) ? least : kMostPlanes<Element>);
+      const Counts limit = Counts(Part{} + most);
       for (int i = 0; i < kVectors; ++i) {
-        const Part sample = Part::load(from + i * kPerVector);
-        const Part count = every_ray_has_all ? Part::all(Element{1}) : counts.v[i];
-        maximum.v[i] = every_ray_has_all && Selection::kAll
-                           ? larger<Element>(maximum.v[i], sample)
-                           : larger_where<Element>(count, limit, maximum.v[i], sample);
+        Part sample = load<Part>(from + i * kPerVector);
+        const Counts count = every_ray_has_all ? Counts{} + 1 : counts.v[i];
+        if (!every_ray_has_all || !Selection::kAll) sample = count > limit ? sample : maximum.v[i];
+        maximum.v[i] = maximum.v[i] > sample ? maximum.v[i] : sample;
       }
     }
     maximum_ = maximum;
@@ -117,7 +116,7 @@ class MaximumBlock {
 
   const zox_Rays& rays_;
   int first_;
-  Registers maximum_;
+  Registers<Part> maximum_;
 };
 
 // Reduces rays in blocks as far as they fill them; the last block then ends at the last ray and
@@ -129,7 +128,7 @@ int reduce_blocks(const zox_Rays& rays, int first, int n, Selection selection, E
   auto reduce = [&](int at) {
     Block block(rays, at);
     block.reduce(selection);
-    block.store(result);
+    block.put(result);
   };
   for (; n - first >= Block::kRays; first += Block::kRays) reduce(first);
   constexpr bool largest = bytes > 64;

@@ -18,8 +18,8 @@ inline int lines_of(const char* base, const int* at, int n, int* to) {
   Vector before = broadcast(INT32_MIN);
   int lines = 0;
   for (int i = 0; i < n; i += kVector) {
-    Vector element = load_vector(at + i);
-    Vector line = shift_right<6>(sum(element, broadcast(misalignment)));
+    Vector element = load<Vector>(at + i);
+    Vector line = shift_right(element + broadcast(misalignment), 6);
     unsigned known = bits_of(equal(line, lanes_before<1>(before, line)));
     if constexpr (kVector >= 8) known |= bits_of(equal(line, lanes_before<8>(before, line)));
     unsigned wanted = ~known & ((1u << (n - i < kVector ? n - i : kVector)) - 1);

@@ -27,7 +27,16 @@ inline int wrap_mul(int a, int b) {
 
 // truncate() on every lane.
 inline void truncate_lanes(const double* from, int* to, int n) {
-  for (int i = 0; i < padded(n); i += kDoubles) truncate_vector(from + i, to + i);
+  for (int i = 0; i < padded(n); i += kDoubles) store_truncated(to + i, load<Doubles>(from + i));
+}
+
+// to_fixed() of every lane with a bias.
+template <Rounding rounding>
+void to_fixed_lanes(const Lanes<double>& from, double bias, double scale, Lanes<int>& to, int n) {
+  for (int i = 0; i < padded(n); i += kDoubles) {
+    const Doubles scaled = (load<Doubles>(&from[i]) + bias) * scale;
+    store_truncated(&to[i], rounding == Rounding::kRounded ? scaled + 0.5 : scaled);
+  }
 }
 
 }  // namespace

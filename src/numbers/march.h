@@ -22,15 +22,22 @@ struct RayWalk {
   Position base[3];
   Position step[3];
 
-  // The next n positions. The three sums run side by side: each waits for itself alone.
-  void run(int n, Axes<Position>& positions) {
+  // The next n positions without the offset. The three sums run side by side: each waits for itself alone.
+  void sums(int n, Axes<Position>& __restrict to) {
     for (int i = 0; i < n; ++i) {
       for (int axis = 0; axis < 3; ++axis) {
-        positions[axis][i] = advanced(offset[axis], base[axis]);
+        to[axis][i] = base[axis];
         base[axis] = advanced(base[axis], step[axis]);
       }
     }
-    pad_lanes(positions, n);
+    pad_lanes(to, n);
+  }
+
+  void run(int n, Axes<Position>& to) {
+    sums(n, to);
+    for (int axis = 0; axis < 3; ++axis) {
+      for (int i = 0; i < padded(n); ++i) to[axis][i] = advanced(offset[axis], to[axis][i]);
+    }
   }
 };
 

@@ -44,18 +44,13 @@ struct Corners {
   }
 };
 
-template <class Element>
-typename VoxelPair<Element>::Type load_pair(const void* address) {
-  typename VoxelPair<Element>::Type pair;
-  __builtin_memcpy(&pair, address, sizeof pair);
-  return pair;
-}
-
 // 16 pairs, pair j read at address(j). They are put together in registers and stored as a vector reads
 // them: it would wait for stores of one pair each.
 template <class Element, class Address>
 [[gnu::always_inline]] inline void store_pairs(typename VoxelPair<Element>::Type* to, Address address) {
-  const auto from = [&](int first) { return [=](int j) { return load_pair<Element>(address(first + j)); }; };
+  const auto from = [&](int first) {
+    return [=](int j) { return load<typename VoxelPair<Element>::Type>(address(first + j)); };
+  };
   if constexpr (sizeof(Element) == 1) {
     store_32(to, eight_numbers(from(0)), eight_numbers(from(8)));
   } else {

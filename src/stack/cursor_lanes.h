@@ -13,11 +13,11 @@ constexpr int kNoSlice = INT32_MAX;
 struct SampleLanes {
   Lanes<int> x, y, position, number;
 
-  void copy(int from, int to);
+  void move_lane(int from, int to);
 };
 constexpr Lanes<int> SampleLanes::*kSampleFields[] = {&SampleLanes::x, &SampleLanes::y,
                                                       &SampleLanes::position, &SampleLanes::number};
-inline void SampleLanes::copy(int from, int to) {
+inline void SampleLanes::move_lane(int from, int to) {
   for (auto field : kSampleFields) (this->*field)[to] = (this->*field)[from];
 }
 
@@ -26,24 +26,24 @@ struct SampleVectors {
   Vector x, y, position, number;
 
   static SampleVectors of(const SampleLanes& from, int lane) {
-    return {load_vector(&from.x[lane]), load_vector(&from.y[lane]), load_vector(&from.position[lane]),
-            load_vector(&from.number[lane])};
+    return {load<Vector>(&from.x[lane]), load<Vector>(&from.y[lane]), load<Vector>(&from.position[lane]),
+            load<Vector>(&from.number[lane])};
   }
   static SampleVectors all(const SampleLanes& from, int lane) {
     return {broadcast(from.x[lane]), broadcast(from.y[lane]), broadcast(from.position[lane]),
             broadcast(from.number[lane])};
   }
   void put_back(SampleLanes& to, int lane) const {
-    store_vector(&to.x[lane], x);
-    store_vector(&to.y[lane], y);
-    store_vector(&to.position[lane], position);
-    store_vector(&to.number[lane], number);
+    store(&to.x[lane], x);
+    store(&to.y[lane], y);
+    store(&to.position[lane], position);
+    store(&to.number[lane], number);
   }
   void move(const SampleVectors& by) {
-    x = sum(x, by.x);
-    y = sum(y, by.y);
-    position = sum(position, by.position);
-    number = sum(number, by.number);
+    x += by.x;
+    y += by.y;
+    position += by.position;
+    number += by.number;
   }
   void move_where(Mask on, const SampleVectors& by) {
     x = add_where(on, x, by.x);
@@ -66,8 +66,8 @@ struct CursorLanes {
     int kept = 0;
     for (int i = 0; i < n; ++i) {
       if (slice[i] == kNoSlice) continue;
-      at.copy(i, kept);
-      step.copy(i, kept);
+      at.move_lane(i, kept);
+      step.move_lane(i, kept);
       for (auto field : kOtherFields) (this->*field)[kept] = (this->*field)[i];
       ++kept;
     }

@@ -3,6 +3,7 @@
 // slices as one.
 #pragma once
 
+#include "numbers/march.h"
 #include "stack/cursor_lanes.h"
 #include "stack/stack_sampling.h"
 
@@ -28,74 +29,36 @@ inline Spread spread_of(const zox_Rays& batch) {
   return s;
 }
 
-// What the rays that have samples left add to the position and number of ray 0, in fixed point, with the
-// half that makes indices round. A position is one in slices.
-struct RayOffsets {
-  int n = 0;
-  SampleLanes at;
-  Lanes<int> samples;
-
-  RayOffsets(const zox_Rays& batch, int nrays, double slices_per_z) {
-    Axes<double> apart;
-    const double* start = batch.starts[0];
-    for (int r = 0; r < nrays; ++r) {
-      if (batch.nsamples[r] < 1) continue;
-      if (n == padded(n)) clear_lanes(apart, n);
-      const double* s = batch.starts[r];
-      apart[0][n] = (s[0] - start[0]) * kScale;
-      apart[1][n] = (s[1] - start[1]) * kScale;
-      apart[2][n] = ((s[2] - start[2]) * slices_per_z) * kScale;
-      at.number[n] = sample_number(r, 0);
-      samples[n++] = batch.nsamples[r];
-    }
-    for (int axis = 0; axis < 3; ++axis) {
-      Lanes<int>& offset = at.*kSampleFields[axis];
-      truncate_lanes(apart[axis].at, offset.at, n);
-      for (int i = 0; i < padded(n); ++i) offset[i] = wrap_add(offset[i], kHalf);
-    }
+// Slices and voxels in fixed point.
+inline void to_samples(const Axes<double>& from, int n, SampleLanes& to) {
+  for (int axis = 0; axis < 3; ++axis) {
+    to_fixed_lanes<kTrunc>(from[axis], 0.0, 0x1p21, to.*kSampleFields[axis], n);
   }
+}
 
-  int first_end() const { return range_of(samples.at, n).low; }
-
-  void drop_ended(int k) {
-    int kept = 0;
-    for (int i = 0; i < n; ++i) {
-      if (samples[i] <= k) continue;
-      at.copy(i, kept);
-      samples[kept++] = samples[i];
-    }
-    n = kept;
+// The rays that have samples, and what each adds to the position and number of ray 0, with the half that
+// makes indices round.
+inline void set_apart(const zox_Rays& batch, int nrays, double slices_per_z, Marchers& rays,
+                      SampleLanes& to) {
+  constexpr int kHalf = 1 << 20;
+  Axes<double> apart;
+  const double* start = batch.starts[0];
+  for (int r = 0; r < nrays; ++r) {
+    if (batch.nsamples[r] < 1) continue;
+    const double* s = batch.starts[r];
+    apart[0][rays.n] = s[0] - start[0];
+    apart[1][rays.n] = s[1] - start[1];
+    apart[2][rays.n] = (s[2] - start[2]) * slices_per_z;
+    to.number[rays.n] = sample_number(r, 0);
+    rays.add(r, batch.nsamples[r]);
   }
-
-  static constexpr double kScale = 0x1p21;
-  static constexpr int kHalf = 1 << 20;
-};
-
-// The position of ray 0, in doubles that accumulate the step; converted for all rays at once.
-struct SharedPosition {
-  double base[3];
-  double step[3];
-
-  // Of the next n samples, in fixed point. The three sums run side by side: each waits for
-  // itself alone.
-  void run(int n, SampleLanes& at) {
-    Axes<double> scaled;
-    clear_lanes(scaled, (n - 1) & -16);
-    double x = base[0], y = base[1], z = base[2];
-    for (int i = 0; i < n; ++i) {
-      scaled[0][i] = x * 0x1p21;
-      scaled[1][i] = y * 0x1p21;
-      scaled[2][i] = z * 0x1p21;
-      x += step[0];
-      y += step[1];
-      z += step[2];
-    }
-    base[0] = x;
-    base[1] = y;
-    base[2] = z;
-    for (int axis = 0; axis < 3; ++axis) truncate_lanes(scaled[axis].at, (at.*kSampleFields[axis]).at, n);
+  pad_lanes(apart, rays.n);
+  to_samples(apart, rays.n, to);
+  for (int axis = 0; axis < 3; ++axis) {
+    Lanes<int>& offset = to.*kSampleFields[axis];
+    for (int i = 0; i < padded(rays.n); ++i) offset[i] = wrap_add(offset[i], kHalf);
   }
-};
+}
 
 // Every sum of an inner and an outer sample, all inner ones of an outer one side by side, as many of these
 // at once as there is room for. The last vector goes first: what it writes beyond its lanes others overwrite.
@@ -109,8 +72,8 @@ StagedSamples* stage_sums(const SampleLanes& inner, int n, const SampleLanes& ou
       for (int i = 0; i < steps; ++i) {
         SampleVectors at = first;
         at.move(SampleVectors::all(outer, done + i));
-        view.stage<even, false>(*stage, stage->n + i * n + lane, at, shift_right<21>(at.position),
-                                store_anywhere);
+        view.stage<even, false>(*stage, stage->n + i * n + lane, at, shift_right(at.position, 21),
+                                store<Vector>);
       }
     }
     stage->n += steps * n;
@@ -128,12 +91,11 @@ inline bool reach(const Lanes<int>& a, int na, const Lanes<int>& b, int nb, Rang
   return int64_t{in_a.low} + in_b.low == reached.low && int64_t{in_a.high} + in_b.high == reached.high;
 }
 
-// Whether offsets reach the voxels of the next n samples.
-inline bool even_for(StackView& view, const RayOffsets& rays, const SampleLanes& at, int n) {
+// Whether offsets reach the voxels of n samples of each ray.
+inline bool even_for(StackView& view, const SampleLanes& rays, int nrays, const SampleLanes& at, int n) {
   Range x, y, z;
-  return reach(rays.at.x, rays.n, at.x, n, x) && reach(rays.at.y, rays.n, at.y, n, y) &&
-         reach(rays.at.position, rays.n, at.position, n, z) &&
-         view.even_for(x, y, {z.low >> 21, z.high >> 21});
+  return reach(rays.x, nrays, at.x, n, x) && reach(rays.y, nrays, at.y, n, y) &&
+         reach(rays.position, nrays, at.position, n, z) && view.even_for(x, y, {z.low >> 21, z.high >> 21});
 }
 
 // Ray and plane together make a 32-bit number, so planes are counted anew after so many: a ray may
@@ -144,15 +106,18 @@ template <FetchRules rules>
 int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox_Volume& volume) {
   const double *start = batch.starts[0], *step = batch.steps[0];
   const double slices_per_z = volume.regscale[0];
-  SharedPosition position = {{start[0], start[1], slices_per_z * (start[2] - volume.regbounds[0])},
-                             {step[0], step[1], step[2] * slices_per_z}};
-  RayOffsets rays(batch, nrays, slices_per_z);
+  RayWalk<double> ray_0 = {{},
+                           {start[0], start[1], slices_per_z * (start[2] - volume.regbounds[0])},
+                           {step[0], step[1], step[2] * slices_per_z}};
+  Marchers rays;
+  SampleLanes apart, run;
+  set_apart(batch, nrays, slices_per_z, rays, apart);
   StackSampler<rules> sampler(volume, batch.planes);
   const StageSink sink = sampler.sink();
   StagedSamples* stage = sink.take(false);
   int first_plane = 0;
   for (int k = 0; k < max_samples;) {
-    if (k > 0) rays.drop_ended(k);
+    if (k > 0) rays.drop_ended(k, apart);
     for (int end = rays.first_end(), n; k < end; k += n) {
       if (k - first_plane >= kNumberedPlanes) {
         sampler.finish();
@@ -160,15 +125,16 @@ int cast_one_region(const zox_Rays& batch, int nrays, int max_samples, const zox
         sampler.planes = batch.planes + k;
       }
       n = end - k < kLanes ? end - k : kLanes;
-      SampleLanes run;
-      position.run(n, run);
+      Axes<double> positions;
+      ray_0.sums(n, positions);
+      to_samples(positions, n, run);
       for (int i = 0; i < padded(n); ++i) run.number[i] = sample_number(0, k - first_plane + i);
-      const bool even = even_for(sampler.view, rays, run, n);
+      const bool even = even_for(sampler.view, apart, rays.n, run, n);
       if (stage->n > 0 && (stage->even != even || StagedSamples::full(stage->n))) stage = sink.take(even);
       stage->even = even;
       // Few rays go one after the other: a vector then holds samples of one ray.
       const bool few = rays.n < kVector && rays.n < n;
-      const SampleLanes &inner = few ? run : rays.at, &outer = few ? rays.at : run;
+      const SampleLanes &inner = few ? run : apart, &outer = few ? apart : run;
       auto stage_all = even ? stage_sums<true> : stage_sums<false>;
       stage = stage_all(inner, few ? n : rays.n, outer, few ? rays.n : n, sampler.view, sink, stage);
     }

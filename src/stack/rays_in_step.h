@@ -157,7 +157,7 @@ class RaysInStep {
         SampleVectors at = SampleVectors::of(at_, group);
         for (int i = 0, n = stage->n + group; i < steps; ++i, n += filled_, at.move(step)) {
           view.stage<even, !rules.half>(*stage, n, at, slices_of<rules>(at.position, first_slice),
-                                        store_anywhere);
+                                        store<Vector>);
         }
         at.put_back(at_, group);
       }

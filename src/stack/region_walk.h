@@ -17,22 +17,6 @@ struct Traces {
   Lanes<int> ray;
 };
 
-// Zeros in the 16 lanes from n on: doubles are converted in whole vectors, also where no ray is.
-inline void clear_lanes(Axes<double>& axes, int n) {
-  for (auto& lanes : axes) {
-    for (int i = 0; i < 16; ++i) lanes[n + i] = 0.0;
-  }
-}
-
-// to_fixed() of from[i] + bias; what `from` holds is lost.
-template <Rounding rounding>
-void to_fixed_lanes(Lanes<double>& from, double bias, double scale, Lanes<int>& to, int n) {
-  for (int i = 0; i < padded(n); ++i) {
-    from[i] = rounding == Rounding::kRounded ? (from[i] + bias) * scale + 0.5 : (from[i] + bias) * scale;
-  }
-  truncate_lanes(from.at, to.at, n);
-}
-
 template <GeneralRules rules>
 void trace_rays(const zox_Rays& batch, bool one_region, Traces& to) {
   constexpr double scale = 1 << rules.bits, half = rules.start_half * 0.5;
@@ -40,10 +24,6 @@ void trace_rays(const zox_Rays& batch, bool one_region, Traces& to) {
   Axes<double> start, step;
   for (int r = 0; r < batch.nrays; ++r) {
     if (batch.nsamples[r] < 1) continue;  // its start may be anything
-    if (to.n == padded(to.n)) {
-      clear_lanes(start, to.n);
-      clear_lanes(step, to.n);
-    }
     for (int axis = 0; axis < 3; ++axis) {
       start[axis][to.n] = batch.starts[r][axis];
       step[axis][to.n] = batch.steps[rules.step_of == StepOf::kRay0 ? 0 : r][axis];
@@ -51,6 +31,8 @@ void trace_rays(const zox_Rays& batch, bool one_region, Traces& to) {
     to.count[to.n] = batch.nsamples[r];
     to.ray[to.n++] = r;
   }
+  pad_lanes(start, to.n);
+  pad_lanes(step, to.n);
   to_fixed_lanes<rules.xy_start>(start[0], half, scale, to.x, to.n);
   to_fixed_lanes<rules.xy_start>(start[1], half, scale, to.y, to.n);
   to_fixed_lanes<rules.z>(start[2], 0.0, scale, to.z, to.n);
@@ -82,7 +64,7 @@ int slice_of(int position, int first_slice) {
 }
 template <SliceRules rules>
 Vector slices_of(Vector position, Vector first_slice) {
-  return sum(shift_right<rules.bits>(sum(position, broadcast(kHalfSlice<rules>))), first_slice);
+  return shift_right(position + broadcast(kHalfSlice<rules>), rules.bits) + first_slice;
 }
 
 // Sample after sample through the regions. A sample exactly on a boundary stays in the lower

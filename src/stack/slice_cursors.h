@@ -93,7 +93,7 @@ template <bool even>
 Vector SliceCursors<rules>::append_group(int s, int group) {
   CursorLanes& lanes = cursors_.lanes;
   const Vector wanted = broadcast(s), none = broadcast(kNoSlice);
-  Vector slice = load_vector(&lanes.slice[group]);
+  Vector slice = load<Vector>(&lanes.slice[group]);
   Mask on = equal(slice, wanted);
   if (bits_of(on) == 0) return slice;
   SampleVectors at = SampleVectors::of(lanes.at, group);
@@ -104,18 +104,18 @@ Vector SliceCursors<rules>::append_group(int s, int group) {
     view_.template stage<even, !rules.half>(*stage, n, at, wanted,
                                             [&](int* to, Vector v) { packed.append(to, v); });
     n += s >= 0 ? __builtin_popcount(bits) : 0;
-    const Mask ended = both(on, equal(at.number, load_vector(&lanes.last_number[group])));
+    const Mask ended = on & equal(at.number, load<Vector>(&lanes.last_number[group]));
     at.move_where(on, SampleVectors::of(lanes.step, group));
-    slice = select(on, slices_of<rules>(at.position, load_vector(&lanes.first_slice[group])), slice);
+    slice = select(on, slices_of<rules>(at.position, load<Vector>(&lanes.first_slice[group])), slice);
     slice = select(ended, none, slice);
     if (const unsigned lanes_ended = bits_of(ended); lanes_ended != 0) {
       if (!cursors_.one_region()) {
         at.put_back(lanes.at, group);
-        store_vector(&lanes.slice[group], slice);
+        store(&lanes.slice[group], slice);
         for (unsigned left = lanes_ended; left != 0; left &= left - 1)
           cursors_.enter_region(group + __builtin_ctz(left));
         at = SampleVectors::of(lanes.at, group);
-        slice = load_vector(&lanes.slice[group]);
+        slice = load<Vector>(&lanes.slice[group]);
       }
       done_ += __builtin_popcount(lanes_ended & bits_of(equal(slice, none)));
     }
@@ -127,7 +127,7 @@ Vector SliceCursors<rules>::append_group(int s, int group) {
   }
   stage->n = n;
   at.put_back(lanes.at, group);
-  store_vector(&lanes.slice[group], slice);
+  store(&lanes.slice[group], slice);
   return slice;
 }
 

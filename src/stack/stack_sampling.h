@@ -126,15 +126,16 @@ void read_nearest(const StackView& view, const StagedSamples& stage, void* const
 template <FetchRules rules, class Element>
 void fetch_stack_corners(const StackView& view, const StagedSamples& stage, int first, int n,
                          Corners<Element>& corners) {
+  using Pair = typename VoxelPair<Element>::Type;
   const int *x = stage.x + first, *y = stage.y + first, *place = stage.place + first;
   if (stage.even) {
     const char *origin = view.origin, *next_row = origin + view.row_pitch;
     const char *next_slice = origin + view.slice_pitch, *next_both = next_slice + view.row_pitch;
     for (int i = 0; i < n; ++i, keep_order()) {
-      corners.pair[0][i] = load_pair<Element>(origin + place[i]);
-      corners.pair[1][i] = load_pair<Element>(next_row + place[i]);
-      corners.pair[2][i] = load_pair<Element>(next_slice + place[i]);
-      corners.pair[3][i] = load_pair<Element>(next_both + place[i]);
+      corners.pair[0][i] = load<Pair>(origin + place[i]);
+      corners.pair[1][i] = load<Pair>(next_row + place[i]);
+      corners.pair[2][i] = load<Pair>(next_slice + place[i]);
+      corners.pair[3][i] = load<Pair>(next_both + place[i]);
     }
     return;
   }
@@ -143,10 +144,10 @@ void fetch_stack_corners(const StackView& view, const StagedSamples& stage, int 
     int64_t row_1 = offset_in_slice<rules>(view, x[i], y[i], 1);
     const char* lower = static_cast<const char*>(view.slices[place[i]]);
     const char* upper = static_cast<const char*>(view.slices[place[i] + 1]);
-    corners.pair[0][i] = load_pair<Element>(lower + row_0);
-    corners.pair[1][i] = load_pair<Element>(lower + row_1);
-    corners.pair[2][i] = load_pair<Element>(upper + row_0);
-    corners.pair[3][i] = load_pair<Element>(upper + row_1);
+    corners.pair[0][i] = load<Pair>(lower + row_0);
+    corners.pair[1][i] = load<Pair>(lower + row_1);
+    corners.pair[2][i] = load<Pair>(upper + row_0);
+    corners.pair[3][i] = load<Pair>(upper + row_1);
   }
 }
 

@@ -21,13 +21,6 @@ int64_t byte_offset(int32_t row, int column) {
   }
 }
 
-template <class T>
-T load(const char* address) {
-  T value;
-  __builtin_memcpy(&value, address, sizeof value);
-  return value;
-}
-
 // Table entries low .. high, found to be evenly apart: entry i is first + (i - low) * pitch.
 struct Progression {
   int64_t low = 0, high = -1;
@@ -100,12 +93,10 @@ class StackView {
 
   // Evenly apart: a voxel's address is origin plus, in bytes, start + column + row * row_pitch +
   // slice * slice_pitch, of which the sum alone need fit in 32 bits. What has been called so stays so.
-  Vector slice_start(Vector slice) const {
-    return sum(broadcast(start), product(slice, broadcast(slice_pitch)));
-  }
+  Vector slice_start(Vector slice) const { return broadcast(start) + slice * broadcast(slice_pitch); }
   Vector offset(Vector x, Vector y, Vector slice_start) const {
-    Vector column = bits_in(shift_right(x, column_shift_), broadcast(column_mask_));
-    return sum(sum(column, slice_start), product(shift_right(y, bits_), broadcast(row_pitch)));
+    const Vector column = shift_right(x, column_shift_) & broadcast(column_mask_);
+    return column + slice_start + shift_right(y, bits_) * broadcast(row_pitch);
   }
 
   const char* origin = nullptr;

@@ -23,16 +23,16 @@ struct Window {
 };
 
 // Window::map() of eight values, in 16 bits, which hold lo, hi and all results.
-inline Sixteen map_8(const Window& w, Sixteen v) {
-  auto all = [](int value) { return SampleVector<16>::all(static_cast<int16_t>(value)).v; };
-  Sixteen below = above(int16_t{}, all(w.lo), v), beyond = above(int16_t{}, v, all(w.hi));
-  Sixteen inside = truncate_products(v, w.slope, w.offset);
-  return where(below, all(w.outmin), where(beyond, all(w.outmax), inside));
+inline Sixteen map_8(const Window& w, const int16_t* src) {
+  using Eight = NumbersOf<int16_t, 16>;
+  auto all = [](int value) { return Eight{} + static_cast<int16_t>(value); };
+  const Eight v = load<Eight>(src), inside = Eight(truncate_products(Sixteen(v), w.slope, w.offset));
+  return Sixteen(v < all(w.lo) ? all(w.outmin) : v > all(w.hi) ? all(w.outmax) : inside);
 }
 
 // 16 values at once. src and dst do not overlap.
 inline void map_16(const Window& window, const int16_t* src, uint8_t* dst) {
-  store_16(dst, packed_bytes(map_8(window, load_16(src)), map_8(window, load_16(src + 8))));
+  store(dst, packed_bytes(map_8(window, src), map_8(window, src + 8)));
 }
 
 // 4 to 15 values at once: those in the middle twice. src and dst do not overlap.
@@ -40,14 +40,14 @@ inline void map_few(const Window& window, const int16_t* src, uint8_t* dst, int 
   alignas(16) int16_t words[8];
   alignas(16) uint8_t bytes[16];
   if (n >= 8) {
-    store_16(bytes, packed_bytes(map_8(window, load_16(src)), map_8(window, load_16(src + n - 8))));
+    store(bytes, packed_bytes(map_8(window, src), map_8(window, src + n - 8)));
     __builtin_memcpy(dst, bytes, 8);
     __builtin_memcpy(dst + n - 8, bytes + 8, 8);
   } else {
     __builtin_memcpy(words, src, 8);
     __builtin_memcpy(words + 4, src + n - 4, 8);
-    const Sixteen mapped = map_8(window, load_16(words));
-    store_16(bytes, packed_bytes(mapped, mapped));
+    const Sixteen mapped = map_8(window, words);
+    store(bytes, packed_bytes(mapped, mapped));
     __builtin_memcpy(dst, bytes, 4);
     __builtin_memcpy(dst + n - 4, bytes + 4, 4);
   }

@@ -7,29 +7,16 @@
 namespace zox_test {
 
 // Masks are where a equals b. Arrays of Lanes hold `lanes` numbers, at any address.
-template <class Sample>
-struct SampleFunctions {
-  using Larger = void (*)(const Sample* maximum, const Sample* sample, Sample* to);
-  using LargerWhere = void (*)(Sample count, const Sample* limit, const Sample* maximum, const Sample* sample,
-                               Sample* to);
-  int bytes;
-  Larger larger;
-  LargerWhere larger_where;
-};
-
 struct SetFunctions {
   using Binary = void (*)(const int* a, const int* b, int* to);
-  using Shift = void (*)(const int* v, int* to);
   int lanes, doubles;
 
-  void (*copy_aligned)(const int* from, int* to);
   void (*broadcast)(int v, int* to);
-  Binary sum, product, smaller, bits_in, before_1, before_8;  // before_8: of sets that have 8 lanes
+  Binary smaller, before_1, before_8;  // before_8: of sets that have 8 lanes
   unsigned (*equal)(const int* a, const int* b);
   unsigned (*both_equal)(const int* a, const int* b, const int* c, const int* d);
   void (*select_equal)(const int* a, const int* b, const int* yes, const int* no, int* to);
   void (*add_where_equal)(const int* a, const int* b, const int* c, const int* d, int* to);
-  Shift shift_right_6, shift_right_20, shift_right_21;
   void (*shift_right)(const int* v, int bits, int* to);
   int (*lowest_of)(const int* v);
   void (*append)(unsigned bits, const int* v, int* to);
@@ -38,8 +25,6 @@ struct SetFunctions {
   void (*store_32)(const void* from, void* to);
   void (*store_64)(const void* from, void* to);
   bool (*consecutive_8)(const int* number);
-  SampleFunctions<uint8_t> bytes[4];
-  SampleFunctions<int16_t> shorts[4];
   unsigned (*nonzero_bytes)(const uint8_t* sixteen);
   void (*packed_bytes)(const int16_t* sixteen, uint8_t* to);
   int (*truncate)(double v);

@@ -74,58 +74,17 @@ class Sets : public testing::TestWithParam<Set> {
     }
   }
 
-  template <class Function>
-  void expect_shift(Function function, int bits) {
-    for (int round = 0; round < kRounds / 10; ++round) {
-      const Lanes v = numbers(), before = numbers();
-      Lanes out = before;
-      function(v.data(), out.data());
-      ASSERT_NO_FATAL_FAILURE(expect_lanes(out, before, [&](int i) { return v[i] >> bits; }));
-    }
-  }
-
-  template <class Sample>
-  void expect_samples(const SampleFunctions<Sample>& functions) {
-    const int n = functions.bytes / static_cast<int>(sizeof(Sample));
-    for (int round = 0; round < kRounds; ++round) {
-      std::array<Sample, 64> limit, maximum, sample, out, where;
-      for (int i = 0; i < n; ++i) {
-        limit[i] = static_cast<Sample>(number());
-        maximum[i] = static_cast<Sample>(number());
-        sample[i] = static_cast<Sample>(number());
-      }
-      const Sample count = static_cast<Sample>(number());
-      functions.larger(maximum.data(), sample.data(), out.data());
-      functions.larger_where(count, limit.data(), maximum.data(), sample.data(), where.data());
-      for (int i = 0; i < n; ++i) {
-        using Signed = std::make_signed_t<Sample>;
-        const bool on = static_cast<Signed>(limit[i]) < static_cast<Signed>(count);
-        const Sample larger = std::max(maximum[i], sample[i]);
-        ASSERT_EQ(out[i], larger) << name() << ", " << functions.bytes << " bytes, sample " << i;
-        ASSERT_EQ(where[i], on ? larger : maximum[i]) << name() << ", " << functions.bytes << " bytes, " << i;
-      }
-    }
-  }
-
   std::mt19937 random_{1};
 };
 
-TEST_P(Sets, CopyAndBroadcast) {
-  alignas(64) int from[kMostLanes], to[kMostLanes];
-  const Lanes v = numbers();
-  std::copy(v.begin(), v.end(), from);
-  set().copy_aligned(from, to);
-  EXPECT_TRUE(std::equal(from, from + lanes(), to)) << name();
+TEST_P(Sets, Broadcast) {
   Lanes all;
   set().broadcast(-7, all.data());
   EXPECT_TRUE(std::all_of(all.begin(), all.begin() + lanes(), [](int n) { return n == -7; })) << name();
 }
 
-TEST_P(Sets, ComputeLaneByLane) {
-  expect_binary(set().sum, [](auto& a, auto& b, int i) { return wrapped(int64_t{a[i]} + b[i]); });
-  expect_binary(set().product, [](auto& a, auto& b, int i) { return wrapped(int64_t{a[i]} * b[i]); });
+TEST_P(Sets, FindTheSmaller) {
   expect_binary(set().smaller, [](auto& a, auto& b, int i) { return std::min(a[i], b[i]); });
-  expect_binary(set().bits_in, [](auto& a, auto& b, int i) { return a[i] & b[i]; });
 }
 
 TEST_P(Sets, LookAtLanesBefore) {
@@ -155,11 +114,11 @@ TEST_P(Sets, ChooseByMasks) {
 }
 
 TEST_P(Sets, ShiftWithTheSign) {
-  expect_shift(set().shift_right_6, 6);
-  expect_shift(set().shift_right_20, 20);
-  expect_shift(set().shift_right_21, 21);
   for (int bits = 0; bits < 32; ++bits) {
-    expect_shift([&](const int* v, int* to) { set().shift_right(v, bits, to); }, bits);
+    const Lanes v = numbers(), before = numbers();
+    Lanes out = before;
+    set().shift_right(v.data(), bits, out.data());
+    expect_lanes(out, before, [&](int i) { return v[i] >> bits; });
   }
 }
 
@@ -229,11 +188,6 @@ TEST_P(Sets, LookAtBytes) {
     set().packed_bytes(shorts.data(), bytes.data());
     for (int i = 0; i < 16; ++i) ASSERT_EQ(bytes[i], std::clamp<int>(shorts[i], 0, 255)) << name();
   }
-}
-
-TEST_P(Sets, FindLargerSamples) {
-  for (const auto& functions : set().bytes) expect_samples(functions);
-  for (const auto& functions : set().shorts) expect_samples(functions);
 }
 
 // Toward zero; 0x80000000 for what does not fit.
