@@ -1,5 +1,6 @@
 // Making the tables of blocks: every row of the volume is looked at once or twice.
 #include <algorithm>
+#include <array>
 
 #include "view/lanes.h"
 #include "volume/bounds.h"
@@ -8,7 +9,8 @@ namespace render {
 namespace {
 
 constexpr int kLargestShift = 2, kCoarsestShift = 5;
-constexpr int kLayersPerTask = 4;  // of blocks
+constexpr int kLayersPerTask = 4;                          // of blocks
+constexpr size_t kMostBlocks = kMaxSize >> kLargestShift;  // along a row
 
 RENDER_IN_LANES void merge_row(const int16_t* row, size_t count, int16_t* high, int16_t* low) {
   for (size_t x = 0; x < count; ++x) {
@@ -25,29 +27,24 @@ RENDER_IN_LANES void merge_extremes(const int16_t* more_high, const int16_t* mor
   }
 }
 
-// Each number becomes the extreme of itself and of the one `ahead` of it.
-RENDER_IN_LANES void merge_ahead(size_t ahead, size_t count, int16_t* high, int16_t* low) {
-#pragma GCC ivdep
-  for (size_t x = 0; x < count; ++x) {
-    high[x] = std::max(high[x], high[x + ahead]);
-    low[x] = std::min(low[x], low[x + ahead]);
-  }
-}
-
-// What is gathered at the places of every edge-th voxel and the next; the usual edge is known to the
-// compiler.
+// The extremes of numbers edge * b .. edge * b + edge, at b.
 template <size_t kEdge>
-void pick(size_t blocks, int16_t* high, int16_t* low, size_t other_edge = 0) {
+void gather(size_t blocks, size_t other_edge, const int16_t* high, const int16_t* low,
+            int16_t* __restrict highest, int16_t* __restrict lowest) {
   const size_t edge = kEdge > 0 ? kEdge : other_edge;
   for (size_t b = 0; b < blocks; ++b) {
-    high[b] = std::max(high[b * edge], high[b * edge + 1]);
-    low[b] = std::min(low[b * edge], low[b * edge + 1]);
+    highest[b] = high[b * edge];
+    lowest[b] = low[b * edge];
+    for (size_t i = 1; i <= edge; ++i) {
+      highest[b] = std::max(highest[b], high[b * edge + i]);
+      lowest[b] = std::min(lowest[b], low[b * edge + i]);
+    }
   }
 }
 
 // The extremes of some rows, voxel by voxel; beyond the last voxel there are places for what is none.
 struct Extremes {
-  static constexpr size_t kSpare = 2 << kCoarsestShift;
+  static constexpr size_t kSpare = (1 << kCoarsestShift) + 1;
   explicit Extremes(int columns)
       : count(static_cast<size_t>(columns)), high(count + kSpare), low(count + kSpare) {
     clear();
@@ -60,14 +57,6 @@ struct Extremes {
   void add(const Extremes& more) {
     merge_extremes(more.high.data(), more.low.data(), count, high.data(), low.data());
   }
-  // Puts those of voxels 2^shift * b .. 2^shift * (b + 1) at b.
-  void gather(int shift, size_t blocks) {
-    const size_t edge = size_t{1} << shift;
-    for (size_t ahead = 1; ahead < edge; ahead *= 2)
-      merge_ahead(ahead, count + edge - ahead, high.data(), low.data());
-    edge == 4 ? pick<4>(blocks, high.data(), low.data()) : pick<0>(blocks, high.data(), low.data(), edge);
-  }
-
   size_t count;
   std::vector<int16_t> high, low;
 };
@@ -107,10 +96,14 @@ class LayerBuilder {
       found.add(row);
     }
   }
-  void store(int y, int z, Extremes& found) const {
-    found.gather(shift_[0], static_cast<size_t>(largest_.blocks()[0]));
-    largest_.set_row(y, z, found.high.data());
-    smallest_.set_row(y, z, found.low.data());
+  void store(int y, int z, const Extremes& found) const {
+    const size_t edge = size_t{1} << shift_[0], blocks = static_cast<size_t>(largest_.blocks()[0]);
+    std::array<int16_t, kMostBlocks> highest, lowest;
+    // The usual edge is known to the compiler.
+    (edge == 4 ? gather<4> : gather<0>)(blocks, edge, found.high.data(), found.low.data(), highest.data(),
+                                        lowest.data());
+    largest_.set_row(y, z, highest.data());
+    smallest_.set_row(y, z, lowest.data());
   }
 
   const Size3 &size_, &shift_;

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # As a part of another project only the libraries are built, into folders of their own; nothing of the
-# parent's is changed and nothing is installed with it.
-# Usage: subproject.sh SOURCE_DIRECTORY
+# parent's is changed and nothing is installed with it. Programs, where they are asked for, come to lie beside
+# what they load.
+# Usage: subproject.sh SOURCE_DIRECTORY [tools]
 # shellcheck source=tests/package/common.sh
 . "$(dirname "$0")/common.sh"
 mkdir "$scratch/parent"
@@ -41,3 +42,30 @@ run "$scratch/build/programs/consumer_static"
 run cmake --install "$scratch/build" --prefix "$scratch/prefix"
 installed=$(cd "$scratch/prefix" && find . -type f)
 [ "$installed" = ./bin/consumer ] || complain "with the parent there was installed: $installed"
+
+[ -n "${2-}" ] || exit 0
+for folder in "" "\${CMAKE_BINARY_DIR}/programs"; do
+  cat >"$scratch/parent/CMakeLists.txt" <<PARENT
+cmake_minimum_required(VERSION 3.22)
+project(parent LANGUAGES C)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY $folder)
+set(ZOX_BUILD_TOOLS ON)
+set(ZOX_BUILD_VIEWER AUTO)
+set(ZOX_BUILD_MPI AUTO)
+include(FetchContent)
+FetchContent_Declare(zox_volume SOURCE_DIR $1)
+FetchContent_MakeAvailable(zox_volume)
+foreach(program zox-mip zox-view zox-mip-mpi)
+  if(TARGET \${program})
+    file(GENERATE OUTPUT \${program}.place
+      CONTENT "\$<TARGET_FILE_DIR:\${program}> \$<TARGET_FILE_DIR:zox_readers>\n")
+  endif()
+endforeach()
+PARENT
+  rm -rf "$scratch/build"
+  run cmake -S "$scratch/parent" -B "$scratch/build"
+  for place in "$scratch"/build/*.place; do
+    read -r program readers <"$place"
+    [ "$program" = "$readers" ] || complain "$(basename "$place" .place) is in $program, its readers in $readers"
+  done
+done

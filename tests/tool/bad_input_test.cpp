@@ -217,6 +217,11 @@ TEST_F(BadInputTest, SaysThatReadersAreMissing) {
       << outcome.err;
   EXPECT_TRUE(outcome.err.ends_with(").\n")) << outcome.err;
   EXPECT_EQ(shell("./zox-mip --phantom -o p.png --size 16x16 --quiet").status, 0);
+  const TestVolume volume = random_volume({9, 8, 7}, 0, 200, 1);
+  for (const char* name : {"a.nrrd", "b.nrrd"})
+    write_text(path(name), nrrd(volume, "uchar", raw_bytes<uint8_t>(volume)));
+  EXPECT_EQ(shell("./zox-mip a.nrrd b.nrrd -o {name}.png --size 16x16 --quiet").status, 0)
+      << "files that need none";
 }
 
 }  // namespace

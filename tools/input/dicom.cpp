@@ -98,8 +98,6 @@ std::vector<std::string> dicom_series(const std::string& path, const ReadOptions
 
 SeriesOf dicom_series_of(const std::string& path) {
   SeriesOf result;
-  // Not even the opening of anything else may wait.
-  if (std::error_code error; !fs::is_regular_file(path, error)) return result;
   const dicom::FileContent content = dicom::read_frames(path);
   result.is_dicom = content.is_dicom;
   if (content.is_dicom && !content.damaged) result.uid = content.series_uid;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <csignal>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <new>
 #include <span>
@@ -19,6 +20,7 @@
 #include "text.h"
 
 namespace zox::input {
+namespace fs = std::filesystem;
 namespace {
 
 using Reading = std::function<Found(VoxelMemory&)>;
@@ -208,13 +210,19 @@ SeriesOf unpacked(const std::string& text) {
   return {true, text.substr(1)};
 }
 
+// The large readers are loaded for DICOM files alone; not even the opening of anything else may wait.
+SeriesOf find_series_of(const std::string& path) {
+  std::error_code error;
+  if (!fs::is_regular_file(path, error) || !is_dicom(path)) return {};
+  return readers_for(path).dicom_series_of(path);
+}
+
 // What a reader does not survive is found by halves.
 void add_series_of(std::span<const std::string> paths, const ReadOptions& options,
                    std::vector<SeriesOf>& all) {
   const auto read = [&](VoxelMemory&) {
     Found found;
-    const Readers& readers = readers_for(paths[0]);
-    for (const std::string& path : paths) found.notes.push_back(packed(readers.dicom_series_of(path)));
+    for (const std::string& path : paths) found.notes.push_back(packed(find_series_of(path)));
     return found;
   };
   try {
