@@ -48,19 +48,33 @@ void Bundle::finish(const Volume& volume, bool nearest) {
     const double low_slope = (low_at_last_[a] - low_at_first_[a]) * factor;
     const double high_slope = (high_at_last_[a] - high_at_first_[a]) * factor;
     const double shift = (nearest ? 0.5 : 0) - volume.first[a];
-    low_[a] = {(low_at_first_[a] - kSpareUnits) * (1 / kGrid) + shift - first_ * low_slope, low_slope};
-    high_[a] = {(high_at_first_[a] + kSpareUnits) * (1 / kGrid) + shift - first_ * high_slope, high_slope};
+    low_.begin[a] = (low_at_first_[a] - kSpareUnits) * (1 / kGrid) + shift - first_ * low_slope;
+    high_.begin[a] = (high_at_first_[a] + kSpareUnits) * (1 / kGrid) + shift - first_ * high_slope;
+    low_.slope[a] = low_slope;
+    high_.slope[a] = high_slope;
     most_[a] = volume.size[a] - 1;
   }
 }
 
 void Bundle::cells(double first, double last, Size3& low, Size3& high) const {
-  for (size_t a = 0; a < 3; ++a) {
-    const double lowest = low_[a].begin + (low_[a].slope < 0 ? last : first) * low_[a].slope;
-    const double highest = high_[a].begin + (high_[a].slope < 0 ? first : last) * high_[a].slope;
-    low[a] = static_cast<int>(std::clamp(lowest, 0.0, most_[a]));
-    high[a] = static_cast<int>(std::clamp(highest, 0.0, most_[a]));
+  const __m128d from = _mm_set1_pd(first), to = _mm_set1_pd(last), zero = _mm_setzero_pd();
+  alignas(16) std::array<int32_t, 4> lowest, highest;
+  for (size_t a = 0; a < 4; a += 2) {
+    const __m128d most = _mm_load_pd(&most_[a]);
+    const auto cell = [&](const Chords& chords, auto outer) {
+      const __m128d slope = _mm_load_pd(&chords.slope[a]);
+      const __m128d way = outer(_mm_mul_pd(from, slope), _mm_mul_pd(to, slope));
+      const __m128d position = _mm_add_pd(_mm_load_pd(&chords.begin[a]), way);
+      return _mm_cvttpd_epi32(_mm_min_pd(_mm_max_pd(position, zero), most));
+    };
+    const auto store = [&](std::array<int32_t, 4>& cells, __m128i two) {
+      _mm_storel_epi64(reinterpret_cast<__m128i*>(&cells[a]), two);
+    };
+    store(lowest, cell(low_, [](__m128d p, __m128d q) { return _mm_min_pd(p, q); }));
+    store(highest, cell(high_, [](__m128d p, __m128d q) { return _mm_max_pd(p, q); }));
   }
+  std::copy_n(lowest.begin(), 3, low.begin());
+  std::copy_n(highest.begin(), 3, high.begin());
 }
 
 }  // namespace render

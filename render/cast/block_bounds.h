@@ -21,12 +21,12 @@ class Bundle {
  private:
   double first_ = 0, last_ = 0;
   std::array<double, 3> low_at_first_{}, low_at_last_{}, high_at_first_{}, high_at_last_{};
-  // A position in voxels of the array is begin + n * slope.
-  struct Chord {
-    double begin, slope;
+  // Positions in voxels of the array are begin + n * slope, one axis a lane; the last lane is none.
+  struct alignas(16) Chords {
+    std::array<double, 4> begin{}, slope{};
   };
-  std::array<Chord, 3> low_{}, high_{};
-  std::array<double, 3> most_{};
+  Chords low_, high_;
+  alignas(16) std::array<double, 4> most_{};
 };
 
 }  // namespace render

@@ -32,11 +32,18 @@ Tile::Tile(const Scene& scene)
       batch_(scene.casting),
       sections_(scene.volume.frame.regions.size()) {}
 
+void Tile::begin_task() {
+  untried_ = 0;
+  now_ = seconds();
+}
+
 void Tile::render(int left, int top) {
-  const double begin = seconds();
+  const double begin = now_;
   const int64_t samples = counts_.samples, cast_before = counts_.cast;
   find_rays(left, top);
   skip_ = scene_.skip && untried_ == 0;
+  if (untried_ > 0) --untried_;
+  if (any_ == 0) return write();
   if (skip_) find_candidates();
   const double bounded = seconds();
   skip_ ? cast_candidates() : cast_everything();
@@ -44,8 +51,8 @@ void Tile::render(int left, int top) {
   write();
   counts_.seconds_bounds += bounded - begin;
   counts_.seconds_cast += cast - bounded;
-  counts_.seconds_window += seconds() - cast;
-  if (untried_ > 0) --untried_;
+  now_ = seconds();
+  counts_.seconds_window += now_ - cast;
   const int64_t all = counts_.samples - samples;
   if (skip_ && all > kTelling &&
       static_cast<double>(counts_.cast - cast_before) > kHopeless * static_cast<double>(all))

@@ -42,7 +42,7 @@ class Tile {
   explicit Tile(const Scene& scene);
   // Tiles of one task are neighbours: where nothing could be left out of one, the next few are not tried.
   // What is left out depends on nothing else, and the picture not even on that.
-  void begin_task() { untried_ = 0; }
+  void begin_task();
   void render(int left, int top);
   const Counts& counts() const { return counts_; }
 
@@ -88,7 +88,8 @@ class Tile {
   void take(size_t lane, int sample, int number);
   // Writing the picture.
   void write() const;
-  void write_lane(size_t lane, int sample, uint8_t shade) const;
+  template <class Element>
+  void put(const Lanes<Element>& values, Element* plane, int64_t pitch) const;
   int final_sample(size_t lane) const;
 
   const Scene& scene_;
@@ -105,6 +106,7 @@ class Tile {
   int worst_ = 0;      // of all winners
   bool skip_ = false;  // in this tile
   int untried_ = 0;    // tiles to come that are cast as a whole
+  double now_ = 0;     // seconds, when the last of them ended
   Counts counts_;
 };
 

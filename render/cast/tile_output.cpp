@@ -1,4 +1,6 @@
 // Writing what a tile has found.
+#include <algorithm>
+
 #include "cast/tile.h"
 
 namespace render {
@@ -18,28 +20,43 @@ int Tile::final_sample(size_t lane) const {
   return static_cast<int>((twice - (twice % divisor + divisor) % divisor) / divisor);
 }
 
-void Tile::write_lane(size_t lane, int sample, uint8_t shade) const {
-  const zox_render_picture& picture = scene_.picture;
-  const int64_t column = static_cast<int64_t>(columns_[lane]), row = static_cast<int64_t>(rows_[lane]);
-  const bool any = any_ >> lane & 1;
-  if (picture.pixels) at(picture.pixels, picture.pixels_pitch, column, row) = any ? shade : uint8_t{0};
-  if (picture.samples)
-    at(picture.samples, picture.samples_pitch, column, row) =
-        static_cast<int16_t>(any ? sample : ZOX_RENDER_NOTHING);
-  if (picture.depths)
-    at(picture.depths, picture.depths_pitch, column, row) =
-        any ? at_[lane] + scene_.rays.number_offset() : ZOX_RENDER_NO_DEPTH;
+// Four neighbours of a row at a time, as the lanes of a quad lie.
+template <class Element>
+void Tile::put(const Lanes<Element>& values, Element* plane, int64_t pitch) const {
+  for (size_t begin = 0; begin < kLanes; begin += kQuadEdge) {
+    const int column = static_cast<int>(columns_[begin]), row = static_cast<int>(rows_[begin]);
+    if (row >= scene_.height || column >= scene_.width) continue;
+    const auto count = static_cast<size_t>(std::min(scene_.width - column, kQuadEdge));
+    std::copy_n(&values[begin], count, &at(plane, pitch, column, row));
+  }
 }
 
 void Tile::write() const {
+  const zox_render_picture& picture = scene_.picture;
   alignas(64) Lanes<int32_t> samples{};
-  alignas(64) Lanes<uint8_t> shades{};
   for (size_t lane = 0; lane < kLanes; ++lane)
     if (any_ >> lane & 1) samples[lane] = final_sample(lane);
-  if (scene_.picture.pixels) scene_.shades.shade(samples, shades);
-  for (size_t lane = 0; lane < kLanes; ++lane)
-    if (columns_[lane] < scene_.width && rows_[lane] < scene_.height)
-      write_lane(lane, samples[lane], shades[lane]);
+  // Where there is nothing, `nothing` is written.
+  const auto put_all = [&](auto values, auto nothing, auto* plane, int64_t plane_pitch) {
+    for (size_t lane = 0; lane < kLanes; ++lane)
+      if (!(any_ >> lane & 1)) values[lane] = nothing;
+    put(values, plane, plane_pitch);
+  };
+  if (picture.pixels) {
+    alignas(64) Lanes<uint8_t> shades{};
+    if (any_ != 0) scene_.shades.shade(samples, shades);
+    put_all(shades, uint8_t{0}, picture.pixels, picture.pixels_pitch);
+  }
+  if (picture.samples) {
+    Lanes<int16_t> narrow;
+    std::copy(samples.begin(), samples.end(), narrow.begin());
+    put_all(narrow, int16_t{ZOX_RENDER_NOTHING}, picture.samples, picture.samples_pitch);
+  }
+  if (picture.depths) {
+    Lanes<int32_t> depths = at_;
+    for (int32_t& depth : depths) depth += scene_.rays.number_offset();
+    put_all(depths, int32_t{ZOX_RENDER_NO_DEPTH}, picture.depths, picture.depths_pitch);
+  }
 }
 
 }  // namespace render

@@ -61,9 +61,27 @@ Number extreme_lane(__m128i lanes, int columns) {
   return static_cast<Number>(_mm_cvtsi128_si32(lanes));
 }
 
+// Of at most 3 x 3 rows, as they are mostly asked for: some twice, rather than as many as there are, which no
+// processor foresees.
+template <bool kLargest, class Number>
+int extreme_of_few(const Number* corner, const Size3& counts, const Size3& blocks) {
+  const int64_t layer = int64_t{blocks[1]} * blocks[0];
+  const int64_t rows[] = {0, counts[1] > 1 ? blocks[0] : 0, (counts[1] - 1) * int64_t{blocks[0]}};
+  const int64_t layers[] = {0, counts[2] > 1 ? layer : 0, (counts[2] - 1) * layer};
+  __m128i lanes = all_of(worst_of<Number>(kLargest));
+  for (const int64_t z : layers)
+    for (const int64_t y : rows) {
+      const auto* const row = reinterpret_cast<const __m128i*>(corner + z + y);
+      lanes = extreme_of<kLargest>(lanes, _mm_loadu_si128(row), Number{});
+    }
+  return extreme_lane<kLargest, Number>(lanes, counts[0]);
+}
+
 template <bool kLargest, class Number>
 int extreme(const Number* corner, const Size3& counts, const Size3& blocks) {
   constexpr int kLanes = kLanesOf<Number>;
+  if (counts[0] <= kLanes && counts[1] <= 3 && counts[2] <= 3)
+    return extreme_of_few<kLargest>(corner, counts, blocks);
   Number best = worst_of<Number>(kLargest);
   for (int x = 0; x < counts[0]; x += kLanes) {
     __m128i lanes = all_of(best);
