@@ -63,7 +63,8 @@ largest_volume() {
 step "packages" scripts/deps.sh build tools viewer mpi python docs test view fuzz demo brain coverage
 step "build" build
 stage "largest counts" build/delivered/zox_test_largest_counts --gtest_brief=1
-stage "tests, longer ones too" ctest --preset delivered --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
+# Three times the random batches, examples and pixels that test.sh has time for.
+ZOX_TEST_SCALE=3 stage "tests, longer ones too" ctest --preset delivered --parallel "$CMAKE_BUILD_PARALLEL_LEVEL"
 stage "many threads" many_threads
 stage "soak" scripts/soak.sh 1
 # The same walk each time: what a change breaks, not what luck finds.

@@ -12,11 +12,12 @@ cd "$(dirname "$0")/.."
 
 # The suite once more on emulated processors: a kernel that is reached there by mistake is an illegal
 # instruction. The sets that each must skip, and those that it must run, are known.
+# The longest test stays out: it counts with the same code everywhere.
 emulate() {  # processor, sets that it lacks
   local processor=$1 output=build/logs/emulated-$1.txt program set lacks
   shift
   for program in zox_unit_tests zox_test_differential; do
-    ZOX_TEST_SCALE=0.1 qemu-x86_64 -cpu "$processor" "build/test/$program" >"$output"
+    ZOX_TEST_SCALE=0.1 qemu-x86_64 -cpu "$processor" "build/test/$program" --gtest_filter='-*HasNoLimit*' >"$output"
     grep '^\[  PASSED' "$output"
   done
   for set in avx2 avx512; do
@@ -51,5 +52,5 @@ stage "valgrind" scripts/valgrind.sh build/test
 # The operations alone, and the same walk each time: what a change breaks, not what luck finds. The
 # renderer, whose format readers may end the process on damaged files, and longer free walks:
 # scripts/fuzz.sh.
-stage "fuzz" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 20 operations
+stage "fuzz" env ZOX_FUZZ_SEED=1 scripts/fuzz.sh 10 operations
 summary

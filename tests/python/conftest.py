@@ -10,7 +10,7 @@ settings.register_profile(
     deadline=None,
     derandomize=True,
     database=None,
-    max_examples=max(1, int(100 * float(os.environ.get("ZOX_TEST_SCALE", 1)))),
+    max_examples=max(1, int(40 * float(os.environ.get("ZOX_TEST_SCALE", 1)))),
 )
 settings.load_profile("tree")
 set_hypothesis_home_dir(tempfile.gettempdir() + "/hypothesis")

@@ -85,7 +85,7 @@ TEST_P(Scan, HasNoSpeckAndNoPixelOffByMoreThanOne) {
   view.elevation = 10;
   view.projection = projection;
   view.interpolation = interpolation;
-  view.width = view.height = std::clamp(static_cast<int>(256 * std::sqrt(effort_scale())), 32, 512);
+  view.width = view.height = std::clamp(static_cast<int>(160 * std::sqrt(effort_scale())), 32, 512);
   const Volume first = make_volume(*scene, ZOX_RENDER_STACK, ZOX_RENDER_PRECISION_VOXEL);
   const zox_render_volume_info info = info_of(first);
   PlainVolume plain{{info.size[0], info.size[1], info.size[2]}, scene->voxels, {}, {}, {}};
