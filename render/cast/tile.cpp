@@ -7,11 +7,28 @@
 namespace render {
 namespace {
 
-int column_of(size_t lane) {
-  return static_cast<int>((lane / kQuadPixels & 1) * kQuadEdge + lane % kQuadEdge);
-}
-int row_of(size_t lane) {
-  return static_cast<int>(lane / (2 * kQuadPixels) * kQuadEdge + lane % kQuadPixels / kQuadEdge);
+// Where the lanes lie within a tile.
+struct Places {
+  alignas(64) Lanes<double> columns{}, rows{};
+};
+constexpr Places kPlaces = [] {
+  Places places;
+  for (size_t lane = 0; lane < kLanes; ++lane) {
+    places.columns[lane] = static_cast<double>((lane / kQuadPixels & 1) * kQuadEdge + lane % kQuadEdge);
+    places.rows[lane] =
+        static_cast<double>(lane / (2 * kQuadPixels) * kQuadEdge + lane % kQuadPixels / kQuadEdge);
+  }
+  return places;
+}();
+
+RENDER_IN_LANES void find_ends(const StretchLanes& samples, int& first, int& last) {
+  int least = samples.first[0], most = samples.last[0];
+  for (size_t lane = 1; lane < kLanes; ++lane) {
+    least = samples.first[lane] < least ? samples.first[lane] : least;
+    most = samples.last[lane] > most ? samples.last[lane] : most;
+  }
+  first = least;
+  last = most;
 }
 
 // A tile of at least so many samples tells of its neighbours; this share cast is next to all; so many are not
@@ -61,8 +78,8 @@ void Tile::render(int left, int top) {
 
 void Tile::clear(int left, int top) {
   for (size_t lane = 0; lane < kLanes; ++lane) {
-    columns_[lane] = left + column_of(lane);
-    rows_[lane] = top + row_of(lane);
+    columns_[lane] = left + kPlaces.columns[lane];
+    rows_[lane] = top + kPlaces.rows[lane];
   }
   best_.fill(scene_.floor);
   at_.fill(0);
@@ -84,12 +101,9 @@ void Tile::find_rays(int left, int top) {
       if (columns_[lane] < scene_.width && rows_[lane] < scene_.height) find_pieces(lane, whole.of(lane));
   }
   counts_.rays += __builtin_popcountll(any_);
-  for (size_t lane = 0; lane < kLanes; ++lane)
-    if (!(any_ >> lane & 1)) best_[lane] = scene_.order.unbeatable();
-  for (Section& section : sections_) {
-    section.first = *std::min_element(section.samples.first.begin(), section.samples.first.end());
-    section.last = *std::max_element(section.samples.last.begin(), section.samples.last.end());
-  }
+  for (uint64_t none = ~any_; none != 0; none &= none - 1)
+    best_[static_cast<size_t>(__builtin_ctzll(none))] = scene_.order.unbeatable();
+  for (Section& section : sections_) find_ends(section.samples, section.first, section.last);
 }
 
 // Of evenly spaced slices.

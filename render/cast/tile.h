@@ -90,7 +90,7 @@ class Tile {
   void write() const;
   template <class Element>
   void put(const Lanes<Element>& values, Element* plane, int64_t pitch) const;
-  int final_sample(size_t lane) const;
+  int mean(size_t lane) const;
 
   const Scene& scene_;
   bool all_readable_;

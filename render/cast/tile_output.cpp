@@ -13,9 +13,8 @@ Element& at(Element* plane, int64_t pitch, int64_t column, int64_t row) {
 
 }  // namespace
 
-int Tile::final_sample(size_t lane) const {
-  if (!scene_.casting.wanted.sum) return best_[lane];
-  // The mean, halves rounded up: a floor, for negative sums too.
+// Halves are rounded up: a floor, for negative sums too.
+int Tile::mean(size_t lane) const {
   const int64_t twice = 2 * sum_[lane] + count_[lane], divisor = 2 * count_[lane];
   return static_cast<int>((twice - (twice % divisor + divisor) % divisor) / divisor);
 }
@@ -33,13 +32,14 @@ void Tile::put(const Lanes<Element>& values, Element* plane, int64_t pitch) cons
 
 void Tile::write() const {
   const zox_render_picture& picture = scene_.picture;
-  alignas(64) Lanes<int32_t> samples{};
-  for (size_t lane = 0; lane < kLanes; ++lane)
-    if (any_ >> lane & 1) samples[lane] = final_sample(lane);
-  // Where there is nothing, `nothing` is written.
-  const auto put_all = [&](auto values, auto nothing, auto* plane, int64_t plane_pitch) {
+  alignas(64) Lanes<int32_t> samples = best_;
+  if (scene_.casting.wanted.sum)
     for (size_t lane = 0; lane < kLanes; ++lane)
-      if (!(any_ >> lane & 1)) values[lane] = nothing;
+      if (any_ >> lane & 1) samples[lane] = mean(lane);
+  // Where there is nothing, `nothing` is written.
+  const auto put_all = [&](auto& values, auto nothing, auto* plane, int64_t plane_pitch) {
+    for (uint64_t none = ~any_; none != 0; none &= none - 1)
+      values[static_cast<size_t>(__builtin_ctzll(none))] = nothing;
     put(values, plane, plane_pitch);
   };
   if (picture.pixels) {

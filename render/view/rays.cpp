@@ -41,8 +41,9 @@ struct AxisOfView {
   double center, right, up, forward;
 };
 
-RENDER_IN_LANES void place_parallel(const Offsets& offsets, const AxisOfView& axis, double step,
-                                    Lanes<double>& middles, Lanes<double>& steps) {
+// The axis comes by value, and what is written is nothing that is read: else no compiler makes vectors of it.
+RENDER_IN_LANES void place_parallel(const Offsets& __restrict offsets, AxisOfView axis, double step,
+                                    Lanes<double>& __restrict middles, Lanes<double>& __restrict steps) {
   for (size_t i = 0; i < kLanes; ++i) {
     middles[i] = to_whole((axis.center + axis.right * offsets.right[i] + axis.up * offsets.up[i]) * kGrid);
     steps[i] = to_whole(axis.forward * step * kGrid);
@@ -57,9 +58,10 @@ RENDER_IN_LANES void find_inverse_lengths(const Offsets& offsets, double eye_dis
   }
 }
 
-RENDER_IN_LANES void place_diverging(const Offsets& offsets, const Lanes<double>& inverse,
-                                     const AxisOfView& axis, double eye_distance, double reach, double step,
-                                     Lanes<double>& middles, Lanes<double>& steps) {
+RENDER_IN_LANES void place_diverging(const Offsets& __restrict offsets,
+                                     const Lanes<double>& __restrict inverse, AxisOfView axis,
+                                     double eye_distance, double reach, double step,
+                                     Lanes<double>& __restrict middles, Lanes<double>& __restrict steps) {
   const double eye = axis.center - axis.forward * eye_distance;
   for (size_t i = 0; i < kLanes; ++i) {
     const double direction =
