@@ -12,7 +12,7 @@
 #include <string>
 #include <vector>
 
-#include "failure.h"
+#include "exit_failure.h"
 #include "file.h"
 #include "meta_image.h"
 #include "nifti.h"

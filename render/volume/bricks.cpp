@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "volume/scan.h"
+#include "volume/array_passes.h"
 #include "volume/volume.h"
 
 namespace render {

@@ -1,5 +1,5 @@
 // Slice stacks: the caller's slices, or a copy of them.
-#include "volume/scan.h"
+#include "volume/array_passes.h"
 #include "volume/volume.h"
 
 namespace render {

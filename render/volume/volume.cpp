@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <cstring>
 
-#include "volume/scan.h"
+#include "volume/array_passes.h"
 
 namespace render {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstring>
 #include <filesystem>
 
-#include "dicom/frame.h"
+#include "dicom/dicom_frame.h"
 #include "text.h"
 
 namespace zox::input {

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "reduce.h"
+#include "reduce_ranks.h"
 
 namespace zox_mip_mpi {
 namespace {

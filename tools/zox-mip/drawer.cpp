@@ -6,8 +6,8 @@
 #include <chrono>
 #include <cmath>
 
-#include "failure.h"
-#include "volume.h"
+#include "exit_failure.h"
+#include "render_objects.h"
 
 namespace zox_mip {
 namespace {

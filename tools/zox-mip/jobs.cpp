@@ -9,9 +9,9 @@
 #include <numbers>
 #include <span>
 
-#include "failure.h"
+#include "exit_failure.h"
 #include "output.h"
-#include "volume.h"
+#include "render_objects.h"
 
 namespace zox_mip {
 namespace {

@@ -8,7 +8,7 @@
 #include <iostream>
 #include <thread>
 
-#include "failure.h"
+#include "exit_failure.h"
 #include "picture_file.h"
 #include "words.h"
 

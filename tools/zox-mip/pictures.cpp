@@ -6,10 +6,10 @@
 #include <memory>
 
 #include "drawer.h"
-#include "failure.h"
+#include "exit_failure.h"
 #include "planes.h"
+#include "render_objects.h"
 #include "scan.h"
-#include "volume.h"
 #include "writer.h"
 
 namespace zox_mip {

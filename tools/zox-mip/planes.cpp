@@ -5,7 +5,7 @@
 #include <limits>
 
 #include "arrays.h"
-#include "failure.h"
+#include "exit_failure.h"
 #include "output.h"
 
 namespace zox_mip {

@@ -5,7 +5,7 @@
 #include <cstdarg>
 #include <cstdio>
 
-#include "failure.h"
+#include "exit_failure.h"
 #include "text.h"
 
 namespace zox_mip {

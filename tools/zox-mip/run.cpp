@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "failure.h"
+#include "exit_failure.h"
 #include "options.h"
 #include "run_studies.h"
 

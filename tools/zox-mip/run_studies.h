@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "failure.h"
+#include "exit_failure.h"
 #include "options.h"
 
 namespace zox_mip {

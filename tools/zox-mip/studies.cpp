@@ -4,7 +4,7 @@
 #include <filesystem>
 #include <map>
 
-#include "failure.h"
+#include "exit_failure.h"
 
 namespace zox_mip {
 namespace fs = std::filesystem;

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "failure.h"
+#include "exit_failure.h"
 #include "options.h"
 
 namespace zox_mip {

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "frame.h"
+#include "dicom_frame.h"
 
 namespace zox::input::dicom {
 

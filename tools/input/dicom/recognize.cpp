@@ -2,7 +2,7 @@
 #include <array>
 #include <fstream>
 
-#include "frame.h"
+#include "dicom_frame.h"
 
 namespace zox::input::dicom {
 

@@ -3,7 +3,7 @@
 
 #include <gdcmFile.h>
 
-#include "frame.h"
+#include "dicom_frame.h"
 
 namespace zox::input::dicom {
 

@@ -1,4 +1,4 @@
-#include "frame.h"
+#include "dicom_frame.h"
 
 #include <gdcmReader.h>
 

@@ -1,4 +1,4 @@
-#include "volume/scan.h"
+#include "volume/array_passes.h"
 
 #include <algorithm>
 #include <cmath>

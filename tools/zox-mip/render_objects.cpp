@@ -1,8 +1,8 @@
-#include "volume.h"
+#include "render_objects.h"
 
 #include <new>
 
-#include "failure.h"
+#include "exit_failure.h"
 
 namespace zox_mip {
 

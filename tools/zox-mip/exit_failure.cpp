@@ -1,4 +1,4 @@
-#include "failure.h"
+#include "exit_failure.h"
 
 #include <new>
 #include <system_error>

@@ -11,15 +11,15 @@
 
 #include "available_memory.h"
 #include "endings.h"
-#include "failure.h"
+#include "exit_failure.h"
 #include "jobs.h"
 #include "output.h"
 #include "rank_report.h"
-#include "reduce.h"
+#include "reduce_ranks.h"
+#include "render_objects.h"
 #include "shared_source.h"
 #include "spread_volume.h"
 #include "studies.h"
-#include "volume.h"
 #include "writer.h"
 
 namespace zox_mip_mpi {

@@ -1,4 +1,4 @@
-#include "reduce.h"
+#include "reduce_ranks.h"
 
 #include <cmath>
 
