@@ -88,7 +88,7 @@ TEST_P(SliceOrder, SlicesAreVisitedOnceAscending) {
   const Seeds chosen = seeds_of(target(), 150);
   for (uint64_t seed = chosen.first; seed < chosen.first + chosen.count; ++seed) {
     RandomBatch batch(caster(), seed, Validity::kValid, Slices::kApart);
-    if (takes_one_region_path(caster(), batch.volume(), batch.rays())) continue;
+    if (batch.takes_one_region_path()) continue;
     const std::string what = std::string(target().name) + ", " + batch.describe();
     set_crash_note(what);
     Watch w;

@@ -3,7 +3,7 @@
 
 #include "guarded_buffer.h"
 #include "operation_list.h"
-#include "trace.h"
+#include "rays.h"
 
 namespace zox_test {
 

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <sstream>
 
+#include "arithmetic.h"
+#include "reference.h"
+
 namespace zox_test {
 namespace {
 
@@ -32,6 +35,22 @@ RandomBatch::RandomBatch(const Caster& caster, Random random, Validity validity,
 void RandomBatch::draw(const Room& room, Random& random) {
   drawn_ = draw_rays(caster_, room, random);
   rays_ = drawn_.record(nullptr);
+}
+
+// Which voxel each sample of a ray reads, as the reference finds them: the volume is made around these.
+RandomBatch::Paths RandomBatch::trace() const {
+  std::vector<reference::Place> places;
+  reference::noted_places = &places;
+  caster_.reference(&volume_, &rays_);
+  reference::noted_places = nullptr;
+  Paths paths(static_cast<size_t>(std::max(0, rays_.nrays)));
+  for (const reference::Place& at : places) paths[static_cast<size_t>(at.ray)].push_back({at.x, at.y, at.z});
+  return paths;
+}
+
+bool RandomBatch::takes_one_region_path() const {
+  return !caster_.blocked() && caster_.parallel() && !caster_.trilinear() &&
+         reference::takes_one_region_path(volume_, rays_);
 }
 
 // Ends each ray before its first sample that is not good.
@@ -64,7 +83,7 @@ void RandomBatch::make_blocked(Random& random) {
   draw(room, random);
   const int edge = volume.edge - (caster_.trilinear() ? 1 : 0);
   const int depth = volume.depth - (caster_.trilinear() ? 1 : 0);
-  Paths paths = trace(caster_, volume_, rays_);
+  Paths paths = trace();
   cut(paths, [&](size_t, size_t, const Voxel& v) {
     return v.x >= 0 && v.x < edge && v.y >= 0 && v.y < edge && v.z >= 0 && v.z < depth;
   });
@@ -92,9 +111,9 @@ void RandomBatch::make_general(Random& random) {
         caster_.trilinear() ? 0x1p-20 : 0x1p-21,
         strict},
        random);
-  const bool one_region = takes_one_region_path(caster_, volume_, rays_);
+  const bool one_region = takes_one_region_path();
   if (one_region) beyond = false;  // this path makes no lists: a sample reads what it falls on
-  Paths paths = trace(caster_, volume_, rays_);
+  Paths paths = trace();
   cut(paths, [&](size_t r, size_t k, const Voxel& v) { return in_stack(r, k, v, one_region, beyond); });
   const std::vector<Voxel> samples = fit_slices(paths, one_region, beyond, random);
   const int entries = volume_.nslices + (caster_.trilinear() ? 1 : 0);

@@ -33,6 +33,7 @@ class RandomBatch {
   Planes& planes() { return planes_; }
   const SliceStack& stack() const { return stack_; }
   uint8_t pattern() const { return pattern_; }
+  bool takes_one_region_path() const;
 
   // Prefills the planes, runs a caster over the batch, and gives the planes' contents.
   struct Outcome {
@@ -48,6 +49,7 @@ class RandomBatch {
   void make_general(Random& random);
   void draw(const Room& room, Random& random);
   using Paths = std::vector<std::vector<Voxel>>;
+  Paths trace() const;
   void cut(Paths& paths, const std::function<bool(size_t ray, size_t sample, const Voxel&)>& good);
   bool in_stack(size_t ray, size_t sample, const Voxel& v, bool one_region, bool beyond) const;
   std::vector<Voxel> fit_slices(Paths& paths, bool one_region, bool beyond, Random& random);

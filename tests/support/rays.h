@@ -11,6 +11,12 @@ namespace zox_test {
 
 using Point = std::array<double, 3>;
 
+// The voxel of a nearest sample, the lowest of the eight of a trilinear one. In a slice stack z is
+// the slice's number; on the way of the one-region nearest casters it counts from slice 0.
+struct Voxel {
+  int32_t x, y, z;
+};
+
 struct RayList {
   int32_t nrays = 0;
   // One entry at least, also when nrays is 0 or negative; parallel casters need no step but the first.
