@@ -37,8 +37,9 @@ check() {  # program gtest-filter
     exit 1
   fi
 }
-# Slices on protected pages are read on purpose, and every value of 16 bits is a matter of results only.
-check zox_test_differential '*-*SliceOrder*:*EveryValue*' &
+# Slices on protected pages are read on purpose, and every value of 16 bits is a matter of results only. Valgrind
+# raises no floating-point exceptions and runs one thread at a time: what is left of these tests is RayCast.
+check zox_test_differential '*-*SliceOrder*:*EveryValue*:*Exceptions*:*Threads*' &
 differential=$!
 check zox_test_fault_system '*' &
 wait $!
