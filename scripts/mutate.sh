@@ -114,6 +114,7 @@ elif [ "${1:-}" = -j ]; then
   shift 2
 fi
 pattern=${1:-}
+case $pattern in -*) refuse "$pattern" ;; esac
 
 # Lists into directories. A line "@ FILE [SET]" names the file of what follows; a change is its old
 # lines after "- " and its new lines after "+ "; "= " gives the proof that the change changes nothing.
