@@ -210,6 +210,39 @@ TEST_P(StackRegions, RaysMayFallOutOfTheRange) {
   for (int k : {1, 2, 3}) EXPECT_FALSE(batch.written(k, 0)) << k;
 }
 
+// Far below the first region the distance from it wraps to a high slice, though z does not: a sample in the
+// stack, on the same ray, is taken all the same.
+TEST_P(StackRegions, DistancesBelowTheRegionsWrap) {
+  const double wide = trilinear() ? 2 : 1, bottom = 600 * wide, apart = 400 * wide;
+  Stack stack = stack_of(8, 3).regions({bottom, bottom + 4, bottom + 8}, {0, 4}, {1, 1});
+  const auto expect_one = [&](double z, double dz, int inside) {
+    Batch batch(caster().element_size());
+    batch.add({2, 2, z}, {0, 0, dz}, 4);
+    EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+    for (int k = 0; k < 4; ++k) {
+      if (k == inside) EXPECT_EQ(batch.at(k, 0), caster().bit() ? 1 : 30);
+      if (k != inside) EXPECT_FALSE(batch.written(k, 0)) << k;
+    }
+  };
+  expect_one(bottom + 3, -apart, 0);
+  expect_one(bottom + 3 - 3 * apart, apart, 3);
+}
+
+// In a region deeper than half the range distances from its lower end wrap, and slices below with them.
+TEST_P(StackRegions, DistancesInADeepRegionWrap) {
+  if (caster().fixed_tables()) return;  // as many slices are not allowed
+  const double wide = trilinear() ? 2 : 1, top = 600 * wide;
+  const int second = static_cast<int>(960 * wide);
+  Stack stack(caster(), 4, 4, second + 8);
+  stack.fill([&](int, int, int s) { return s < second ? 0 : 10 * (s - second); });
+  stack.regions({-top, top, top + 8}, {0, second}, {.8, 1});
+  Batch batch(caster().element_size());
+  batch.add({2, 2, top + 5}, {0, 0, -150 * wide}, 4);
+  EXPECT_EQ(batch.run(cast(), stack.volume()), ZOX_STS_NO_ERROR);
+  EXPECT_EQ(batch.at(0, 0), 50);
+  for (int k : {1, 2, 3}) EXPECT_FALSE(batch.written(k, 0)) << k;
+}
+
 // The half slice that rounds carries 1023.75 over the end of 32 bits to -1024, and 1030 on is slice 6.
 TEST_P(StackRegions, TheHalfSliceWraps) {
   if (trilinear()) return;
